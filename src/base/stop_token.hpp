@@ -1,0 +1,41 @@
+// Deadline and termination request of one solve; polled by every loop whose length depends on the model.
+#pragma once
+
+#include <atomic>
+#include <chrono>
+
+#include "base/status.hpp"
+#include "base/types.hpp"
+
+namespace zorvex {
+
+// Seconds on a monotonic clock since an arbitrary origin.
+inline double now_seconds() {
+  using Clock = std::chrono::steady_clock;
+  return std::chrono::duration<double>(Clock::now().time_since_epoch()).count();
+}
+
+// A token is cheap to copy and may be polled from several threads. `terminate` is owned by the caller and outlives
+// the solve; null means that nobody can interrupt. A poll costs one clock read (tens of nanoseconds): call it once per
+// simplex iteration or per few thousand nonzeros of work, not per nonzero.
+class StopToken {
+ public:
+  StopToken() = default;
+  StopToken(const std::atomic<int>* terminate, double deadline) : terminate_(terminate), deadline_(deadline) {}
+
+  // kLoaded while the solve may go on, else kInterrupted or kTimeLimit.
+  [[nodiscard]] SolveStatus poll() const {
+    if (terminate_ != nullptr && terminate_->load(std::memory_order_relaxed) != 0) return SolveStatus::kInterrupted;
+    if (deadline_ < kInf && now_seconds() > deadline_) return SolveStatus::kTimeLimit;
+    return SolveStatus::kLoaded;
+  }
+  [[nodiscard]] bool stop_requested() const { return poll() != SolveStatus::kLoaded; }
+  [[nodiscard]] double deadline() const { return deadline_; }
+  [[nodiscard]] const std::atomic<int>* terminate_flag() const { return terminate_; }
+
+ private:
+  const std::atomic<int>* terminate_ = nullptr;
+  double deadline_ = kInf;  // in now_seconds() time
+};
+
+}  // namespace zorvex

@@ -1,0 +1,25 @@
+// One continuous model as the solvers see it: minimise cost'x + offset over row and column bounds.
+#pragma once
+
+#include <vector>
+
+#include "base/types.hpp"
+#include "linalg/sparse_matrix.hpp"
+
+namespace zorvex {
+
+// Shapes: cost, col_lower, col_upper have matrix.num_cols entries; row_lower, row_upper matrix.num_rows.
+// Infinite bounds are IEEE infinities; an equality row has equal bounds. Always a minimisation: the driver negates the
+// objective of a maximisation model and the sign of duals on the way out.
+struct LpData {
+  SparseMatrix matrix;
+  std::vector<double> cost;
+  std::vector<double> col_lower, col_upper;
+  std::vector<double> row_lower, row_upper;
+  double offset = 0;
+
+  [[nodiscard]] Index num_rows() const { return matrix.num_rows; }
+  [[nodiscard]] Index num_cols() const { return matrix.num_cols; }
+};
+
+}  // namespace zorvex

@@ -1,0 +1,70 @@
+// Presolve of a continuous model: reduces an LpData, remembers what it did, and maps solutions and bases of the reduced
+// model back to the original one.
+#pragma once
+
+#include <memory>
+#include <vector>
+
+#include "base/log_sink.hpp"
+#include "base/status.hpp"
+#include "base/stop_token.hpp"
+#include "linalg/basis.hpp"
+#include "linalg/lp_data.hpp"
+
+namespace zorvex {
+
+struct PresolveOptions {
+  int level = -1;      // -1 automatic, 0 off, 1 conservative, 2 aggressive
+  int max_passes = -1; // -1 automatic
+  double primal_feasibility_tol = 1e-6;
+  double dual_feasibility_tol = 1e-6;
+  bool dual_reductions = true;  // reductions that keep only some optimal solutions
+};
+
+// A primal-dual point with basis, in the space of whichever model it belongs to. Signs as in LpPoint.
+struct PresolvePoint {
+  std::vector<double> x, row_activity, pi, reduced_cost;
+  Basis basis;  // statuses only; head and norm are dropped on the way back
+};
+
+struct PresolveStatistics {
+  Index rows_removed = 0;
+  Index cols_removed = 0;
+  Offset nonzeros_removed = 0;
+  int passes = 0;
+};
+
+enum class PresolveOutcome {
+  kReduced,     // reduced() is to be solved (possibly unchanged)
+  kAllRemoved,  // reduced() has neither rows nor columns: postsolve an empty point
+  kInfeasible,  // proven on the original data
+  kUnbounded,   // a feasible point is still needed: the ray exists, feasibility is not known
+  kStopped,     // the stop token fired
+};
+
+class Presolve {
+ public:
+  Presolve(const LpData& original, const PresolveOptions& options);
+  ~Presolve();
+
+  PresolveOutcome run(const StopToken& stop);
+
+  [[nodiscard]] const LpData& reduced() const;
+  [[nodiscard]] const PresolveStatistics& statistics() const;
+  // Original index of each reduced column and row.
+  [[nodiscard]] const std::vector<Index>& original_cols() const;
+  [[nodiscard]] const std::vector<Index>& original_rows() const;
+
+  // Maps a point of the reduced model to the original one: exact primal values, duals, reduced costs, and a basis with
+  // num_rows basic variables, optimal when the given one is.
+  [[nodiscard]] PresolvePoint postsolve(const PresolvePoint& point) const;
+
+  // After kInfeasible: a Farkas proof y over the original rows if one could be built from the reductions, else empty.
+  [[nodiscard]] const std::vector<double>& farkas() const;
+
+ private:
+  struct State;
+  std::unique_ptr<State> state_;
+};
+
+}  // namespace zorvex
