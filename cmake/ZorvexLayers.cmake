@@ -11,6 +11,7 @@ function(zorvex_layer name)
 endfunction()
 
 # Test program test_<name> of tests/<name>/*.cpp, linked with the objects of the given layers (those that exist).
+# Suites with "Slow" in their name carry the label slow: the sanitizer presets leave them out.
 function(zorvex_layer_test name)
   file(GLOB sources CONFIGURE_DEPENDS "${CMAKE_CURRENT_SOURCE_DIR}/${name}/*.cpp")
   if(NOT sources)
@@ -25,5 +26,13 @@ function(zorvex_layer_test name)
     endif()
   endforeach()
   target_link_libraries(test_${name} PRIVATE GTest::gtest_main ZLIB::ZLIB Threads::Threads)
-  gtest_discover_tests(test_${name} DISCOVERY_TIMEOUT 60 PROPERTIES TIMEOUT 600)
+  target_compile_definitions(test_${name} PRIVATE "ZORVEX_MODELS_DIR=\"${ZORVEX_MODELS_DIR}\"")
+  zorvex_discover_tests(test_${name})
+endfunction()
+
+function(zorvex_discover_tests target)
+  gtest_discover_tests(${target} TEST_FILTER "-*Slow*" TEST_LIST ${target}_TESTS DISCOVERY_TIMEOUT 60
+    PROPERTIES TIMEOUT 600)
+  gtest_discover_tests(${target} TEST_FILTER "*Slow*" TEST_LIST ${target}_SLOW_TESTS DISCOVERY_TIMEOUT 60
+    PROPERTIES TIMEOUT 1500 LABELS slow)
 endfunction()
