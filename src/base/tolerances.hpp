@@ -7,6 +7,10 @@ namespace zorvex {
 // A recomputed dual value this small against the terms it is the sum of is rounding noise; relative.
 inline constexpr double kDualNoise = 1e-9;
 
+// --- env ---
+// A number given as text counts as an integer when it is this close to one; absolute.
+inline constexpr double kIntegerText = 1e-10;
+
 // --- presolve: all on unscaled original data ---
 struct PresolveTolerances {
   // Pivots smaller than this share of the largest entry of their row (or column) are not substituted on: the multiplier

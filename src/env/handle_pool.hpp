@@ -1,0 +1,53 @@
+// Memory of handle records. A released record stays readable with its magic cleared and is handed out again only after
+// kQuarantine later releases, so that a check on a handle that was freed (by an earlier call, or by another owner)
+// reads a dead magic instead of unmapped memory.
+//   Record   default-constructible, with a member `magic` (std::atomic<std::uint32_t>) that is non-zero while alive
+//   Threads  acquire and release may be called from any thread; there is one pool per record type in a process, since
+//            a handle may be freed by another thread than the one that made it.
+//   Memory   the pool keeps the largest number of records that were alive at once, plus the quarantine; what a record
+//            owns must have been given back before release().
+#pragma once
+
+#include <cstddef>
+#include <deque>
+#include <memory>
+#include <mutex>
+
+namespace zorvex {
+
+template <class Record>
+class HandlePool {
+ public:
+  static constexpr std::size_t kQuarantine = 64;
+
+  // The pool lives as long as the process: a handle may outlive every static object.
+  static HandlePool& instance() {
+    static HandlePool* pool = new HandlePool;  // NOLINT: deliberately never destroyed
+    return *pool;
+  }
+
+  // A default-constructed record; magic is 0. Throws std::bad_alloc.
+  Record* acquire() {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    if (released_.size() > kQuarantine) {
+      Record* record = released_.front();
+      released_.pop_front();
+      return record;
+    }
+    records_.push_back(std::make_unique<Record>());
+    return records_.back().get();
+  }
+
+  // `record` must be dead (magic 0) and otherwise as default-constructed.
+  void release(Record* record) {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    released_.push_back(record);
+  }
+
+ private:
+  std::mutex mutex_;
+  std::deque<std::unique_ptr<Record>> records_;
+  std::deque<Record*> released_;
+};
+
+}  // namespace zorvex
