@@ -1,0 +1,1 @@
+"""The benchmark runner's parts: instances and references, contestants, verdicts, tables and profiles."""
