@@ -1,0 +1,261 @@
+#include "simplex/lu_nucleus.hpp"
+
+#include <cmath>
+
+#include "simplex/lu_traits.hpp"
+
+namespace zorvex {
+
+namespace {
+constexpr int kMaxCandidates = 4;  // lists searched with success before the best pivot so far is taken
+}  // namespace
+
+template <class Real>
+LuStatus LuNucleus<Real>::run(const ColumnView<Real>& columns, std::span<const Index> head, const LuPeel<Real>& peel,
+                              double markowitz, LuFactors<Real>& factors, LuPoll& poll) {
+  factors_ = &factors;
+  threshold_ = static_cast<Real>(markowitz);
+  first_pivot_ = static_cast<Index>(factors.order.size());
+  size_ = factors.m - first_pivot_;
+  u_rows_.clear();
+  u_index_.clear();
+  u_value_.clear();
+  if (size_ == 0) return LuStatus::kOk;
+  if (!load(columns, head, peel, poll)) return LuStatus::kInterrupted;
+  for (;;) {
+    const Pivot pivot = find_pivot();
+    if (pivot.row < 0) return LuStatus::kOk;
+    const LuStatus status = eliminate(pivot, poll);
+    if (status != LuStatus::kOk) return status;
+  }
+}
+
+template <class Real>
+bool LuNucleus<Real>::load(const ColumnView<Real>& columns, std::span<const Index> head, const LuPeel<Real>& peel,
+                           LuPoll& poll) {
+  using std::abs;
+  const Index m = factors_->m;
+  Offset nonzeros = 0;
+  for (Index pos = 0; pos < m; ++pos) {
+    if (factors_->col_active(pos)) nonzeros += peel.col_count()[pos];
+  }
+  rows_.reset(m, 3 * nonzeros);
+  cols_.reset(m, 3 * nonzeros);
+  row_lists_.reset(m, size_);
+  col_lists_.reset(m, size_);
+  row_max_.assign(m, Real(0));
+  if (static_cast<Index>(pivot_row_.size()) != m) pivot_row_.assign(m, Real(0));
+  hit_.resize(m);
+  for (Index row = 0; row < m; ++row) {
+    if (factors_->row_active(row)) rows_.place(row, peel.row_count()[row]);
+  }
+  for (Index pos = 0; pos < m; ++pos) {
+    if (!factors_->col_active(pos) || head[pos] >= columns.num_cols) continue;
+    cols_.place(pos, peel.col_count()[pos]);
+    const Offset end = columns.start[head[pos] + 1];
+    for (Offset k = columns.start[head[pos]]; k < end; ++k) {
+      const Index row = columns.index[k];
+      const Real magnitude = abs(columns.value[k]);
+      if (!factors_->row_active(row) || magnitude <= LuTraits<Real>::kTiny) continue;
+      rows_.append(row, pos, columns.value[k]);
+      cols_.append(pos, row, Real(0));
+      if (magnitude > row_max_[row]) row_max_[row] = magnitude;
+    }
+    col_lists_.insert(pos, cols_.length(pos));
+  }
+  for (Index row = 0; row < m; ++row) {
+    if (factors_->row_active(row)) row_lists_.insert(row, rows_.length(row));
+  }
+  return !poll.spend(2 * nonzeros);
+}
+
+// The entry with the least Markowitz merit (row count - 1)(column count - 1) among the first few columns and rows with
+// the fewest entries. Columns without acceptable entry leave the lists until an elimination changes them.
+template <class Real>
+auto LuNucleus<Real>::find_pivot() -> Pivot {
+  Pivot best;
+  Offset merit = std::numeric_limits<Offset>::max();
+  int candidates = 0;
+  search_work_ = 0;
+  for (Index count = 1; count <= size_; ++count) {
+    const Offset least_in_col = static_cast<Offset>(count - 1) * (count - 1);
+    const Offset least_in_row = static_cast<Offset>(count - 1) * count;
+    for (Index pos = col_lists_.first(count); pos != LuCountLists::kNone;) {
+      const Index next = col_lists_.next(pos);
+      if (search_column(pos, best, merit)) ++candidates;
+      if (best.row >= 0 && (candidates >= kMaxCandidates || merit <= least_in_col)) return best;
+      pos = next;
+    }
+    for (Index row = row_lists_.first(count); row != LuCountLists::kNone;) {
+      const Index next = row_lists_.next(row);
+      if (search_row(row, best, merit)) ++candidates;
+      if (best.row >= 0 && (candidates >= kMaxCandidates || merit <= least_in_row)) return best;
+      row = next;
+    }
+  }
+  return best;
+}
+
+// Both searches return false if the line has no acceptable entry at all; it then left the lists.
+template <class Real>
+bool LuNucleus<Real>::search_column(Index pos, Pivot& best, Offset& merit) {
+  using std::abs;
+  bool hopeless = true;
+  const Offset count = cols_.length(pos);
+  const LuRange range = cols_.range(pos);
+  for (Index k = range.begin; k < range.end; ++k) {
+    const Index row = cols_.index()[k];
+    const Offset cost = (rows_.length(row) - 1) * (count - 1);
+    if (cost >= merit) {
+      hopeless = false;
+      continue;
+    }
+    const Index slot = rows_.find(row, pos);
+    search_work_ += slot - rows_.range(row).begin;
+    const Real magnitude = abs(rows_.value()[slot]);
+    if (magnitude < LuTraits<Real>::kAbsolutePivot || magnitude < threshold_ * row_max_[row]) continue;
+    hopeless = false;
+    best = {row, pos};
+    merit = cost;
+  }
+  if (hopeless) col_lists_.remove(pos);
+  return !hopeless;
+}
+
+template <class Real>
+bool LuNucleus<Real>::search_row(Index row, Pivot& best, Offset& merit) {
+  using std::abs;
+  using std::max;
+  if (row_max_[row] < LuTraits<Real>::kAbsolutePivot) {
+    row_lists_.remove(row);
+    return false;
+  }
+  const Real least = max(LuTraits<Real>::kAbsolutePivot, threshold_ * row_max_[row]);
+  const LuRange range = rows_.range(row);
+  const Offset count = range.length();
+  search_work_ += count;
+  for (Index k = range.begin; k < range.end; ++k) {
+    const Index pos = rows_.index()[k];
+    const Offset cost = (cols_.length(pos) - 1) * (count - 1);
+    if (cost >= merit || abs(rows_.value()[k]) < least) continue;
+    best = {row, pos};
+    merit = cost;
+  }
+  return true;
+}
+
+template <class Real>
+LuStatus LuNucleus<Real>::eliminate(Pivot pivot, LuPoll& poll) {
+  auto& space = factors_->space;
+  const LuRange col = cols_.range(pivot.pos);
+  const Offset u_total = static_cast<Offset>(u_index_.size()) + rows_.length(pivot.row);
+  if (space.available() < u_total + col.length()) return LuStatus::kSpaceTooSmall;
+  pivot_col_.assign(cols_.index() + col.begin, cols_.index() + col.end);
+  cols_.clear_line(pivot.pos);
+  col_lists_.remove(pivot.pos);
+  row_lists_.remove(pivot.row);
+  const Real value = take_pivot_row(pivot);
+  factors_->add_pivot(pivot.row, pivot.pos, value);
+  const Index first = space.low();
+  Offset work = search_work_ + col.length();
+  for (const Index row : pivot_col_) {
+    if (row == pivot.row) continue;
+    work += rows_.length(row) + u_rows_.back().length();
+    eliminate_row(row, pivot.pos, value);
+  }
+  factors_->l_col[pivot.row] = {first, space.low()};
+  if (space.low() > first) factors_->l_order.push_back(pivot.row);
+  const LuRange u_row = u_rows_.back();
+  for (Index k = u_row.begin; k < u_row.end; ++k) {
+    pivot_row_[u_index_[k]] = Real(0);
+    col_lists_.move(u_index_[k], cols_.length(u_index_[k]));
+  }
+  return poll.spend(work) ? LuStatus::kInterrupted : LuStatus::kOk;
+}
+
+// Moves the pivot row to U, out of all column patterns, and spreads it in pivot_row_. Returns the pivot.
+template <class Real>
+Real LuNucleus<Real>::take_pivot_row(Pivot pivot) {
+  const LuRange range = rows_.range(pivot.row);
+  const auto begin = static_cast<Index>(u_index_.size());
+  Real value = 0;
+  for (Index k = range.begin; k < range.end; ++k) {
+    const Index pos = rows_.index()[k];
+    if (pos == pivot.pos) {
+      value = rows_.value()[k];
+      continue;
+    }
+    cols_.remove(pos, pivot.row);
+    pivot_row_[pos] = rows_.value()[k];
+    hit_[pos] = -1;
+    u_index_.push_back(pos);
+    u_value_.push_back(rows_.value()[k]);
+  }
+  rows_.clear_line(pivot.row);
+  u_rows_.push_back({begin, static_cast<Index>(u_index_.size())});
+  return value;
+}
+
+// row -= (entry in the pivot column / pivot) * pivot row; the multiplier goes to L.
+template <class Real>
+void LuNucleus<Real>::eliminate_row(Index row, Index pos, Real pivot) {
+  using std::abs;
+  const LuRange u_row = u_rows_.back();
+  const Index pivot_slot = rows_.find(row, pos);
+  const Real multiplier = rows_.value()[pivot_slot] / pivot;
+  rows_.remove_slot(row, pivot_slot);
+  if (abs(multiplier) > LuTraits<Real>::kTiny) {
+    const Index slot = factors_->space.take_low(1);
+    factors_->space.index()[slot] = row;
+    factors_->space.value()[slot] = multiplier;
+  }
+  rows_.ensure(row, u_row.length());
+  Real max = 0;
+  const Index* index = rows_.index();
+  Real* value = rows_.value();
+  Index unmet = u_row.length();
+  const LuRange range = rows_.range(row);
+  Index end = range.end;
+  for (Index k = range.begin; k < end;) {
+    const Index col = index[k];
+    const Real factor = pivot_row_[col];
+    if (factor != Real(0)) {
+      hit_[col] = row;
+      --unmet;
+      value[k] -= multiplier * factor;
+      if (abs(value[k]) <= LuTraits<Real>::kTiny) {
+        rows_.remove_slot(row, k);
+        cols_.remove(col, row);
+        --end;
+        continue;
+      }
+    }
+    const Real magnitude = abs(value[k++]);
+    if (magnitude > max) max = magnitude;
+  }
+  if (unmet > 0) add_fill(row, multiplier, max);
+  row_max_[row] = max;
+  row_lists_.move(row, rows_.length(row));
+}
+
+// Entries of the pivot row that the row had not.
+template <class Real>
+void LuNucleus<Real>::add_fill(Index row, Real multiplier, Real& max) {
+  using std::abs;
+  const LuRange u_row = u_rows_.back();
+  for (Index k = u_row.begin; k < u_row.end; ++k) {
+    const Index pos = u_index_[k];
+    if (hit_[pos] == row) continue;
+    const Real fill = -multiplier * u_value_[k];
+    const Real magnitude = abs(fill);
+    if (magnitude <= LuTraits<Real>::kTiny) continue;
+    rows_.append(row, pos, fill);
+    cols_.push(pos, row);
+    if (magnitude > max) max = magnitude;
+  }
+}
+
+template class LuNucleus<double>;
+template class LuNucleus<Extended>;
+
+}  // namespace zorvex
