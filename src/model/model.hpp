@@ -1,6 +1,7 @@
 // The model record behind the C handle: stored data, queued changes, results, starting information.
 #pragma once
 
+#include <atomic>
 #include <cstdint>
 #include <memory>
 #include <optional>
@@ -67,11 +68,12 @@ struct DefaultNames {
 
 }  // namespace zorvex
 
-// Its first two fields are fixed; everything else is internal. Owns its environment record.
+// The first two fields are fixed; everything else is internal. Made by create_model, ended by free_model: its memory
+// comes from a pool (env/handle_pool.hpp), so that the magic of a freed handle can still be read.
 struct ZLPmodel {
-  std::uint32_t magic = zorvex::kModelMagic;
-  std::int32_t in_progress = 0;  // an optimization runs
-  ZLPenv* env = nullptr;
+  std::atomic<std::uint32_t> magic{0};
+  std::int32_t in_progress = 0;   // an optimization runs
+  ZLPenv* env = nullptr;          // owned
   bool callback_allowed = false;  // calls are let through although in_progress: made from a callback of this model
   bool signal_enabled = false;    // registered for the console interrupt
 
@@ -84,11 +86,6 @@ struct ZLPmodel {
 
   std::optional<zorvex::CompressedVectors> rows;  // row-wise twin of data.matrix (same signs), made on request
   zorvex::DefaultNames default_names;
-
-  ZLPmodel() = default;
-  ZLPmodel(const ZLPmodel&) = delete;
-  ZLPmodel& operator=(const ZLPmodel&) = delete;
-  ~ZLPmodel();  // frees the environment record and clears the magic
 };
 
 namespace zorvex {
@@ -102,8 +99,14 @@ int create_model(ZLPenv* env, ModelData&& data, ZLPmodel** model);
   return model.pending != nullptr && !model.pending->empty();
 }
 
-// Applies the queued changes. On std::bad_alloc the model is as before.
-int apply_pending_changes(ZLPmodel& model);
+// Frees the model and its environment record. Null and dead models are ignored.
+void free_model(ZLPmodel* model) noexcept;
+
+// The queue of changes, made if absent. Throws std::bad_alloc.
+PendingChanges& pending_changes(ZLPmodel& model);
+
+// Applies the queued changes. When it throws std::bad_alloc the model is as before.
+void apply_pending_changes(ZLPmodel& model);
 
 // Forgets results and search state; `keep_basis` keeps the basis and norms for a warm start.
 void discard_results(ZLPmodel& model, bool keep_basis);

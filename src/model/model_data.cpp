@@ -59,6 +59,8 @@ void to_stored_form(ModelData& data) {
   matrix.index.resize(static_cast<std::size_t>(out));
   matrix.value.resize(static_cast<std::size_t>(out));
   for (Index row = 0; row < data.num_rows(); ++row) data.rhs[row] *= data.row_sign(row);
+  if (data.var_names.size() == 0) data.var_names.append_unnamed(data.num_cols());
+  if (data.constr_names.size() == 0) data.constr_names.append_unnamed(data.num_rows());
 }
 
 RowForm range_row_form(double lower, double upper) {

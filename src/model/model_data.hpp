@@ -87,7 +87,7 @@ struct ModelData {
 };
 
 // Entry point for data assembled in the user's form: '>' rows not yet negated, possibly with explicit zeros in the
-// matrix. Drops the zeros and negates the '>' rows. Cost O(rows + nonzeros).
+// matrix, names left out altogether. Drops the zeros and negates the '>' rows. Cost O(rows + nonzeros).
 void to_stored_form(ModelData& data);
 
 // Stored values of column bounds: a lower bound below -1e20 is -infinity, an upper bound from 1e20 on +infinity. The

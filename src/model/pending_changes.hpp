@@ -17,6 +17,19 @@ struct ValueChange {
   T value;
 };
 
+// One mark word per stored object, made at the first deletion; bit 0: delete at the next update.
+struct DeletionMarks {
+  static constexpr std::uint32_t kDelete = 1;
+  std::vector<std::uint32_t> word;
+  Index count = 0;  // marked objects
+
+  void mark(Index i) {
+    if ((word[i] & kDelete) == 0) ++count;
+    word[i] |= kDelete;
+  }
+  [[nodiscard]] bool marked(Index i) const { return count > 0 && (word[i] & kDelete) != 0; }
+};
+
 struct CoefficientChange {
   Index row, col;
   double value;  // user form
@@ -28,10 +41,8 @@ struct CoefficientChange {
 struct PendingChanges {
   PendingChanges(Index rows, Index cols, Index sets) : num_rows(rows), num_cols(cols), num_sos(sets) {}
 
-  static constexpr std::uint32_t kDelete = 1;  // bit 0 of a mark word
-
-  Index num_rows, num_cols, num_sos;                        // of the stored model
-  std::vector<std::uint32_t> row_mark, col_mark, sos_mark;  // one word per stored object, made at the first deletion
+  Index num_rows, num_cols, num_sos;  // of the stored model
+  DeletionMarks del_rows, del_cols, del_sos;
 
   struct Columns {
     std::vector<double> obj, lb, ub;
@@ -60,7 +71,7 @@ struct PendingChanges {
   [[nodiscard]] Index total_rows() const { return num_rows + static_cast<Index>(new_rows.rhs.size()); }
   [[nodiscard]] Index total_cols() const { return num_cols + static_cast<Index>(new_cols.obj.size()); }
   [[nodiscard]] bool adds() const { return !new_cols.obj.empty() || !new_rows.rhs.empty() || !new_sos.empty(); }
-  [[nodiscard]] bool deletes() const { return !row_mark.empty() || !col_mark.empty() || !sos_mark.empty(); }
+  [[nodiscard]] bool deletes() const { return del_rows.count > 0 || del_cols.count > 0 || del_sos.count > 0; }
   // Anything but names: solutions of the old model are then void.
   [[nodiscard]] bool changes_problem() const {
     return adds() || deletes() || drop_quadratic || !new_quadratic.empty() || !coefficients.empty() || !obj.empty() ||
