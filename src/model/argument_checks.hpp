@@ -2,6 +2,7 @@
 // environment: texts about numbers only into an empty buffer, the text about names over any.
 #pragma once
 
+#include "base/status.hpp"
 #include "base/types.hpp"
 #include "model/pending_changes.hpp"
 #include "zorvex.h"
