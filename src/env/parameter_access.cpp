@@ -4,6 +4,7 @@
 #include <array>
 #include <cmath>
 #include <cstdio>
+#include <limits>
 #include <string>
 
 #include "base/tolerances.hpp"
@@ -70,7 +71,9 @@ int store_number(ZLPenv& env, const ParameterDescriptor& descriptor, double valu
 int store_number_text(ZLPenv& env, const ParameterDescriptor& descriptor, const char* name, const char* text) {
   double number = 0;
   const bool parsed = parse_number(text, number) && !std::isnan(number);
-  const bool fits = descriptor.type == ParamType::kDouble || std::abs(number - std::nearbyint(number)) <= kIntegerText;
+  // The text's own distance may be exactly the tolerance: allow for the rounding of the number as a double.
+  const double tolerance = kIntegerText + std::numeric_limits<double>::epsilon() * std::abs(number);
+  const bool fits = descriptor.type == ParamType::kDouble || std::abs(number - std::nearbyint(number)) <= tolerance;
   if (parsed && fits) return store_number(env, descriptor, number);
   set_error(&env, kErrorValueOutOfRange, true, "Invalid value '%s' for parameter '%s'\n", text, name);
   return kErrorValueOutOfRange;
