@@ -17,7 +17,7 @@ enum class BasisStatus : std::int8_t {
 
 // `head` and `norm` are optional (both empty, or both of length num_rows): head[k] is the variable that is basic in
 // position k (columns first, then num_cols + row for a row's logical), norm[k] its dual steepest edge weight, an
-// approximation of || e_k' B^-1 ||^2 of the unscaled basis matrix.
+// approximation of || e_k' B^-1 ||^2 in the scaled space of the solver that made it.
 struct Basis {
   std::vector<BasisStatus> col;
   std::vector<BasisStatus> row;

@@ -79,7 +79,7 @@ class BasisLu {
   // ftran's result at `position`; the update is checked against it.
   [[nodiscard]] LuUpdateStatus update(Index position, Real pivot);
 
-  [[nodiscard]] Index num_updates() const;     // since the last factor()
+  [[nodiscard]] Index num_updates() const;       // since the last factor()
   [[nodiscard]] Offset factor_nonzeros() const;  // L and U as factored
   // True once solves with the grown factors cost more than a fresh factorization would save.
   [[nodiscard]] bool wants_refactor() const;

@@ -30,6 +30,7 @@ struct SimplexOptions {
   Precision precision = Precision::kAutomatic;
   SimplexAlgorithm algorithm = SimplexAlgorithm::kDual;
   double display_interval = 5;  // seconds
+  int sense = 1;                // objective values are multiplied by it when printed
   bool root_log = false;        // print the log as that of a root relaxation
   double log_start_time = 0;    // now_seconds() at which the surrounding solve began; 0: at the call
 };

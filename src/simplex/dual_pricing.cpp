@@ -1,0 +1,152 @@
+#include "simplex/dual_pricing.hpp"
+
+#include <algorithm>
+#include <cmath>
+
+namespace zorvex {
+
+namespace {
+constexpr Index kAutomaticRows = 15000;   // smaller models never change their pricing by themselves
+constexpr double kPartialExponent = 0.6;  // length of the partial list as a power of the row count
+constexpr Index kMinPartialSize = 20;
+constexpr double kShortListFactor = 15;
+}  // namespace
+
+template <class Real>
+DualPricing<Real>::DualPricing(SimplexCore<Real>& core, int pricing)
+    : core_(core),
+      mode_(pricing == 0   ? DualPricingMode::kRowCount
+            : pricing == 2 ? DualPricingMode::kDevex
+                           : DualPricingMode::kSteepestEdge),
+      locked_(pricing != -1),
+      infeasibility_(static_cast<std::size_t>(core.m), Real(0)),
+      listed_(static_cast<std::size_t>(core.m), 0) {
+  if (mode_ == DualPricingMode::kRowCount) start_partial();
+  if (pricing == 3) reset_weights();
+}
+
+template <class Real>
+void DualPricing<Real>::start_partial() {
+  full_pricing_ = false;
+  const auto size = static_cast<Index>(std::pow(static_cast<double>(core_.m), kPartialExponent));
+  partial_size_ = std::max(kMinPartialSize, size);
+  reset_weights();
+}
+
+template <class Real>
+void DualPricing<Real>::recompute() {
+  for (const Index position : list_) listed_[position] = 0;
+  list_.clear();
+  rejected_.clear();
+  for (Index position = 0; position < core_.m; ++position) refresh(position);
+  if (full_pricing_ || static_cast<Index>(list_.size()) <= partial_size_) return;
+  std::nth_element(list_.begin(), list_.begin() + partial_size_, list_.end(), [this](Index a, Index b) {
+    return infeasibility_[a] > infeasibility_[b] || (infeasibility_[a] == infeasibility_[b] && a < b);
+  });
+  for (auto left_out = list_.begin() + partial_size_; left_out != list_.end(); ++left_out) listed_[*left_out] = 0;
+  list_.resize(static_cast<std::size_t>(partial_size_));
+}
+
+template <class Real>
+void DualPricing<Real>::reject(Index position) {
+  rejected_.push_back(position);
+  infeasibility_[position] = 0;
+}
+
+template <class Real>
+bool DualPricing<Real>::list_is_short() {
+  const auto length = static_cast<double>(list_.size());
+  list_length_sum_ += length;
+  list_count_ += 1;
+  return length == 0 || length < kShortListFactor * list_length_sum_ / list_count_ || length < core_.iterations;
+}
+
+template <class Real>
+Index DualPricing<Real>::choose() {
+  const std::vector<Real>& weight = core_.weight;
+  Index best = -1;
+  Real best_value = 0;
+  Real best_weight = 1;
+  std::size_t kept = 0;
+  for (const Index position : list_) {
+    const Real value = infeasibility_[position];
+    if (value == 0) {
+      listed_[position] = 0;
+      continue;
+    }
+    list_[kept++] = position;
+    if (value * best_weight > best_value * weight[position]) {
+      best = position;
+      best_value = value;
+      best_weight = weight[position];
+    }
+  }
+  list_.resize(kept);
+  if (!full_pricing_ && list_is_short()) {
+    core_.log->sink().write("Full pricing\n");
+    full_pricing_ = true;
+    const std::vector<Index> rejected = rejected_;
+    recompute();
+    for (const Index position : rejected) reject(position);
+    return choose();
+  }
+  return best;
+}
+
+template <class Real>
+void DualPricing<Real>::update_weights(Index position, const Scattered<Real>& alpha, const Scattered<Real>& tau,
+                                       Real rho_norm) {
+  if (mode_ == DualPricingMode::kRowCount) return;
+  std::vector<Real>& weight = core_.weight;
+  const Real pivot = alpha.value[position];
+  const Real leaving_weight = (mode_ == DualPricingMode::kSteepestEdge ? rho_norm : weight[position]) / (pivot * pivot);
+  for (const Index k : alpha.index) {
+    const Real entry = alpha.value[k];
+    if (k == position || entry == 0) continue;
+    if (mode_ == DualPricingMode::kSteepestEdge) {
+      const Real updated = weight[k] + entry * (entry * leaving_weight - 2 / pivot * tau.value[k]);
+      weight[k] = std::max(updated, KernelTolerances<Real>::kMinWeight);
+    } else {
+      weight[k] = std::max(weight[k], entry * entry * leaving_weight);
+    }
+  }
+  weight[position] = std::max(leaving_weight, KernelTolerances<Real>::kMinWeight);
+}
+
+template <class Real>
+void DualPricing<Real>::reset_weights() {
+  std::fill(core_.weight.begin(), core_.weight.end(), Real(1));
+  core_.weights_valid = true;
+}
+
+template <class Real>
+void DualPricing<Real>::switch_to(DualPricingMode mode) {
+  mode_ = mode;
+  reset_weights();
+}
+
+template <class Real>
+void DualPricing<Real>::reconsider_mode(double iterations) {
+  if (locked_ || core_.m < kAutomaticRows || core_.n > 3 * static_cast<Offset>(core_.m)) return;
+  if (core_.factor_count % 3 != 0) return;
+  if (mode_ == DualPricingMode::kRowCount) {
+    const bool troubled = core_.singular_events > 2 && core_.numeric_troubles > 0;
+    if (troubled || iterations > 3.0 * core_.m) {
+      switch_to(DualPricingMode::kSteepestEdge);
+      full_pricing_ = true;
+      locked_ = true;
+      core_.log->sink().write("simplex pricing changes to steepest edge\n");
+    }
+    return;
+  }
+  core_.log->sink().diagnose("Norm_Num = %g, Row_Num=%g\n", norm_work_, row_work_);
+  if (norm_work_ > 3 * row_work_) {
+    switch_to(DualPricingMode::kRowCount);
+    start_partial();
+  }
+}
+
+template class DualPricing<double>;
+template class DualPricing<Extended>;
+
+}  // namespace zorvex

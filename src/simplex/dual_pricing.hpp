@@ -1,0 +1,71 @@
+// Choice of the leaving row: primal infeasibilities of the basic variables, divided by edge weights.
+//   Modes    steepest edge (exact norms), devex (reference norms), and row counts, where the weight is a fixed cost of
+//            the row and candidates come from a short list.
+//   Source   J. Forrest, D. Goldfarb, Math. Program. 57 (1992) 341-374; P. Harris, Math. Program. 5 (1973) 1-28.
+#pragma once
+
+#include <vector>
+
+#include "simplex/simplex_core.hpp"
+
+namespace zorvex {
+
+enum class DualPricingMode { kDevex = 1, kRowCount = 2, kSteepestEdge = 3 };
+
+template <class Real>
+class DualPricing {
+ public:
+  // `pricing` is the parameter SimplexPricing: -1 automatic, 0 partial, 1 steepest edge, 2 devex, 3 quick steepest
+  // edge.
+  DualPricing(SimplexCore<Real>& core, int pricing);
+
+  [[nodiscard]] DualPricingMode mode() const { return mode_; }
+  [[nodiscard]] bool is_norm_based() const { return mode_ != DualPricingMode::kRowCount; }
+
+  // Recomputes all infeasibilities; forgets rejected rows. O(m).
+  void recompute();
+  // The basic value at `position` has changed.
+  void refresh(Index position) {
+    const Real violation = core_.primal_infeasibility(position);
+    infeasibility_[position] = violation * violation;
+    if (violation > 0 && !listed_[position]) {
+      listed_[position] = 1;
+      list_.push_back(position);
+    }
+  }
+  // Position with the largest price, or -1 when no row is infeasible (rejected ones aside).
+  Index choose();
+  // Leaves a row out until the next recompute().
+  void reject(Index position);
+  [[nodiscard]] bool has_rejected() const { return !rejected_.empty(); }
+
+  // Weight changes of one pivot. rho_norm is the exact || rho ||^2 of the pivot row, tau = B^-1 rho (steepest edge
+  // only).
+  void update_weights(Index position, const Scattered<Real>& alpha, const Scattered<Real>& tau, Real rho_norm);
+  void reset_weights();
+
+  // Work counted by the caller for the automatic change of mode.
+  void count_norm_work(double amount) { norm_work_ += amount; }
+  void count_row_work(double amount) { row_work_ += amount; }
+  // To be called after every factorization with the iterations of the solve; may change the mode of large models.
+  void reconsider_mode(double iterations);
+
+ private:
+  void switch_to(DualPricingMode mode);
+  void start_partial();
+  bool list_is_short();
+
+  SimplexCore<Real>& core_;
+  DualPricingMode mode_;
+  bool locked_;                      // the mode was asked for, or has been changed once
+  bool full_pricing_ = true;         // the candidate list holds every infeasible row
+  std::vector<Real> infeasibility_;  // squared, by position
+  std::vector<char> listed_;
+  std::vector<Index> list_;
+  std::vector<Index> rejected_;
+  double norm_work_ = 0, row_work_ = 0;
+  double list_length_sum_ = 0, list_count_ = 0;
+  Index partial_size_ = 0;
+};
+
+}  // namespace zorvex

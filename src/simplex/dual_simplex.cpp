@@ -1,0 +1,510 @@
+#include "simplex/dual_simplex.hpp"
+
+#include <algorithm>
+#include <cmath>
+
+#include "base/random_stream.hpp"
+
+namespace zorvex {
+
+namespace {
+constexpr double kFreeBox = 1000;             // bounds of free variables in the box problem of phase 1
+constexpr double kWeightDistrust = 0.25;      // a stored weight below this share of the exact one re-opens the choice
+constexpr int kMaxWeightCorrections = 10;     // choices re-opened in one iteration
+constexpr double kPerturbationUnit = 2.5e-3;  // perturbation = PerturbValue times this, relative to the cost scale
+constexpr double kLogicalPerturbation = 1e-12;
+constexpr double kExactWeightWork = 2e6;  // rows times nonzeros up to which weights of a foreign basis are exact
+constexpr int kMaxSmallPivots = 20;       // rejected rows before a rebuild
+}  // namespace
+
+template <class Real>
+DualSimplex<Real>::DualSimplex(SimplexCore<Real>& core, const DualOptions& options)
+    : core_(core), options_(options), pricing_(core, options.pricing), may_perturb_(options.perturb_value > 0) {
+  rho_.resize(core.m);
+  alpha_row_.resize(core.n);
+  alpha_col_.resize(core.m);
+  tau_.resize(core.m);
+  flip_column_.resize(core.m);
+}
+
+template <class Real>
+SimplexOutcome DualSimplex<Real>::run() {
+  core_.use_true_bounds();
+  core_.use_true_costs();
+  core_.settle_nonbasic();
+  if (!core_.factor_valid) {
+    switch (core_.factorize()) {
+      case FactorOutcome::kInterrupted:
+        return stop_reason();
+      case FactorOutcome::kNumeric:
+        return SimplexOutcome::kNumeric;
+      case FactorOutcome::kOk:
+        break;
+    }
+  }
+  ensure_weights();
+  if (may_perturb_) perturb_costs();
+  core_.compute_duals();
+  if (flip_to_dual_feasibility() > 0) {
+    enter_phase1();
+  } else {
+    enter_phase2();
+  }
+  for (;;) {
+    bool stopped = false;
+    SimplexOutcome outcome = rebuild(stopped);
+    if (stopped) return outcome;
+    Step step = Step::kContinue;
+    while (step == Step::kContinue) step = iterate();
+    if (step == Step::kStopped) return stop_reason();
+    if (step == Step::kNoLeaving) {
+      if (!core_.fresh || pricing_.has_rejected()) {
+        if (core_.fresh) return phase1_ ? SimplexOutcome::kOtherAlgorithm : SimplexOutcome::kNumeric;
+        continue;  // recompute before believing
+      }
+      outcome = phase1_ ? finish_phase1(stopped) : finish_phase2(stopped);
+    } else if (step == Step::kNoEntering) {
+      if (!core_.fresh) continue;
+      outcome = finish_infeasible(stopped);
+    }
+    if (stopped) return outcome;
+  }
+}
+
+template <class Real>
+SimplexOutcome DualSimplex<Real>::stop_reason() const {
+  switch (core_.stop->poll()) {
+    case SolveStatus::kTimeLimit:
+      return SimplexOutcome::kTimeLimit;
+    case SolveStatus::kInterrupted:
+      return SimplexOutcome::kInterrupted;
+    default:
+      return SimplexOutcome::kIterationLimit;
+  }
+}
+
+template <class Real>
+void DualSimplex<Real>::ensure_weights() {
+  if (core_.weights_valid) return;
+  core_.weights_valid = true;
+  pricing_.reset_weights();
+  const bool slack = std::all_of(core_.head.begin(), core_.head.end(), [this](Index var) { return var >= core_.n; });
+  if (slack || pricing_.mode() != DualPricingMode::kSteepestEdge) return;
+  const double cost = static_cast<double>(core_.m) * static_cast<double>(core_.lu.factor_nonzeros() + core_.m);
+  if (options_.pricing == 3 || cost > kExactWeightWork) return;
+  for (Index position = 0; position < core_.m; ++position) {
+    core_.btran_unit(position, rho_);
+    Real norm = 0;
+    for (const Index row : rho_.index) norm += rho_.value[row] * rho_.value[row];
+    core_.weight[position] = std::max(norm, KernelTolerances<Real>::kMinWeight);
+  }
+}
+
+// Costs move away from zero reduced cost on the side that keeps the variable dual feasible, by random amounts relative
+// to the size of the cost: ties of the dual ratio test disappear.
+template <class Real>
+void DualSimplex<Real>::perturb_costs() {
+  double largest = 0;
+  for (Index var = 0; var < core_.n; ++var) largest = std::max(largest, std::abs(static_cast<double>(core_.cost[var])));
+  if (largest > 100) largest = std::sqrt(std::sqrt(largest));
+  Index boxed = 0;
+  for (Index var = 0; var < core_.n; ++var) {
+    if (std::isfinite(core_.lower[var]) && std::isfinite(core_.upper[var])) ++boxed;
+  }
+  const double boxed_share = core_.n > 0 ? static_cast<double>(boxed) / core_.n : 0;
+  if (boxed_share < 0.01) largest = std::min(largest, 1.0);
+  const double base = options_.perturb_value * kPerturbationUnit * std::max(largest, 1e-3);
+  RandomStream random(options_.seed, "dual cost perturbation");
+  for (Index var = 0; var < core_.n; ++var) {
+    const double draw = 1 + random.uniform();
+    const Real low = core_.lower[var];
+    const Real up = core_.upper[var];
+    const double c = std::abs(static_cast<double>(core_.cost[var]));
+    const Real amount = Real((c + 1) * base * draw);
+    if (low == up || (!std::isfinite(low) && !std::isfinite(up))) continue;
+    if (!std::isfinite(up)) {
+      core_.work_cost[var] += amount;
+    } else if (!std::isfinite(low)) {
+      core_.work_cost[var] -= amount;
+    } else {
+      core_.work_cost[var] += core_.cost[var] >= 0 ? amount : -amount;
+    }
+  }
+  for (Index row = 0; row < core_.m; ++row) {
+    core_.work_cost[core_.n + row] += Real((0.5 - random.uniform()) * kLogicalPerturbation);
+  }
+  costs_changed_ = true;
+}
+
+template <class Real>
+void DualSimplex<Real>::remove_cost_changes() {
+  core_.use_true_costs();
+  costs_changed_ = false;
+  may_perturb_ = false;
+  core_.compute_duals();
+}
+
+template <class Real>
+Real DualSimplex<Real>::flip_to_dual_feasibility() {
+  Real rest = 0;
+  for (Index var = 0; var < core_.num_vars(); ++var) {
+    if (core_.is_basic(var)) continue;
+    const Real infeasibility = core_.dual_infeasibility(var);
+    if (infeasibility == 0) continue;
+    if (core_.place[var] == Place::kLower && std::isfinite(core_.work_upper[var])) {
+      core_.place[var] = Place::kUpper;
+      core_.value[var] = core_.work_upper[var];
+    } else if (core_.place[var] == Place::kUpper && std::isfinite(core_.work_lower[var])) {
+      core_.place[var] = Place::kLower;
+      core_.value[var] = core_.work_lower[var];
+    } else {
+      rest += infeasibility;
+    }
+  }
+  return rest;
+}
+
+template <class Real>
+void DualSimplex<Real>::enter_phase1() {
+  phase1_ = true;
+  for (Index var = 0; var < core_.num_vars(); ++var) {
+    const bool has_lower = std::isfinite(core_.lower[var]);
+    const bool has_upper = std::isfinite(core_.upper[var]);
+    Real low = 0;
+    Real up = 0;
+    if (!has_lower && !has_upper) {
+      low = Real(-kFreeBox);
+      up = Real(kFreeBox);
+    } else if (!has_upper) {
+      up = 1;
+    } else if (!has_lower) {
+      low = -1;
+    }
+    core_.work_lower[var] = low;
+    core_.work_upper[var] = up;
+  }
+  core_.settle_nonbasic();
+  flip_to_dual_feasibility();
+}
+
+template <class Real>
+void DualSimplex<Real>::enter_phase2() {
+  phase1_ = false;
+  core_.use_true_bounds();
+  core_.settle_nonbasic();
+  flip_to_dual_feasibility();
+}
+
+// Fresh factors when due, values and reduced costs from scratch, log line, limits.
+template <class Real>
+SimplexOutcome DualSimplex<Real>::rebuild(bool& stopped) {
+  stopped = true;
+  if (core_.needs_refactor() || (core_.lu.num_updates() > 0)) {
+    switch (core_.factorize()) {
+      case FactorOutcome::kInterrupted:
+        return stop_reason();
+      case FactorOutcome::kNumeric:
+        return SimplexOutcome::kNumeric;
+      case FactorOutcome::kOk:
+        break;
+    }
+    if (!core_.weights_valid) {
+      core_.log->sink().diagnose("Resetting Norm\n");
+      ensure_weights();
+    }
+    core_.compute_duals();
+    pricing_.reconsider_mode(core_.iterations);
+  }
+  // Recomputed reduced costs may have drifted over to the wrong side: boxed variables flip, others get a shifted cost.
+  for (Index var = 0; var < core_.num_vars(); ++var) {
+    if (core_.is_basic(var) || core_.dual_infeasibility(var) == 0) continue;
+    if (std::isfinite(core_.work_lower[var]) && std::isfinite(core_.work_upper[var])) {
+      core_.place[var] = core_.place[var] == Place::kLower ? Place::kUpper : Place::kLower;
+      core_.value[var] = core_.place[var] == Place::kLower ? core_.work_lower[var] : core_.work_upper[var];
+    } else {
+      core_.work_cost[var] -= core_.reduced_cost[var];
+      core_.reduced_cost[var] = 0;
+      costs_changed_ = true;
+    }
+  }
+  core_.compute_primal();
+  core_.fresh = true;
+  pricing_.recompute();
+  small_pivots_ = 0;
+  dual_objective_ = 0;
+  for (Index var = 0; var < core_.num_vars(); ++var) {
+    if (!core_.is_basic(var)) dual_objective_ += core_.reduced_cost[var] * core_.value[var];
+  }
+  if (core_.log->due() || core_.iterations + core_.iteration_offset == 0) {
+    core_.log->iteration(core_.iterations + core_.iteration_offset, static_cast<double>(dual_objective_),
+                         static_cast<double>(core_.sum_primal_infeasibility()),
+                         static_cast<double>(core_.sum_dual_infeasibility()), false);
+  }
+  if (!phase1_ && cutoff_reached()) return SimplexOutcome::kCutoff;
+  stopped = false;
+  return SimplexOutcome::kOptimal;
+}
+
+// The bound that counts is the one of the true costs: perturbed costs may promise more.
+template <class Real>
+bool DualSimplex<Real>::cutoff_reached() {
+  if (phase1_ || static_cast<double>(dual_objective_) < options_.objective_limit) return false;
+  if (!costs_changed_) return true;
+  std::vector<Real> kept = core_.reduced_cost;
+  core_.compute_duals_from(core_.cost);
+  Real bound = 0;
+  for (Index var = 0; var < core_.num_vars(); ++var) {
+    const Real d = core_.reduced_cost[var];
+    if (core_.is_basic(var) || d == 0) continue;
+    bound += d > 0 ? d * core_.lower[var] : d * core_.upper[var];  // -inf where the needed bound is missing
+  }
+  core_.reduced_cost = std::move(kept);
+  return static_cast<double>(bound) >= options_.objective_limit;
+}
+
+template <class Real>
+bool DualSimplex<Real>::select_pivot_row(Index& position) {
+  for (int attempt = 0;; ++attempt) {
+    position = pricing_.choose();
+    if (position < 0) return false;
+    core_.btran_unit(position, rho_);
+    rho_norm_ = 0;
+    for (const Index row : rho_.index) rho_norm_ += rho_.value[row] * rho_.value[row];
+    if (pricing_.mode() != DualPricingMode::kSteepestEdge || attempt >= kMaxWeightCorrections) return true;
+    const Real stored = core_.weight[position];
+    core_.weight[position] = std::max(rho_norm_, KernelTolerances<Real>::kMinWeight);
+    if (stored >= Real(kWeightDistrust) * rho_norm_) return true;
+  }
+}
+
+template <class Real>
+typename DualSimplex<Real>::Step DualSimplex<Real>::iterate() {
+  if (core_.needs_refactor()) return Step::kRebuild;
+  if (core_.stop->stop_requested() || core_.iterations + core_.iteration_offset >= core_.iteration_limit) {
+    return Step::kStopped;
+  }
+  if (core_.log->due()) {
+    core_.log->iteration(core_.iterations + core_.iteration_offset, static_cast<double>(dual_objective_),
+                         static_cast<double>(core_.sum_primal_infeasibility()),
+                         static_cast<double>(core_.sum_dual_infeasibility()), false);
+  }
+  Index position = -1;
+  if (!select_pivot_row(position)) return Step::kNoLeaving;
+  leaving_above_ = core_.basic_value[position] > core_.basic_upper[position];
+  const double row_work_before = core_.work;
+  core_.price(rho_, alpha_row_);
+  pricing_.count_row_work(core_.work - row_work_before);
+
+  const bool aged = core_.lu.num_updates() > 20;
+  const Real min_pivot = aged ? KernelTolerances<Real>::kRatioPivotAged : KernelTolerances<Real>::kRatioPivot;
+  const auto choice =
+      ratio_test_.choose(core_, alpha_row_, rho_, leaving_above_, core_.primal_infeasibility(position), min_pivot);
+  if (choice.entering < 0) {
+    failed_position_ = position;
+    return Step::kNoEntering;
+  }
+  using std::abs;
+  if (abs(choice.alpha) < Real(10 * kPivotTolerance)) {
+    core_.log->sink().diagnose("small pivot %g\n", static_cast<double>(-abs(choice.alpha)));
+    failed_position_ = position;
+    if (core_.fresh && choice.best_alpha < Real(10 * kPivotTolerance)) return Step::kNoEntering;
+    pricing_.reject(position);
+    return ++small_pivots_ > kMaxSmallPivots && !core_.fresh ? Step::kRebuild : Step::kContinue;
+  }
+  core_.ftran_column(choice.entering, alpha_col_);
+  if (!pivot_is_trustworthy(position, choice.entering, choice.alpha)) {
+    if (core_.fresh) {
+      pricing_.reject(position);
+      return Step::kContinue;
+    }
+    core_.report_trouble();
+    return Step::kRebuild;
+  }
+  apply_flips();
+  if (pricing_.mode() == DualPricingMode::kSteepestEdge) {
+    tau_.clear();
+    for (const Index row : rho_.index) tau_.value[row] = rho_.value[row];
+    tau_.index = rho_.index;
+    core_.lu.ftran(tau_);
+    const double count = tau_.dense ? core_.m : static_cast<double>(tau_.index.size());
+    core_.dse_density.observe(count / std::max<double>(1, core_.m));
+    core_.work += count;
+    pricing_.count_norm_work(count);
+  }
+  const Index leaving = core_.head[position];
+  const Real bound = leaving_above_ ? core_.basic_upper[position] : core_.basic_lower[position];
+  const Real dual_step = core_.reduced_cost[choice.entering] / choice.alpha;
+  dual_objective_ += dual_step * (core_.basic_value[position] - bound);
+  update_duals(choice.entering, dual_step);
+  const Real pivot_value = alpha_col_.value[position];
+  const Real primal_step = (core_.basic_value[position] - bound) / pivot_value;
+  update_primal(position, primal_step);
+  pricing_.update_weights(position, alpha_col_, tau_, rho_norm_);
+  const Real entering_value = core_.value[choice.entering] + primal_step;
+  core_.pivot(position, choice.entering, entering_value, leaving_above_ ? Place::kUpper : Place::kLower, pivot_value);
+  core_.reduced_cost[choice.entering] = 0;
+  core_.reduced_cost[leaving] = -dual_step;
+  pricing_.refresh(position);
+  if (static_cast<double>(dual_objective_) >= options_.objective_limit && cutoff_reached()) return Step::kRebuild;
+  return Step::kContinue;
+}
+
+template <class Real>
+bool DualSimplex<Real>::pivot_is_trustworthy(Index position, Index entering, Real row_alpha) {
+  using std::abs;
+  const Real column_alpha = alpha_col_.value[position];
+  const Real difference = abs(column_alpha - row_alpha);
+  const bool ok = difference <= KernelTolerances<Real>::kPivotMismatch * (1 + abs(column_alpha)) &&
+                  abs(column_alpha) > Real(kPivotTolerance) && column_alpha * row_alpha > 0;
+  if (ok) {
+    // A reduced cost on the wrong side would make the step go backwards: shift it to zero.
+    const Place place = core_.place[entering];
+    Real& d = core_.reduced_cost[entering];
+    const bool wrong = place == Place::kFree ? d != 0 : place == Place::kLower ? d < 0 : d > 0;
+    if (wrong) {
+      core_.work_cost[entering] -= d;
+      d = 0;
+      costs_changed_ = true;
+    }
+  }
+  return ok;
+}
+
+template <class Real>
+void DualSimplex<Real>::apply_flips() {
+  if (ratio_test_.flips().empty()) return;
+  flip_column_.clear();
+  for (const Index var : ratio_test_.flips()) {
+    const bool to_upper = core_.place[var] == Place::kLower;
+    const Real target = to_upper ? core_.work_upper[var] : core_.work_lower[var];
+    const Real change = target - core_.value[var];
+    core_.place[var] = to_upper ? Place::kUpper : Place::kLower;
+    core_.value[var] = target;
+    dual_objective_ += core_.reduced_cost[var] * change;
+    core_.scatter_column(var, change, flip_column_);
+  }
+  core_.lu.ftran(flip_column_);
+  const auto update = [&](Index k) {
+    if (flip_column_.value[k] == 0) return;
+    core_.basic_value[k] -= flip_column_.value[k];
+    pricing_.refresh(k);
+  };
+  if (flip_column_.dense) {
+    for (Index k = 0; k < core_.m; ++k) update(k);
+  } else {
+    for (const Index k : flip_column_.index) update(k);
+  }
+}
+
+template <class Real>
+void DualSimplex<Real>::update_duals(Index entering, Real dual_step) {
+  if (dual_step != 0) {
+    for (const Index col : alpha_row_.index) core_.reduced_cost[col] -= dual_step * alpha_row_.value[col];
+    for (const Index row : rho_.index) {
+      const Index logical = core_.n + row;
+      if (!core_.is_basic(logical)) core_.reduced_cost[logical] -= dual_step * rho_.value[row];
+    }
+  }
+  shift_group(entering);
+}
+
+// Breakpoints passed within the tolerance of the last group: their reduced costs are put back to zero.
+template <class Real>
+void DualSimplex<Real>::shift_group(Index entering) {
+  for (const Index var : ratio_test_.group()) {
+    if (var == entering) continue;
+    const Place place = core_.place[var];
+    Real& d = core_.reduced_cost[var];
+    if (place == Place::kFree ? d == 0 : place == Place::kLower ? d >= 0 : d <= 0) continue;
+    core_.work_cost[var] -= d;
+    d = 0;
+    costs_changed_ = true;
+  }
+}
+
+template <class Real>
+void DualSimplex<Real>::update_primal(Index position, Real primal_step) {
+  for (const Index k : alpha_col_.index) {
+    if (k == position) continue;
+    core_.basic_value[k] -= primal_step * alpha_col_.value[k];
+    pricing_.refresh(k);
+  }
+}
+
+// The box problem is solved: its optimum is zero exactly when the basis is dual feasible for the true bounds.
+template <class Real>
+SimplexOutcome DualSimplex<Real>::finish_phase1(bool& stopped) {
+  stopped = false;
+  core_.use_true_bounds();
+  core_.settle_nonbasic();
+  Real rest = flip_to_dual_feasibility();
+  if (rest > 0 && costs_changed_) {
+    remove_cost_changes();
+    rest = flip_to_dual_feasibility();
+  }
+  if (rest > 0) {
+    stopped = true;
+    return SimplexOutcome::kOtherAlgorithm;
+  }
+  enter_phase2();
+  return SimplexOutcome::kOptimal;
+}
+
+template <class Real>
+SimplexOutcome DualSimplex<Real>::finish_phase2(bool& stopped) {
+  stopped = true;
+  if (costs_changed_) {
+    remove_cost_changes();
+    if (flip_to_dual_feasibility() > 0) return SimplexOutcome::kOtherAlgorithm;
+    core_.compute_primal();
+    pricing_.recompute();
+    stopped = core_.sum_primal_infeasibility() == 0;
+  }
+  return SimplexOutcome::kOptimal;
+}
+
+// Row `failed_position_` cannot be made feasible by any nonbasic variable: with y = rho the row y'(A x + s) = 0
+// excludes every point within the bounds, provided that the entries too small to pivot on cannot make up the
+// difference.
+template <class Real>
+bool DualSimplex<Real>::proves_infeasibility(bool above) {
+  core_.btran_unit(failed_position_, rho_);
+  std::vector<Real> dense(static_cast<std::size_t>(core_.m), Real(0));
+  for (const Index row : rho_.index) dense[row] = rho_.value[row];
+  // Extreme of the basic variable over the nonbasic box: it must stay on the infeasible side.
+  Real extreme = 0;
+  Real scale = 1;
+  using std::abs;
+  for (Index var = 0; var < core_.num_vars(); ++var) {
+    if (core_.is_basic(var)) continue;
+    const Real alpha = core_.column_dot(var, dense.data());
+    if (abs(alpha) <= KernelTolerances<Real>::kRatioPivot && !std::isfinite(core_.lower[var] - core_.upper[var]))
+      continue;
+    if (alpha == 0) continue;
+    // x_p = -sum alpha_j x_j: the smallest value for `above`, the largest otherwise.
+    const bool at_upper = (alpha > 0) == above;
+    const Real bound = at_upper ? core_.upper[var] : core_.lower[var];
+    extreme -= alpha * bound;
+    scale = std::max<Real>(scale, abs(alpha * bound));
+  }
+  const Index var = core_.head[failed_position_];
+  const Real gap = above ? extreme - core_.upper[var] : core_.lower[var] - extreme;
+  if (!(gap > core_.primal_tol) || !(gap > KernelTolerances<Real>::kDrop * scale * 100)) return false;
+  core_.proof.assign(static_cast<std::size_t>(core_.m), Real(0));
+  for (Index row = 0; row < core_.m; ++row) core_.proof[row] = above ? dense[row] : -dense[row];
+  return true;
+}
+
+template <class Real>
+SimplexOutcome DualSimplex<Real>::finish_infeasible(bool& stopped) {
+  stopped = true;
+  if (phase1_) return SimplexOutcome::kOtherAlgorithm;  // the box problem is never infeasible: numerical trouble
+  if (proves_infeasibility(leaving_above_)) return SimplexOutcome::kInfeasible;
+  core_.log->sink().write("switch to primal because the chance of primal infeasibility\n");
+  return SimplexOutcome::kOtherAlgorithm;
+}
+
+template class DualSimplex<double>;
+template class DualSimplex<Extended>;
+
+}  // namespace zorvex

@@ -1,0 +1,71 @@
+// Dual simplex: phase 1 by the box problem, phase 2 with bound flipping and steepest edge, cost perturbation and its
+// removal.
+//   Source   A. Koberstein, "The dual simplex method, techniques for a fast and stable implementation", thesis,
+//            Paderborn 2005; A. Koberstein, U. Suhl, Comput. Optim. Appl. 37 (2007) 49-65 (phase 1).
+#pragma once
+
+#include "simplex/dual_pricing.hpp"
+#include "simplex/dual_ratio_test.hpp"
+#include "simplex/simplex_core.hpp"
+#include "simplex/simplex_outcome.hpp"
+
+namespace zorvex {
+
+struct DualOptions {
+  int pricing = -1;
+  double perturb_value = 2e-4;    // 0: never perturb
+  double objective_limit = kInf;  // scaled objective at which the solve may stop
+  std::uint64_t seed = 0;
+};
+
+template <class Real>
+class DualSimplex {
+ public:
+  DualSimplex(SimplexCore<Real>& core, const DualOptions& options);
+
+  // Runs from the basis in the core. kOtherAlgorithm: the basis is primal feasible but lost dual feasibility when the
+  // perturbation went, or cannot be made dual feasible, or the model is probably infeasible but no proof was found.
+  SimplexOutcome run();
+
+ private:
+  enum class Step { kContinue, kRebuild, kNoLeaving, kNoEntering, kStopped };
+
+  SimplexOutcome rebuild(bool& stopped);
+  Step iterate();
+  [[nodiscard]] SimplexOutcome stop_reason() const;
+  bool select_pivot_row(Index& position);
+  bool pivot_is_trustworthy(Index position, Index entering, Real row_alpha);
+  void apply_flips();
+  void update_duals(Index entering, Real dual_step);
+  void update_primal(Index position, Real primal_step);
+  void shift_group(Index entering);
+  SimplexOutcome finish_phase1(bool& stopped);
+  SimplexOutcome finish_phase2(bool& stopped);
+  SimplexOutcome finish_infeasible(bool& stopped);
+  bool cutoff_reached();
+
+  void perturb_costs();
+  void remove_cost_changes();
+  void enter_phase1();
+  void enter_phase2();
+  // Flips boxed variables whose reduced cost has the wrong sign; returns the sum of what flipping cannot cure.
+  Real flip_to_dual_feasibility();
+  void ensure_weights();
+  bool proves_infeasibility(bool above);
+
+  SimplexCore<Real>& core_;
+  DualOptions options_;
+  DualPricing<Real> pricing_;
+  DualRatioTest<Real> ratio_test_;
+  Scattered<Real> rho_, alpha_row_, alpha_col_, tau_, flip_column_;
+  Real rho_norm_ = 0;
+  Real dual_objective_ = 0;  // of the working problem
+  bool phase1_ = false;
+  bool costs_changed_ = false;
+  bool may_perturb_ = true;
+  bool leaving_above_ = false;
+  Index failed_position_ = -1;  // leaving row for which no entering variable was found
+  int small_pivots_ = 0;
+};
+
+}  // namespace zorvex

@@ -1,0 +1,247 @@
+#include "simplex/lp_kernel.hpp"
+
+#include <algorithm>
+#include <cmath>
+
+#include "simplex/dual_simplex.hpp"
+#include "simplex/primal_simplex.hpp"
+
+namespace zorvex {
+
+namespace {
+constexpr int kMaxAlgorithmSwitches = 12;
+constexpr int kSwitchesWithPerturbation = 4;  // later runs of the primal do without
+}  // namespace
+
+template <class Real>
+Real LpKernel<Real>::scaled_col_bound(Index col, double bound) const {
+  return std::isfinite(bound) ? Real(bound) / Real(scaling_.col[col]) : Real(bound);
+}
+
+template <class Real>
+Real LpKernel<Real>::scaled_row_bound(Index row, double bound) const {
+  return std::isfinite(bound) ? Real(bound) * Real(scaling_.row[row]) : Real(bound);
+}
+
+template <class Real>
+void LpKernel<Real>::load(const LpData& lp, const Scaling& scaling, double cost_factor) {
+  scaling_ = scaling;
+  cost_factor_ = cost_factor;
+  core_.m = lp.num_rows();
+  core_.n = lp.num_cols();
+  const SparseMatrix& matrix = lp.matrix;
+  core_.col_start = matrix.start;
+  core_.row_index = matrix.index;
+  core_.matrix_value.resize(matrix.value.size());
+  const std::size_t total = static_cast<std::size_t>(core_.n) + static_cast<std::size_t>(core_.m);
+  core_.lower.resize(total);
+  core_.upper.resize(total);
+  core_.cost.assign(total, Real(0));
+  for (Index col = 0; col < core_.n; ++col) {
+    for (Offset k = matrix.begin(col); k < matrix.end(col); ++k) {
+      core_.matrix_value[k] = Real(matrix.value[k]) * Real(scaling.row[matrix.index[k]]) * Real(scaling.col[col]);
+    }
+    set_col_bounds(col, lp.col_lower[col], lp.col_upper[col]);
+    set_cost(col, lp.cost[col]);
+  }
+  for (Index row = 0; row < core_.m; ++row) set_row_bounds(row, lp.row_lower[row], lp.row_upper[row]);
+  core_.prepare();
+  loaded_ = true;
+}
+
+template <class Real>
+void LpKernel<Real>::set_col_bounds(Index col, double lower, double upper) {
+  core_.lower[col] = scaled_col_bound(col, lower);
+  core_.upper[col] = scaled_col_bound(col, upper);
+}
+
+template <class Real>
+void LpKernel<Real>::set_row_bounds(Index row, double lower, double upper) {
+  core_.lower[core_.n + row] = -scaled_row_bound(row, upper);
+  core_.upper[core_.n + row] = -scaled_row_bound(row, lower);
+}
+
+template <class Real>
+void LpKernel<Real>::set_cost(Index col, double cost) {
+  core_.cost[col] = Real(cost) * Real(scaling_.col[col]) * Real(cost_factor_);
+}
+
+namespace {
+
+Place place_of(BasisStatus status, bool is_row) {
+  switch (status) {
+    case BasisStatus::kBasic:
+      return Place::kBasic;
+    case BasisStatus::kAtLower:
+      return is_row ? Place::kUpper : Place::kLower;  // the logical is minus the activity
+    case BasisStatus::kAtUpper:
+      return is_row ? Place::kLower : Place::kUpper;
+    default:
+      return Place::kFree;
+  }
+}
+
+}  // namespace
+
+template <class Real>
+void LpKernel<Real>::set_basis(const Basis& basis) {
+  const auto status_of = [&](Index var) { return var < core_.n ? basis.col[var] : basis.row[var - core_.n]; };
+  bool same_set = true;
+  for (Index var = 0; var < core_.num_vars() && same_set; ++var) {
+    same_set = core_.is_basic(var) == (status_of(var) == BasisStatus::kBasic);
+  }
+  for (Index var = 0; var < core_.num_vars(); ++var) core_.place[var] = place_of(status_of(var), var >= core_.n);
+  const bool has_norms =
+      basis.head.size() == static_cast<std::size_t>(core_.m) && basis.norm.size() == basis.head.size();
+  if (!same_set) {
+    std::fill(core_.where.begin(), core_.where.end(), Index(-1));
+    Index position = 0;
+    if (has_norms) {
+      for (const Index var : basis.head) core_.head[position++] = var;
+    } else {
+      for (Index var = 0; var < core_.num_vars(); ++var) {
+        if (core_.place[var] == Place::kBasic) core_.head[position++] = var;
+      }
+    }
+    for (position = 0; position < core_.m; ++position) core_.where[core_.head[position]] = position;
+    core_.factor_valid = false;
+    core_.weights_valid = false;
+  }
+  if (has_norms) {
+    for (std::size_t k = 0; k < basis.head.size(); ++k) core_.weight[core_.where[basis.head[k]]] = Real(basis.norm[k]);
+    core_.weights_valid = true;
+  }
+}
+
+template <class Real>
+Basis LpKernel<Real>::basis() const {
+  Basis result;
+  result.col.resize(static_cast<std::size_t>(core_.n));
+  result.row.resize(static_cast<std::size_t>(core_.m));
+  for (Index var = 0; var < core_.num_vars(); ++var) {
+    BasisStatus status = BasisStatus::kNonbasicFree;
+    const bool is_row = var >= core_.n;
+    switch (core_.is_basic(var) ? Place::kBasic : core_.place[var]) {
+      case Place::kBasic:
+        status = BasisStatus::kBasic;
+        break;
+      case Place::kLower:
+        status = is_row ? BasisStatus::kAtUpper : BasisStatus::kAtLower;
+        break;
+      case Place::kUpper:
+        status = is_row ? BasisStatus::kAtLower : BasisStatus::kAtUpper;
+        break;
+      case Place::kFixed:  // the side that its reduced cost prices
+        status = (core_.reduced_cost[var] < 0) != is_row ? BasisStatus::kAtUpper : BasisStatus::kAtLower;
+        break;
+      case Place::kFree:
+        break;
+    }
+    (is_row ? result.row[var - core_.n] : result.col[var]) = status;
+  }
+  result.head = core_.head;
+  if (core_.weights_valid) result.norm.assign(core_.weight.begin(), core_.weight.end());
+  return result;
+}
+
+template <class Real>
+SimplexOutcome LpKernel<Real>::run(const SimplexOptions& options, const SimplexLimits& limits, double share,
+                                   const StopToken& stop, SimplexLog& log, double iteration_offset) {
+  core_.stop = &stop;
+  core_.log = &log;
+  core_.primal_tol = Real(options.primal_feasibility_tol * share);
+  core_.dual_tol = Real(options.dual_feasibility_tol * share);
+  core_.iteration_offset = iteration_offset;
+  core_.iteration_limit = limits.iterations;
+  core_.begin_solve(options.markowitz_tol);
+  bool dual = options.algorithm == SimplexAlgorithm::kDual;
+  SimplexOutcome outcome = SimplexOutcome::kOtherAlgorithm;
+  for (int round = 0; round < kMaxAlgorithmSwitches && outcome == SimplexOutcome::kOtherAlgorithm; ++round) {
+    if (dual) {
+      DualOptions dual_options;
+      dual_options.pricing = options.pricing;
+      dual_options.perturb_value = round == 0 ? options.perturb_value : 0;
+      dual_options.objective_limit = limits.objective * cost_factor_;
+      outcome = DualSimplex<Real>(core_, dual_options).run();
+    } else {
+      PrimalOptions primal_options;
+      primal_options.may_perturb = round < kSwitchesWithPerturbation;
+      outcome = PrimalSimplex<Real>(core_, primal_options).run();
+    }
+    dual = !dual;
+  }
+  if (outcome == SimplexOutcome::kOtherAlgorithm) outcome = SimplexOutcome::kNumeric;
+  if (outcome == SimplexOutcome::kOptimal || log.settings().display_interval > 0) {
+    log.iteration(core_.iterations + iteration_offset, static_cast<double>(core_.objective(core_.cost)) / cost_factor_,
+                  static_cast<double>(core_.sum_primal_infeasibility()),
+                  static_cast<double>(core_.sum_dual_infeasibility()), true);
+  }
+  return outcome;
+}
+
+template <class Real>
+void LpKernel<Real>::extract(const LpData& lp, LpPoint& point) const {
+  const auto n = static_cast<std::size_t>(core_.n);
+  const auto m = static_cast<std::size_t>(core_.m);
+  point.x.resize(n);
+  point.pi.resize(m);
+  point.reduced_cost.resize(n);
+  std::vector<Extended> activity(m, 0);
+  for (Index row = 0; row < core_.m; ++row) {
+    const Real y = core_.is_basic(core_.n + row) ? Real(0) : -core_.reduced_cost[core_.n + row];
+    point.pi[row] = static_cast<double>(y * Real(scaling_.row[row]) / Real(cost_factor_));
+  }
+  for (Index col = 0; col < core_.n; ++col) {
+    const bool basic = core_.is_basic(col);
+    double x =
+        static_cast<double>((basic ? core_.basic_value[core_.where[col]] : core_.value[col]) * Real(scaling_.col[col]));
+    point.x[col] = x;
+    Extended d = lp.cost[col];
+    for (Offset k = lp.matrix.begin(col); k < lp.matrix.end(col); ++k) {
+      d -= Extended(lp.matrix.value[k]) * point.pi[lp.matrix.index[k]];
+      activity[lp.matrix.index[k]] += Extended(lp.matrix.value[k]) * x;
+    }
+    point.reduced_cost[col] = static_cast<double>(d);
+  }
+  point.row_activity.assign(activity.begin(), activity.end());
+}
+
+template <class Real>
+std::vector<double> LpKernel<Real>::user_farkas() const {
+  std::vector<double> y(static_cast<std::size_t>(core_.m), 0.0);
+  for (Index row = 0; row < core_.m; ++row) y[row] = static_cast<double>(core_.proof[row] * Real(scaling_.row[row]));
+  return y;
+}
+
+template <class Real>
+std::vector<double> LpKernel<Real>::user_ray() const {
+  std::vector<double> ray(static_cast<std::size_t>(core_.n), 0.0);
+  for (Index col = 0; col < core_.n; ++col) ray[col] = static_cast<double>(core_.proof[col] * Real(scaling_.col[col]));
+  return ray;
+}
+
+// With x = C x', the row of position p in user space is the scaled one times the basic variable's factor, divided by
+// each column's factor; a logical's factor is the inverse of its row's.
+template <class Real>
+bool LpKernel<Real>::tableau_row(Index position, std::vector<double>& row_of_a, std::vector<double>& row_of_inverse) {
+  if (!core_.factor_valid || position < 0 || position >= core_.m) return false;
+  Scattered<Real> rho;
+  rho.resize(core_.m);
+  core_.btran_unit(position, rho);
+  const Index var = core_.head[position];
+  const Real factor = var < core_.n ? Real(scaling_.col[var]) : 1 / Real(scaling_.row[var - core_.n]);
+  row_of_a.assign(static_cast<std::size_t>(core_.n), 0.0);
+  row_of_inverse.assign(static_cast<std::size_t>(core_.m), 0.0);
+  for (const Index row : rho.index) {
+    row_of_inverse[row] = static_cast<double>(rho.value[row] * factor * Real(scaling_.row[row]));
+  }
+  for (Index col = 0; col < core_.n; ++col) {
+    row_of_a[col] = static_cast<double>(core_.column_dot(col, rho.value.data()) * factor / Real(scaling_.col[col]));
+  }
+  return true;
+}
+
+template class LpKernel<double>;
+template class LpKernel<Extended>;
+
+}  // namespace zorvex

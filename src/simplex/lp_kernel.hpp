@@ -1,0 +1,53 @@
+// One simplex kernel of a given precision over a loaded LP: scaled copy of the data, algorithm switching, and the way
+// back to user space.
+#pragma once
+
+#include "linalg/basis.hpp"
+#include "simplex/lp_solver.hpp"
+#include "simplex/scaling.hpp"
+#include "simplex/simplex_core.hpp"
+#include "simplex/simplex_outcome.hpp"
+
+namespace zorvex {
+
+template <class Real>
+class LpKernel {
+ public:
+  // Copies the matrix, bounds and costs of `lp`, scaled. `cost_factor` multiplies all costs.
+  void load(const LpData& lp, const Scaling& scaling, double cost_factor);
+  [[nodiscard]] bool loaded() const { return loaded_; }
+  void unload() { loaded_ = false; }
+
+  void set_col_bounds(Index col, double lower, double upper);
+  void set_row_bounds(Index row, double lower, double upper);
+  void set_cost(Index col, double cost);
+
+  // Takes over a basis with exactly num_rows basic variables. Keeps the factors when the basic set is the same.
+  void set_basis(const Basis& basis);
+  [[nodiscard]] Basis basis() const;
+
+  // Solves from the current basis, switching between the algorithms as they ask for it. `share` is the share of the
+  // user's tolerances to work with.
+  SimplexOutcome run(const SimplexOptions& options, const SimplexLimits& limits, double share, const StopToken& stop,
+                     SimplexLog& log, double iteration_offset);
+
+  // x, duals, reduced costs and activities in user space; duals and reduced costs follow from the row duals.
+  void extract(const LpData& lp, LpPoint& point) const;
+  [[nodiscard]] std::vector<double> user_farkas() const;
+  [[nodiscard]] std::vector<double> user_ray() const;
+  bool tableau_row(Index position, std::vector<double>& row_of_a, std::vector<double>& row_of_inverse);
+
+  [[nodiscard]] SimplexCore<Real>& core() { return core_; }
+  [[nodiscard]] const SimplexCore<Real>& core() const { return core_; }
+
+ private:
+  [[nodiscard]] Real scaled_col_bound(Index col, double bound) const;
+  [[nodiscard]] Real scaled_row_bound(Index row, double bound) const;
+
+  SimplexCore<Real> core_;
+  Scaling scaling_;
+  double cost_factor_ = 1;
+  bool loaded_ = false;
+};
+
+}  // namespace zorvex

@@ -1,0 +1,413 @@
+#include "simplex/lp_solver.hpp"
+
+#include <algorithm>
+#include <cmath>
+
+#include "base/quality.hpp"
+#include "simplex/lp_kernel.hpp"
+
+namespace zorvex {
+
+namespace {
+
+constexpr double kFarkasDrop = 1e-11;   // relative size of entries that rounding may have left in A'y
+constexpr double kMinFarkasGap = 1e-9;  // a proof must miss by at least this, relative to max |y|
+constexpr double kRayTolerance = 1e-9;
+constexpr double kMinRayDescent = 1e-9;
+
+ProblemView view_of(const LpData& lp) {
+  return {lp.num_rows(),  lp.num_cols(),       lp.matrix.start.data(), lp.matrix.index.data(), lp.matrix.value.data(),
+          lp.cost.data(), lp.col_lower.data(), lp.col_upper.data(),    lp.row_lower.data(),    lp.row_upper.data()};
+}
+
+// Ways to try again when the answer of a run does not stand up to the check, in order.
+struct Attempt {
+  double share;  // of the user's tolerances
+  bool scaled;
+  bool extended;
+};
+constexpr Attempt kAttempts[] = {{kToleranceShare, true, false},
+                                 {0.001, true, false},
+                                 {0.01, false, false},
+                                 {0.01, true, true},
+                                 {0.001, false, true}};
+
+}  // namespace
+
+struct LpSolver::State {
+  State(const LpData& lp, const SimplexOptions& o, LogSink& l) : data(lp), options(o), log(l) {}
+
+  LpData data;
+  SimplexOptions options;
+  LogSink& log;
+  LpKernel<double> fast;
+  LpKernel<Extended> exact;
+  bool scaled = true;      // scaling of the loaded fast kernel
+  bool use_exact = false;  // the last solve ended in the extended kernel
+  Basis pending;           // set by the user, not yet in a kernel
+  bool has_pending = false;
+
+  SolveStatus status = SolveStatus::kLoaded;
+  double objective = 0, iterations = 0, total_iterations = 0, work = 0;
+  LpPoint point;
+  std::vector<double> farkas, ray;
+  double farkas_gap = 0;
+  std::vector<Index> head;
+  bool point_checked = false;
+
+  template <class Real>
+  LpKernel<Real>& kernel() {
+    if constexpr (std::is_same_v<Real, double>) {
+      return fast;
+    } else {
+      return exact;
+    }
+  }
+
+  [[nodiscard]] double cost_factor() const;
+  template <class Real>
+  void load(bool want_scaling);
+  [[nodiscard]] Basis current_basis() const;
+  void invalidate();
+  void solve_without_rows();
+  bool bounds_conflict();
+  template <class Real>
+  bool attempt(const Attempt& how, const SimplexLimits& limits, const StopToken& stop, SimplexLog& simplex_log);
+  template <class Real>
+  bool accept(SimplexOutcome outcome);
+  [[nodiscard]] bool point_is_optimal() const;
+  [[nodiscard]] bool point_is_feasible() const;
+  SolveStatus solve(const SimplexLimits& limits, const StopToken& stop);
+};
+
+double LpSolver::State::cost_factor() const {
+  double largest = 0;
+  for (const double c : data.cost) largest = std::max(largest, std::abs(c));
+  if (options.objective_scale > 0) return std::exp2(std::round(-std::log2(options.objective_scale)));
+  if (options.objective_scale < 0 && largest > 0) {
+    return std::exp2(std::round(options.objective_scale * std::log2(largest)));
+  }
+  return 1;
+}
+
+template <class Real>
+void LpSolver::State::load(bool want_scaling) {
+  kernel<Real>().load(data, want_scaling && options.scale ? compute_scaling(data) : unit_scaling(data), cost_factor());
+}
+
+Basis LpSolver::State::current_basis() const {
+  if (has_pending) return pending;
+  if (use_exact && exact.loaded()) return exact.basis();
+  if (fast.loaded()) return fast.basis();
+  Basis slack;
+  slack.col.assign(static_cast<std::size_t>(data.num_cols()), BasisStatus::kAtLower);
+  slack.row.assign(static_cast<std::size_t>(data.num_rows()), BasisStatus::kBasic);
+  return slack;
+}
+
+// The matrix has changed: kernels are loaded again at the next solve, from the current basis.
+void LpSolver::State::invalidate() {
+  pending = current_basis();
+  has_pending = true;
+  fast.unload();
+  exact.unload();
+}
+
+// Columns only: each goes to the bound that its cost prefers.
+void LpSolver::State::solve_without_rows() {
+  status = SolveStatus::kOptimal;
+  const auto n = static_cast<std::size_t>(data.num_cols());
+  point = {std::vector<double>(n, 0.0), {}, {}, data.cost};
+  ray.assign(n, 0.0);
+  pending = current_basis();
+  has_pending = true;
+  long double sum = data.offset;
+  for (Index col = 0; col < data.num_cols(); ++col) {
+    const double c = data.cost[col];
+    const double low = data.col_lower[col];
+    const double up = data.col_upper[col];
+    const bool upper = c < 0 || (c == 0 && !std::isfinite(low) && std::isfinite(up));
+    const double bound = upper ? up : low;
+    if (!std::isfinite(bound) && c != 0 && status == SolveStatus::kOptimal) {
+      status = SolveStatus::kUnbounded;
+      ray[col] = c < 0 ? 1.0 : -1.0;
+    }
+    point.x[col] = std::isfinite(bound) ? bound : 0.0;
+    pending.col[col] = !std::isfinite(bound) ? BasisStatus::kNonbasicFree
+                       : upper               ? BasisStatus::kAtUpper
+                                             : BasisStatus::kAtLower;
+    sum += static_cast<long double>(c) * point.x[col];
+  }
+  objective = static_cast<double>(sum);
+}
+
+// Crossed bounds decide the model before any simplex. Crossings within tolerance are closed at the middle.
+bool LpSolver::State::bounds_conflict() {
+  const auto conflict = [this](std::vector<double>& lower, std::vector<double>& upper, std::size_t i) {
+    if (!(lower[i] > upper[i]))
+      return std::isnan(lower[i]) || std::isnan(upper[i]) || lower[i] == kInf || upper[i] == -kInf;
+    return lower[i] - upper[i] > options.primal_feasibility_tol;
+  };
+  for (std::size_t col = 0; col < data.col_lower.size(); ++col) {
+    if (conflict(data.col_lower, data.col_upper, col)) return true;
+  }
+  for (std::size_t row = 0; row < data.row_lower.size(); ++row) {
+    if (conflict(data.row_lower, data.row_upper, row)) {
+      farkas.assign(data.row_lower.size(), 0.0);
+      farkas_gap = data.row_lower[row] - data.row_upper[row];
+      return true;
+    }
+  }
+  return false;
+}
+
+bool LpSolver::State::point_is_feasible() const {
+  const PrimalQuality primal = measure_primal(view_of(data), point.x, {});
+  return primal.bound.max <= options.primal_feasibility_tol && primal.row.max <= options.primal_feasibility_tol;
+}
+
+bool LpSolver::State::point_is_optimal() const {
+  if (!point_is_feasible()) return false;
+  const DualQuality dual = measure_dual(view_of(data), point.pi, point.reduced_cost, {});
+  return dual.sign.max <= options.dual_feasibility_tol;
+}
+
+// Checks the outcome of a run against the data as given and sets status and results. False: try harder.
+template <class Real>
+bool LpSolver::State::accept(SimplexOutcome outcome) {
+  LpKernel<Real>& lp_kernel = kernel<Real>();
+  switch (outcome) {
+    case SimplexOutcome::kOptimal:
+      lp_kernel.extract(data, point);
+      objective = static_cast<double>(measure_primal(view_of(data), point.x, {}).objective) + data.offset;
+      status = SolveStatus::kOptimal;
+      return point_is_optimal();
+    case SimplexOutcome::kInfeasible:
+      farkas = lp_kernel.user_farkas();
+      farkas_gap = zorvex::farkas_gap(view_of(data), farkas, kFarkasDrop);
+      status = SolveStatus::kInfeasible;
+      return farkas_gap > kMinFarkasGap;
+    case SimplexOutcome::kUnbounded:
+      ray = lp_kernel.user_ray();
+      lp_kernel.extract(data, point);
+      status = SolveStatus::kUnbounded;
+      return ray_descent(view_of(data), ray, kRayTolerance) > kMinRayDescent && point_is_feasible();
+    case SimplexOutcome::kCutoff:
+      status = SolveStatus::kCutoff;
+      return true;
+    case SimplexOutcome::kIterationLimit:
+    case SimplexOutcome::kTimeLimit:
+    case SimplexOutcome::kInterrupted:
+      lp_kernel.extract(data, point);
+      objective = static_cast<double>(measure_primal(view_of(data), point.x, {}).objective) + data.offset;
+      status = outcome == SimplexOutcome::kIterationLimit ? SolveStatus::kIterationLimit
+               : outcome == SimplexOutcome::kTimeLimit    ? SolveStatus::kTimeLimit
+                                                          : SolveStatus::kInterrupted;
+      return true;
+    default:
+      status = SolveStatus::kNumeric;
+      return false;
+  }
+}
+
+template <class Real>
+bool LpSolver::State::attempt(const Attempt& how, const SimplexLimits& limits, const StopToken& stop,
+                              SimplexLog& simplex_log) {
+  LpKernel<Real>& lp_kernel = kernel<Real>();
+  const Basis start = current_basis();
+  const bool was_exact = use_exact;
+  use_exact = how.extended;
+  const bool reload = !lp_kernel.loaded() || (!how.extended && how.scaled != scaled);
+  if (reload) load<Real>(how.scaled);
+  if (!how.extended) scaled = how.scaled;
+  if (reload || has_pending || was_exact != use_exact) lp_kernel.set_basis(start);
+  has_pending = false;
+  SimplexLimits rest = limits;
+  const SimplexOutcome outcome = lp_kernel.run(options, rest, how.share, stop, simplex_log, iterations);
+  iterations += lp_kernel.core().iterations;
+  work += lp_kernel.core().work;
+  lp_kernel.core().work = 0;
+  head = lp_kernel.core().head;
+  return accept<Real>(outcome);
+}
+
+SolveStatus LpSolver::State::solve(const SimplexLimits& limits, const StopToken& stop) {
+  iterations = 0;
+  farkas.clear();
+  ray.clear();
+  farkas_gap = 0;
+  status = SolveStatus::kLoaded;
+  if (bounds_conflict()) return status = SolveStatus::kInfeasible;
+  if (data.num_rows() == 0) {
+    solve_without_rows();
+    return status;
+  }
+  SimplexLog::Settings settings;
+  settings.start_time = options.log_start_time > 0 ? options.log_start_time : now_seconds();
+  settings.display_interval = options.display_interval;
+  settings.root = options.root_log;
+  settings.sense = options.sense;
+  SimplexLog simplex_log(log, settings);
+  bool announced = false;
+  for (const Attempt& how : kAttempts) {
+    if (how.extended && options.precision == Precision::kDouble) break;
+    if (!how.extended && options.precision == Precision::kExtended) continue;
+    if (!how.scaled && !options.scale) continue;
+    if (how.extended && options.precision == Precision::kAutomatic && !announced) {
+      log.write("Warning: switch to quad precision\n");
+      announced = true;
+    }
+    const bool done = how.extended ? attempt<Extended>(how, limits, stop, simplex_log)
+                                   : attempt<double>(how, limits, stop, simplex_log);
+    if (done) break;
+    status = SolveStatus::kNumeric;
+    if (stop.stop_requested()) {
+      status = stop.poll();
+      break;
+    }
+  }
+  // A later solve of a changed model should not pay for this one's trouble.
+  if (!scaled) {
+    pending = current_basis();
+    has_pending = true;
+    fast.unload();
+    scaled = true;
+  }
+  total_iterations += iterations;
+  return status;
+}
+
+LpSolver::LpSolver(const LpData& lp, const SimplexOptions& options, LogSink& log)
+    : state_(std::make_unique<State>(lp, options, log)) {}
+LpSolver::~LpSolver() = default;
+
+void LpSolver::set_col_bounds(Index col, double lower, double upper) {
+  state_->data.col_lower[col] = lower;
+  state_->data.col_upper[col] = upper;
+  if (state_->fast.loaded()) state_->fast.set_col_bounds(col, lower, upper);
+  if (state_->exact.loaded()) state_->exact.set_col_bounds(col, lower, upper);
+}
+
+void LpSolver::set_row_bounds(Index row, double lower, double upper) {
+  state_->data.row_lower[row] = lower;
+  state_->data.row_upper[row] = upper;
+  if (state_->fast.loaded()) state_->fast.set_row_bounds(row, lower, upper);
+  if (state_->exact.loaded()) state_->exact.set_row_bounds(row, lower, upper);
+}
+
+void LpSolver::set_cost(Index col, double cost) {
+  state_->data.cost[col] = cost;
+  if (state_->fast.loaded()) state_->fast.set_cost(col, cost);
+  if (state_->exact.loaded()) state_->exact.set_cost(col, cost);
+}
+
+void LpSolver::add_rows(const SparseMatrix& rows, std::span<const double> lower, std::span<const double> upper) {
+  state_->invalidate();
+  const Index old_rows = state_->data.num_rows();
+  state_->data.matrix.append_rows(rows);
+  state_->data.row_lower.insert(state_->data.row_lower.end(), lower.begin(), lower.end());
+  state_->data.row_upper.insert(state_->data.row_upper.end(), upper.begin(), upper.end());
+  Basis& basis = state_->pending;
+  basis.row.resize(basis.row.size() + lower.size(), BasisStatus::kBasic);
+  if (basis.head.size() == static_cast<std::size_t>(old_rows) && basis.norm.size() == basis.head.size()) {
+    for (std::size_t i = 0; i < lower.size(); ++i) {
+      basis.head.push_back(state_->data.num_cols() + old_rows + static_cast<Index>(i));
+      basis.norm.push_back(1);
+    }
+  }
+}
+
+void LpSolver::delete_rows(std::span<const char> remove) {
+  state_->invalidate();
+  LpData& lp = state_->data;
+  std::vector<char> keep(remove.size());
+  Basis& basis = state_->pending;
+  const Index n = lp.num_cols();
+  std::vector<Index> new_row(remove.size(), -1);
+  std::size_t kept = 0;
+  for (std::size_t i = 0; i < remove.size(); ++i) {
+    keep[i] = remove[i] == 0 ? 1 : 0;
+    if (!keep[i]) continue;
+    new_row[i] = static_cast<Index>(kept);
+    lp.row_lower[kept] = lp.row_lower[i];
+    lp.row_upper[kept] = lp.row_upper[i];
+    basis.row[kept++] = basis.row[i];
+  }
+  lp.row_lower.resize(kept);
+  lp.row_upper.resize(kept);
+  basis.row.resize(kept);
+  lp.matrix.compress(keep.data(), nullptr);
+  std::size_t positions = 0;
+  for (std::size_t k = 0; k < basis.head.size(); ++k) {
+    const Index var = basis.head[k];
+    if (var >= n && new_row[var - n] < 0) continue;
+    basis.head[positions] = var < n ? var : n + new_row[var - n];
+    if (k < basis.norm.size()) basis.norm[positions] = basis.norm[k];
+    ++positions;
+  }
+  basis.head.resize(positions);
+  basis.norm.resize(std::min(positions, basis.norm.size()));
+  set_basis(Basis(basis));
+}
+
+void LpSolver::set_options(const SimplexOptions& options) {
+  if (options.scale != state_->options.scale || options.objective_scale != state_->options.objective_scale) {
+    state_->invalidate();
+  }
+  state_->options = options;
+}
+
+void LpSolver::set_basis(const Basis& basis) {
+  State& state = *state_;
+  state.pending = basis;
+  state.has_pending = true;
+  Index excess = -state.data.num_rows();
+  for (const BasisStatus status : basis.col) excess += status == BasisStatus::kBasic;
+  for (const BasisStatus status : basis.row) excess += status == BasisStatus::kBasic;
+  if (excess == 0) return;
+  Basis& repaired = state.pending;
+  repaired.head.clear();
+  repaired.norm.clear();
+  for (std::size_t row = 0; row < repaired.row.size() && excess < 0; ++row) {
+    if (repaired.row[row] == BasisStatus::kBasic) continue;
+    repaired.row[row] = BasisStatus::kBasic;
+    ++excess;
+  }
+  for (std::size_t col = repaired.col.size(); col-- > 0 && excess > 0;) {
+    if (repaired.col[col] != BasisStatus::kBasic) continue;
+    repaired.col[col] = BasisStatus::kAtLower;
+    --excess;
+  }
+}
+
+Basis LpSolver::basis() const { return state_->current_basis(); }
+
+void LpSolver::reset_to_slack_basis() {
+  Basis slack;
+  slack.col.assign(static_cast<std::size_t>(state_->data.num_cols()), BasisStatus::kAtLower);
+  slack.row.assign(static_cast<std::size_t>(state_->data.num_rows()), BasisStatus::kBasic);
+  set_basis(slack);
+}
+
+SolveStatus LpSolver::solve(const SimplexLimits& limits, const StopToken& stop) { return state_->solve(limits, stop); }
+
+SolveStatus LpSolver::status() const { return state_->status; }
+double LpSolver::objective() const { return state_->objective; }
+double LpSolver::iterations() const { return state_->iterations; }
+double LpSolver::total_iterations() const { return state_->total_iterations; }
+const LpPoint& LpSolver::point() const { return state_->point; }
+const std::vector<double>& LpSolver::farkas() const { return state_->farkas; }
+double LpSolver::farkas_violation() const { return state_->farkas_gap; }
+const std::vector<double>& LpSolver::ray() const { return state_->ray; }
+bool LpSolver::extended_precision() const { return state_->use_exact; }
+bool LpSolver::tableau_row(Index position, std::vector<double>& row_of_a, std::vector<double>& row_of_inverse) {
+  if (state_->use_exact) return state_->exact.tableau_row(position, row_of_a, row_of_inverse);
+  return state_->fast.loaded() && state_->fast.tableau_row(position, row_of_a, row_of_inverse);
+}
+const std::vector<Index>& LpSolver::basis_head() const { return state_->head; }
+Index LpSolver::num_rows() const { return state_->data.num_rows(); }
+Index LpSolver::num_cols() const { return state_->data.num_cols(); }
+const LpData& LpSolver::data() const { return state_->data; }
+double LpSolver::work() const { return state_->work; }
+
+}  // namespace zorvex

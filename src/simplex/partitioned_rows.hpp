@@ -1,0 +1,43 @@
+// Row-wise copy of the structural matrix in which every row keeps the entries of active columns first, so that a pivot
+// row is computed over the columns that can enter and nothing else.
+//   Invariant  row i's entries are [start[i], start[i+1]); those of active columns are [start[i], active_end[i]).
+//   Cost       set_active() is O(length of the column) through cross links to the column-wise copy.
+#pragma once
+
+#include <span>
+#include <vector>
+
+#include "base/types.hpp"
+#include "linalg/scattered.hpp"
+#include "simplex/basis_lu.hpp"
+
+namespace zorvex {
+
+template <class Real>
+class PartitionedRows {
+ public:
+  // Copies the pattern and values; active[j] != 0 marks the active columns.
+  void build(const ColumnView<Real>& columns, std::span<const char> active);
+  void set_active(Index col, bool active);
+  [[nodiscard]] bool is_active(Index col) const { return active_[col] != 0; }
+
+  // alpha := rho' A over the active columns (entries of inactive columns stay zero). `alpha` must be cleared and have
+  // length num_cols. `expected_density` of the result chooses between listing indices and a dense result.
+  // Returns the number of entries touched.
+  Offset price(const Scattered<Real>& rho, double expected_density, Scattered<Real>& alpha) const;
+
+ private:
+  void swap_slots(Offset a, Offset b);
+  void price_sparse(const Scattered<Real>& rho, Scattered<Real>& alpha, Offset& touched) const;
+  void price_dense(const Scattered<Real>& rho, Scattered<Real>& alpha, Offset& touched) const;
+
+  ColumnView<Real> columns_;
+  std::vector<char> active_;
+  std::vector<Offset> start_, active_end_;
+  std::vector<Index> col_;     // column of each slot
+  std::vector<Real> value_;    // value of each slot
+  std::vector<Offset> entry_;  // position in the column-wise copy of each slot
+  std::vector<Offset> slot_;   // slot of each column-wise position
+};
+
+}  // namespace zorvex

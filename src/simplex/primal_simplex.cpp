@@ -1,0 +1,455 @@
+#include "simplex/primal_simplex.hpp"
+
+#include <algorithm>
+#include <cmath>
+
+#include "base/random_stream.hpp"
+
+namespace zorvex {
+
+namespace {
+constexpr double kPerturbation = 5e-7;  // relative widening of bounds when stalled
+constexpr int kStallLength = 200;       // degenerate steps in a row that count as stalling
+constexpr double kDevexReset = 1e7;     // reference framework is renewed beyond this weight
+constexpr double kGoodPivotShare = 0.1;
+constexpr double kReducedCostMismatch = 1e-6;
+}  // namespace
+
+template <class Real>
+PrimalSimplex<Real>::PrimalSimplex(SimplexCore<Real>& core, const PrimalOptions& options)
+    : core_(core), options_(options) {
+  alpha_.resize(core.m);
+  rho_.resize(core.m);
+  alpha_row_.resize(core.n);
+  cost_change_.resize(core.m);
+  reference_.assign(static_cast<std::size_t>(core.num_vars()), Real(1));
+  phase1_gradient_.assign(static_cast<std::size_t>(core.m), Real(0));
+  listed_.assign(static_cast<std::size_t>(core.num_vars()), 0);
+}
+
+template <class Real>
+SimplexOutcome PrimalSimplex<Real>::stop_reason() const {
+  switch (core_.stop->poll()) {
+    case SolveStatus::kTimeLimit:
+      return SimplexOutcome::kTimeLimit;
+    case SolveStatus::kInterrupted:
+      return SimplexOutcome::kInterrupted;
+    default:
+      return SimplexOutcome::kIterationLimit;
+  }
+}
+
+template <class Real>
+SimplexOutcome PrimalSimplex<Real>::run() {
+  core_.use_true_bounds();
+  core_.use_true_costs();
+  core_.settle_nonbasic();
+  for (;;) {
+    bool stopped = false;
+    SimplexOutcome outcome = rebuild(stopped);
+    if (stopped) return outcome;
+    Step step = Step::kContinue;
+    while (step == Step::kContinue) step = iterate();
+    switch (step) {
+      case Step::kStopped:
+        return stop_reason();
+      case Step::kNoEntering:
+        if (!core_.fresh) break;
+        outcome = finish(stopped);
+        break;
+      case Step::kUnbounded:
+        if (!core_.fresh) break;
+        return SimplexOutcome::kUnbounded;
+      default:
+        break;
+    }
+    if (stopped) return outcome;
+  }
+}
+
+template <class Real>
+Real PrimalSimplex<Real>::phase1_cost(Index position) const {
+  const Real x = core_.basic_value[position];
+  if (x < core_.basic_lower[position] - core_.primal_tol) return -1;
+  if (x > core_.basic_upper[position] + core_.primal_tol) return 1;
+  return 0;
+}
+
+template <class Real>
+SimplexOutcome PrimalSimplex<Real>::rebuild(bool& stopped) {
+  stopped = true;
+  if (core_.needs_refactor() || core_.lu.num_updates() > 0) {
+    switch (core_.factorize()) {
+      case FactorOutcome::kInterrupted:
+        return stop_reason();
+      case FactorOutcome::kNumeric:
+        return SimplexOutcome::kNumeric;
+      case FactorOutcome::kOk:
+        break;
+    }
+  }
+  core_.compute_primal();
+  phase1_ = core_.sum_primal_infeasibility() > 0;
+  if (phase1_) {
+    std::vector<Real> gradient(static_cast<std::size_t>(core_.num_vars()), Real(0));
+    for (Index position = 0; position < core_.m; ++position) {
+      phase1_gradient_[position] = phase1_cost(position);
+      gradient[core_.head[position]] = phase1_gradient_[position];
+    }
+    core_.compute_duals_from(gradient);
+  } else {
+    core_.compute_duals();
+  }
+  core_.fresh = true;
+  rejected_.clear();
+  list_candidates();
+  if (core_.log->due() || core_.iterations + core_.iteration_offset == 0) {
+    core_.log->iteration(core_.iterations + core_.iteration_offset, static_cast<double>(core_.objective(core_.cost)),
+                         static_cast<double>(core_.sum_primal_infeasibility()),
+                         static_cast<double>(core_.sum_dual_infeasibility()), false);
+  }
+  stopped = false;
+  return SimplexOutcome::kOptimal;
+}
+
+template <class Real>
+void PrimalSimplex<Real>::note_candidate(Index var) {
+  if (!listed_[var] && core_.dual_infeasibility(var) > 0) {
+    listed_[var] = 1;
+    candidates_.push_back(var);
+  }
+}
+
+template <class Real>
+void PrimalSimplex<Real>::list_candidates() {
+  for (const Index var : candidates_) listed_[var] = 0;
+  candidates_.clear();
+  for (Index var = 0; var < core_.num_vars(); ++var) {
+    if (!core_.is_basic(var)) note_candidate(var);
+  }
+}
+
+template <class Real>
+Index PrimalSimplex<Real>::choose_entering() {
+  Index best = -1;
+  Real best_value = 0;
+  Real best_weight = 1;
+  std::size_t kept = 0;
+  for (const Index var : candidates_) {
+    const Real infeasibility = core_.is_basic(var) ? Real(0) : core_.dual_infeasibility(var);
+    if (infeasibility == 0) {
+      listed_[var] = 0;
+      continue;
+    }
+    candidates_[kept++] = var;
+    const Real price = infeasibility * infeasibility;
+    if (price * best_weight > best_value * reference_[var]) {
+      if (std::find(rejected_.begin(), rejected_.end(), var) != rejected_.end()) continue;
+      best = var;
+      best_value = price;
+      best_weight = reference_[var];
+    }
+  }
+  candidates_.resize(kept);
+  return best;
+}
+
+// Compares the updated reduced cost with the one that the entering column gives.
+template <class Real>
+bool PrimalSimplex<Real>::confirm_reduced_cost(Index entering) {
+  Real exact = phase1_ ? Real(0) : core_.work_cost[entering];
+  for (const Index k : alpha_.index) {
+    exact -= alpha_.value[k] * (phase1_ ? phase1_gradient_[k] : core_.work_cost[core_.head[k]]);
+  }
+  using std::abs;
+  const Real difference = abs(exact - core_.reduced_cost[entering]);
+  core_.reduced_cost[entering] = exact;
+  return difference <= Real(kReducedCostMismatch) * (1 + abs(exact)) && core_.dual_infeasibility(entering) > 0;
+}
+
+// Long-step test: passes breakpoints while the sum of infeasibilities still falls, then takes a good pivot among the
+// last ones passed. `direction` is +1 when the entering variable rises.
+template <class Real>
+typename PrimalSimplex<Real>::Block PrimalSimplex<Real>::ratio_test_phase1(Index entering, Real direction) {
+  using std::abs;
+  breakpoints_.clear();
+  const Real tolerance = core_.primal_tol;
+  for (const Index k : alpha_.index) {
+    const Real rate = -direction * alpha_.value[k];  // of the basic variable
+    const Real magnitude = abs(rate);
+    if (magnitude <= KernelTolerances<Real>::kRatioPivot) continue;
+    const Real x = core_.basic_value[k];
+    const Real low = core_.basic_lower[k];
+    const Real up = core_.basic_upper[k];
+    if (rate > 0) {
+      if (x < low - tolerance) breakpoints_.push_back({k, (low - x) / magnitude, magnitude, false});
+      if (x <= up + tolerance && std::isfinite(up)) {
+        breakpoints_.push_back({k, std::max<Real>(0, up - x) / magnitude, magnitude, true});
+      }
+    } else {
+      if (x > up + tolerance) breakpoints_.push_back({k, (x - up) / magnitude, magnitude, true});
+      if (x >= low - tolerance && std::isfinite(low)) {
+        breakpoints_.push_back({k, std::max<Real>(0, x - low) / magnitude, magnitude, false});
+      }
+    }
+  }
+  std::sort(breakpoints_.begin(), breakpoints_.end(), [](const Breakpoint& a, const Breakpoint& b) {
+    return a.step < b.step || (a.step == b.step && a.position < b.position);
+  });
+  const Real own_range = core_.work_upper[entering] - core_.work_lower[entering];
+  Real slope = abs(core_.reduced_cost[entering]);
+  Real largest = 0;
+  std::size_t end = 0;
+  while (end < breakpoints_.size() && slope > 0 && breakpoints_[end].step < own_range) {
+    slope -= breakpoints_[end].alpha;
+    largest = std::max(largest, breakpoints_[end].alpha);
+    ++end;
+  }
+  Block block;
+  if (slope > 0 && std::isfinite(own_range)) {
+    block.step = own_range;
+    return block;
+  }
+  if (end == 0) {
+    block.unbounded = true;
+    return block;
+  }
+  std::size_t chosen = end - 1;
+  for (std::size_t k = end; k-- > 0;) {
+    if (breakpoints_[k].alpha >= Real(kGoodPivotShare) * largest) {
+      chosen = k;
+      break;
+    }
+  }
+  block.position = breakpoints_[chosen].position;
+  block.step = breakpoints_[chosen].step;
+  block.to_upper = breakpoints_[chosen].to_upper;
+  return block;
+}
+
+template <class Real>
+typename PrimalSimplex<Real>::Block PrimalSimplex<Real>::ratio_test_phase2(Index entering, Real direction) {
+  using std::abs;
+  const Real tolerance = core_.primal_tol;
+  Real relaxed = std::numeric_limits<Real>::infinity();
+  const auto distance = [&](Index k, Real rate) {
+    return rate > 0 ? core_.basic_upper[k] - core_.basic_value[k] : core_.basic_value[k] - core_.basic_lower[k];
+  };
+  for (const Index k : alpha_.index) {
+    const Real rate = -direction * alpha_.value[k];
+    if (abs(rate) <= KernelTolerances<Real>::kRatioPivot) continue;
+    relaxed = std::min<Real>(relaxed, (std::max<Real>(distance(k, rate), 0) + tolerance) / abs(rate));
+  }
+  const Real own_range = core_.work_upper[entering] - core_.work_lower[entering];
+  Block block;
+  if (own_range <= relaxed && std::isfinite(own_range)) {
+    block.step = own_range;
+    return block;
+  }
+  if (!std::isfinite(relaxed)) {
+    block.unbounded = true;
+    return block;
+  }
+  Real best = 0;
+  for (const Index k : alpha_.index) {
+    const Real rate = -direction * alpha_.value[k];
+    const Real magnitude = abs(rate);
+    if (magnitude <= KernelTolerances<Real>::kRatioPivot || magnitude <= best) continue;
+    const Real gap = distance(k, rate);
+    if (gap > relaxed * magnitude) continue;
+    best = magnitude;
+    block.position = k;
+    block.step = std::max<Real>(0, gap / magnitude);
+    block.to_upper = rate > 0;
+  }
+  return block;
+}
+
+template <class Real>
+void PrimalSimplex<Real>::move_basics(Real step, Real direction) {
+  if (step == 0) return;
+  for (const Index k : alpha_.index) core_.basic_value[k] -= step * direction * alpha_.value[k];
+}
+
+// Reduced costs and devex weights after `entering` replaced the variable that was basic in `position`; alpha_row_ and
+// rho_ hold the pivot row of the basis before the change.
+template <class Real>
+void PrimalSimplex<Real>::update_duals(Index position, Index entering) {
+  const Real pivot = alpha_.value[position];
+  const Real dual_step = core_.reduced_cost[entering] / pivot;
+  const Real entering_weight = reference_[entering] / (pivot * pivot);
+  bool reset = false;
+  const auto update = [&](Index var, Real entry) {
+    if (core_.is_basic(var) || core_.place[var] == Place::kFixed) return;
+    core_.reduced_cost[var] -= dual_step * entry;
+    reference_[var] = std::max<Real>(reference_[var], entry * entry * entering_weight);
+    if (reference_[var] > Real(kDevexReset)) reset = true;
+    note_candidate(var);
+  };
+  for (const Index col : alpha_row_.index) update(col, alpha_row_.value[col]);
+  for (const Index row : rho_.index) update(core_.n + row, rho_.value[row]);
+  const Index leaving = core_.head[position];
+  core_.reduced_cost[leaving] = -dual_step - (phase1_ ? phase1_gradient_[position] : Real(0));
+  core_.reduced_cost[entering] = 0;
+  reference_[leaving] = std::max<Real>(entering_weight, Real(1));
+  if (reset) std::fill(reference_.begin(), reference_.end(), Real(1));
+}
+
+// Basic variables that became feasible or infeasible change the phase 1 objective; the reduced costs follow by one
+// BTRAN of the changes.
+template <class Real>
+void PrimalSimplex<Real>::refresh_phase1_costs() {
+  cost_change_.clear();
+  for (const Index k : alpha_.index) {
+    const Real now = phase1_cost(k);
+    if (now == phase1_gradient_[k]) continue;
+    cost_change_.value[k] = now - phase1_gradient_[k];
+    cost_change_.index.push_back(k);
+    phase1_gradient_[k] = now;
+  }
+  if (cost_change_.index.empty() || !core_.factor_valid) return;
+  core_.lu.btran(cost_change_);
+  cost_change_.pack(KernelTolerances<Real>::kDrop);
+  core_.price(cost_change_, alpha_row_);
+  const auto update = [&](Index var, Real change) {
+    if (core_.is_basic(var) || core_.place[var] == Place::kFixed) return;
+    core_.reduced_cost[var] -= change;
+    note_candidate(var);
+  };
+  for (const Index col : alpha_row_.index) update(col, alpha_row_.value[col]);
+  for (const Index row : cost_change_.index) update(core_.n + row, cost_change_.value[row]);
+}
+
+template <class Real>
+void PrimalSimplex<Real>::note_step(Real step) {
+  degenerate_steps_ = step > core_.primal_tol ? 0 : degenerate_steps_ + 1;
+}
+
+template <class Real>
+typename PrimalSimplex<Real>::Step PrimalSimplex<Real>::iterate() {
+  if (core_.needs_refactor()) return Step::kRebuild;
+  if (core_.stop->stop_requested() || core_.iterations + core_.iteration_offset >= core_.iteration_limit) {
+    return Step::kStopped;
+  }
+  if (!phase1_ && options_.may_perturb && !bounds_changed_ && degenerate_steps_ > kStallLength) {
+    perturb_bounds();
+    return Step::kRebuild;
+  }
+  if (core_.log->due()) return Step::kRebuild;
+  const Index entering = choose_entering();
+  if (entering < 0) return Step::kNoEntering;
+  core_.ftran_column(entering, alpha_);
+  if (!confirm_reduced_cost(entering)) {
+    if (!core_.fresh) return Step::kRebuild;
+    note_candidate(entering);
+    if (core_.dual_infeasibility(entering) == 0) return Step::kContinue;
+  }
+  const Real direction = core_.reduced_cost[entering] < 0 ? Real(1) : Real(-1);
+  const Block block = phase1_ ? ratio_test_phase1(entering, direction) : ratio_test_phase2(entering, direction);
+  if (block.unbounded) {
+    if (phase1_) {  // impossible in exact arithmetic: the phase 1 objective is bounded
+      rejected_.push_back(entering);
+      return core_.fresh ? Step::kContinue : Step::kRebuild;
+    }
+    core_.proof.assign(static_cast<std::size_t>(core_.num_vars()), Real(0));
+    core_.proof[entering] = direction;
+    for (const Index k : alpha_.index) core_.proof[core_.head[k]] = -direction * alpha_.value[k];
+    return Step::kUnbounded;
+  }
+  note_step(block.step);
+  if (block.position < 0) {
+    move_basics(block.step, direction);
+    core_.put_nonbasic(entering, direction > 0 ? Place::kUpper : Place::kLower);
+    core_.fresh = false;
+    ++core_.iterations;
+    if (phase1_) refresh_phase1_costs();
+    return Step::kContinue;
+  }
+  using std::abs;
+  const Real pivot = alpha_.value[block.position];
+  if (abs(pivot) < Real(10 * kPivotTolerance)) {
+    core_.log->sink().diagnose("Numeric Warning: primal small pivot %g\n", static_cast<double>(pivot));
+    if (!core_.fresh) return Step::kRebuild;
+    rejected_.push_back(entering);
+    return Step::kContinue;
+  }
+  core_.btran_unit(block.position, rho_);
+  core_.price(rho_, alpha_row_);
+  const Real row_pivot = entering < core_.n ? alpha_row_.value[entering] : rho_.value[entering - core_.n];
+  if (abs(row_pivot - pivot) > KernelTolerances<Real>::kPivotMismatch * (1 + abs(pivot))) {
+    if (core_.fresh) {
+      rejected_.push_back(entering);
+      return Step::kContinue;
+    }
+    core_.report_trouble();
+    return Step::kRebuild;
+  }
+  const Real entering_value = core_.value[entering] + direction * block.step;
+  move_basics(block.step, direction);
+  update_duals(block.position, entering);
+  const Index leaving = core_.head[block.position];
+  core_.pivot(block.position, entering, entering_value, block.to_upper ? Place::kUpper : Place::kLower, pivot);
+  core_.weights_valid = false;
+  if (phase1_) {
+    phase1_gradient_[block.position] = 0;
+    refresh_phase1_costs();
+  }
+  note_candidate(leaving);
+  return Step::kContinue;
+}
+
+// Widens every finite bound a little, at random, so that degenerate vertices come apart.
+template <class Real>
+void PrimalSimplex<Real>::perturb_bounds() {
+  RandomStream random(options_.seed, "primal bound perturbation");
+  using std::abs;
+  for (Index var = 0; var < core_.num_vars(); ++var) {
+    const Real draw_low = Real(kPerturbation * (1 + random.uniform()));
+    const Real draw_up = Real(kPerturbation * (1 + random.uniform()));
+    if (core_.lower[var] == core_.upper[var]) continue;
+    if (std::isfinite(core_.lower[var])) core_.work_lower[var] -= draw_low * std::max<Real>(1, abs(core_.lower[var]));
+    if (std::isfinite(core_.upper[var])) core_.work_upper[var] += draw_up * std::max<Real>(1, abs(core_.upper[var]));
+  }
+  bounds_changed_ = true;
+  core_.settle_nonbasic();
+}
+
+template <class Real>
+SimplexOutcome PrimalSimplex<Real>::finish(bool& stopped) {
+  stopped = true;
+  if (!rejected_.empty()) return SimplexOutcome::kNumeric;
+  if (phase1_) {
+    if (bounds_changed_) {  // widened bounds only make feasibility easier; the proof must hold for the true ones
+      core_.use_true_bounds();
+      core_.settle_nonbasic();
+      bounds_changed_ = false;
+      options_.may_perturb = false;
+      stopped = false;
+      return SimplexOutcome::kOptimal;
+    }
+    // y = B^-T g with g the gradient of the infeasibility proves that it cannot fall further.
+    rho_.clear();
+    for (Index position = 0; position < core_.m; ++position) {
+      if (phase1_gradient_[position] == 0) continue;
+      rho_.value[position] = phase1_gradient_[position];
+      rho_.index.push_back(position);
+    }
+    core_.lu.btran(rho_);
+    core_.proof.assign(rho_.value.begin(), rho_.value.end());
+    return SimplexOutcome::kInfeasible;
+  }
+  if (bounds_changed_) {
+    core_.use_true_bounds();
+    core_.settle_nonbasic();
+    core_.compute_primal();
+    bounds_changed_ = false;
+    options_.may_perturb = false;
+    if (core_.sum_primal_infeasibility() > 0) return SimplexOutcome::kOtherAlgorithm;
+  }
+  return SimplexOutcome::kOptimal;
+}
+
+template class PrimalSimplex<double>;
+template class PrimalSimplex<Extended>;
+
+}  // namespace zorvex

@@ -1,0 +1,23 @@
+// Row and column scale factors of an LP, powers of two so that scaling is exact.
+//   Scaled matrix  row_scale[i] * a_ij * col_scale[j];   x = col_scale * x_scaled;   activity_scaled = row_scale *
+//   activity. Source         A. Curtis, J. Reid's aim of unit geometric means, by alternating passes; R. Fourer, Math.
+//   Program. 23
+//                  (1982) 274-313, section on scaling.
+#pragma once
+
+#include <vector>
+
+#include "linalg/lp_data.hpp"
+
+namespace zorvex {
+
+struct Scaling {
+  std::vector<double> row;  // num_rows
+  std::vector<double> col;  // num_cols
+};
+
+// All ones when the matrix is already well scaled.
+Scaling compute_scaling(const LpData& lp);
+Scaling unit_scaling(const LpData& lp);
+
+}  // namespace zorvex

@@ -1,0 +1,57 @@
+// The iteration log shared by dual simplex, primal simplex and crossover: which lines are due and how they look.
+#pragma once
+
+#include "base/log_sink.hpp"
+#include "base/types.hpp"
+
+namespace zorvex {
+
+class SimplexLog {
+ public:
+  enum class Kind {
+    kIteration = 0,
+    kFreeVariables = 1,
+    kCrossoverBasis = 2,
+    kPrimalPush = 3,
+    kDualPush = 4,
+    kPushDone = 5
+  };
+
+  struct Settings {
+    double start_time = 0;        // now_seconds() when the solve began
+    double carried_time = 0;      // seconds added to the elapsed time
+    double display_interval = 5;  // seconds
+    bool root = false;            // the log of a root relaxation
+    bool crossover = false;       // iteration lines follow a crossover log
+    int sense = 1;                // objectives are multiplied by it
+  };
+
+  SimplexLog(LogSink& sink, const Settings& settings) : sink_(sink), settings_(settings) {}
+
+  // True when an unforced iteration line could be printed now: callers skip computing its figures otherwise.
+  [[nodiscard]] bool due() const;
+
+  // Iteration line; `iteration` includes the offset of earlier phases.
+  void iteration(double iteration, double objective, double primal_inf, double dual_inf, bool force);
+
+  // Crossover lines. `count` is the number of variables left (kinds 1 to 4), `primal_inf` and `dual_inf` as the kind
+  // shows.
+  void crossover(Kind kind, double count, double primal_inf, double dual_inf);
+
+  [[nodiscard]] LogSink& sink() const { return sink_; }
+  [[nodiscard]] const Settings& settings() const { return settings_; }
+
+ private:
+  [[nodiscard]] double elapsed() const;
+  void header();
+
+  LogSink& sink_;
+  Settings settings_;
+  bool header_printed_ = false;
+  bool crossover_header_printed_ = false;
+  double last_time_ = -1;
+  double last_iteration_ = -1;
+  Kind last_push_ = Kind::kIteration;
+};
+
+}  // namespace zorvex
