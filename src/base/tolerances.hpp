@@ -11,23 +11,27 @@ inline constexpr double kDualNoise = 1e-9;
 // A number given as text counts as an integer when it is this close to one; absolute.
 inline constexpr double kIntegerText = 1e-10;
 
-// --- presolve: all on unscaled original data ---
+// --- presolve: all on unscaled data ---
 struct PresolveTolerances {
-  // Pivots smaller than this share of the largest entry of their row (or column) are not substituted on: the multiplier
-  // would blow up what the solve leaves of feasibility in the substituted row or column.
-  static constexpr double kPivotShare = 1e-3;
-  // Entries created by a substitution that cancel to below this share of the terms they came from become zero.
+  // Pivots smaller than this share of the largest entry of their row or column are not substituted on: what the solve
+  // leaves of infeasibility would grow by the inverse in the substituted column or row.
+  static constexpr double kPivotShare = 1e-2;
+  // Sums that cancel to below this share of what was added become zero.
   static constexpr double kCancel = 1e-12;
-  // Bounds or activities larger than this are never used to conclude anything: one unit in the last place of a sum that
-  // holds them is worth more than the feasibility tolerance.
-  static constexpr double kHugeBound = 1e9;
-  // A value used for an exact conclusion (redundant row, implied-free column) may be off by this much relative to the
-  // largest term of its sum.
-  static constexpr double kActivityNoise = 1e-11;
-  // Two rows or columns are parallel when their scaled entries agree to this relative accuracy.
-  static constexpr double kParallel = 1e-12;
-  // Relative change of a coefficient or bound below which two doubles are the same number up to rounding.
+  // Terms this large count as infinite in row activities: a unit in the last place of a running sum with such a term
+  // would come near the feasibility tolerance.
+  static constexpr double kHugeBound = 1e10;
+  // How far a value may be off a bound that it is concluded to respect, absolute below 1, relative above: well inside
+  // the feasibility tolerance, well outside rounding.
+  static constexpr double kConclusion = 1e-9;
+  // Relative difference below which two numbers are the same up to rounding.
   static constexpr double kSame = 1e-13;
+  // Scaled entries of parallel rows or columns agree to this relative accuracy.
+  static constexpr double kParallel = 1e-12;
+  // Reduced costs of this size, against costs of size 1 and above relative, are what rounding leaves of zero.
+  static constexpr double kCostNoise = 1e-11;
+  // Share of its terms below which an entry of A'y is forgiven in a proof of infeasibility; see farkas_gap.
+  static constexpr double kProofDrop = 1e-9;
 };
 
 }  // namespace zorvex

@@ -14,8 +14,8 @@
 namespace zorvex {
 
 struct PresolveOptions {
-  int level = -1;      // -1 automatic, 0 off, 1 conservative, 2 aggressive
-  int max_passes = -1; // -1 automatic
+  int level = -1;       // -1 automatic, 0 off, 1 conservative, 2 aggressive
+  int max_passes = -1;  // -1 automatic
   double primal_feasibility_tol = 1e-6;
   double dual_feasibility_tol = 1e-6;
   bool dual_reductions = true;  // reductions that keep only some optimal solutions

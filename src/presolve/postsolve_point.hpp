@@ -1,0 +1,34 @@
+// The primal-dual point and basis that postsolve carries back through the stack, in original indices. At any time the
+// entries of the rows and columns that exist at that stage are complete and consistent: activity = A x, d = c - A'pi.
+#pragma once
+
+#include <vector>
+
+#include "base/types.hpp"
+#include "linalg/basis.hpp"
+
+namespace zorvex {
+
+struct PostsolvePoint {
+  std::vector<double> x, pi, reduced_cost;
+  std::vector<Extended> activity;
+  std::vector<BasisStatus> col_status, row_status;
+  // A Farkas proof is a dual solution for zero cost: recorded costs count as zero, nonbasic sides follow from signs.
+  bool farkas = false;
+
+  [[nodiscard]] double cost(double recorded) const { return farkas ? 0 : recorded; }
+
+  // The bound that a nonbasic variable with dual value d rests at; when its bounds coincide the sign of d decides.
+  [[nodiscard]] BasisStatus side(BasisStatus status, double d, bool coincide) const {
+    if ((coincide || farkas) && d != 0) return d > 0 ? BasisStatus::kAtLower : BasisStatus::kAtUpper;
+    return status;
+  }
+};
+
+inline bool at_bound(BasisStatus status) { return status == BasisStatus::kAtLower || status == BasisStatus::kAtUpper; }
+inline BasisStatus side_of_sign(double d) { return d >= 0 ? BasisStatus::kAtLower : BasisStatus::kAtUpper; }
+inline BasisStatus opposite(BasisStatus side) {
+  return side == BasisStatus::kAtLower ? BasisStatus::kAtUpper : BasisStatus::kAtLower;
+}
+
+}  // namespace zorvex

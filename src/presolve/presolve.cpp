@@ -1,0 +1,291 @@
+#include "presolve/presolve.hpp"
+
+#include <algorithm>
+#include <cassert>
+#include <cmath>
+
+#include "base/quality.hpp"
+#include "base/tolerances.hpp"
+#include "presolve/changes.hpp"
+#include "presolve/reduction.hpp"
+
+namespace zorvex {
+namespace {
+
+constexpr int kAutomaticPasses = 20;
+constexpr std::int64_t kWorkPerSize = 200;   // nonzeros touched, per row, column and nonzero of the original
+constexpr int kPollInterval = 1024;          // rows and columns looked at between polls
+constexpr double kWorthAnotherPass = 0.002;  // share of what is left that a pass must have removed
+
+}  // namespace
+
+struct Presolve::State {
+  State(const LpData& lp, const PresolveOptions& presolve_options) : original(lp), options(presolve_options) {}
+
+  PresolveOutcome run(const StopToken& stop);
+  Outcome run_passes(const StopToken& stop);
+  Outcome run_dirty(const StopToken& stop);
+  Outcome apply(Trigger trigger, Index target);
+  [[nodiscard]] bool out_of_work();
+  [[nodiscard]] bool bounds_make_sense();
+  void build_reduced();
+  void build_proof();
+  [[nodiscard]] PostsolvePoint expand(const PresolvePoint& point) const;
+  [[nodiscard]] PresolvePoint finish(const PostsolvePoint& point) const;
+  void undo_all(PostsolvePoint& point) const;
+
+  const LpData& original;
+  PresolveOptions options;
+  std::unique_ptr<PresolveModel> model;
+  std::unique_ptr<Changes> changes;
+  LpData reduced;
+  PresolveStatistics statistics;
+  std::vector<Index> original_cols, original_rows;
+  std::vector<double> farkas;
+  bool stopped = false;
+};
+
+bool Presolve::State::out_of_work() {
+  const std::int64_t size = original.matrix.num_nonzeros() + original.num_rows() + original.num_cols();
+  return changes->work().total() > kWorkPerSize * (size + 1000);
+}
+
+// All reductions of the trigger on one target, until it is gone or one of them decides the model.
+Outcome Presolve::State::apply(Trigger trigger, Index target) {
+  const int level = options.level < 0 ? 1 : options.level;
+  bool changed = false;
+  for (const Reduction* reduction : reduction_registry()) {
+    if (reduction->trigger != trigger || reduction->min_level > level) continue;
+    if (reduction->dual && !options.dual_reductions) continue;
+    const Outcome outcome = reduction->find(*model, target, *changes);
+    if (outcome == Outcome::kInfeasible || outcome == Outcome::kUnbounded) return outcome;
+    changed = changed || outcome == Outcome::kChanged;
+    if (trigger == Trigger::kRow && !model->row_alive[target]) break;
+    if (trigger == Trigger::kColumn && !model->col_alive[target]) break;
+  }
+  return changed ? Outcome::kChanged : Outcome::kNone;
+}
+
+Outcome Presolve::State::run_dirty(const StopToken& stop) {
+  for (int seen = 1; !out_of_work(); ++seen) {
+    if (seen % kPollInterval == 0 && stop.stop_requested()) {
+      stopped = true;
+      break;
+    }
+    Trigger trigger = Trigger::kRow;
+    Index target = changes->dirty_rows().pop();
+    if (target < 0) {
+      trigger = Trigger::kColumn;
+      target = changes->dirty_cols().pop();
+      if (target < 0) break;
+    }
+    changes->work().add(1);
+    if (!(trigger == Trigger::kRow ? model->row_alive[target] : model->col_alive[target])) continue;
+    const Outcome outcome = apply(trigger, target);
+    if (outcome == Outcome::kInfeasible || outcome == Outcome::kUnbounded) return outcome;
+  }
+  return Outcome::kNone;
+}
+
+Outcome Presolve::State::run_passes(const StopToken& stop) {
+  const int passes = options.max_passes < 0 ? kAutomaticPasses : options.max_passes;
+  while (statistics.passes < passes && !stopped && !out_of_work()) {
+    ++statistics.passes;
+    const Index before = changes->rows_removed() + changes->cols_removed();
+    for (Index row = 0; row < model->num_rows(); ++row) changes->dirty_rows().push(row);
+    for (Index col = 0; col < model->num_cols(); ++col) changes->dirty_cols().push(col);
+    Outcome outcome = run_dirty(stop);
+    if (outcome == Outcome::kNone && !stopped) outcome = apply(Trigger::kRound, -1);
+    if (outcome == Outcome::kInfeasible || outcome == Outcome::kUnbounded) return outcome;
+    if (outcome == Outcome::kChanged) outcome = run_dirty(stop);
+    if (outcome == Outcome::kInfeasible || outcome == Outcome::kUnbounded) return outcome;
+    const Index removed = changes->rows_removed() + changes->cols_removed() - before;
+    const Index left = model->num_rows() + model->num_cols() - before;
+    if (removed <= kWorthAnotherPass * left) break;
+  }
+  return Outcome::kNone;
+}
+
+// Crossing sides are infeasible beyond the tolerance; within it they are made to meet.
+bool Presolve::State::bounds_make_sense() {
+  const double tolerance = options.primal_feasibility_tol;
+  for (Index row = 0; row < model->num_rows(); ++row) {
+    double& lower = model->row_lower[row];
+    double& upper = model->row_upper[row];
+    if (lower - upper > tolerance || lower == kInf || upper == -kInf) {
+      changes->prove(row, 1);
+      return false;
+    }
+    if (lower > upper) lower = upper = lower + (upper - lower) / 2;
+  }
+  for (Index col = 0; col < model->num_cols(); ++col) {
+    const double lower = model->col_lower[col];
+    const double upper = model->col_upper[col];
+    if (lower - upper > tolerance || lower == kInf || upper == -kInf) return false;
+    if (lower > upper) changes->set_col_bounds(col, lower + (upper - lower) / 2, lower + (upper - lower) / 2);
+  }
+  return true;
+}
+
+PresolveOutcome Presolve::State::run(const StopToken& stop) {
+  model = std::make_unique<PresolveModel>(original, options);
+  changes = std::make_unique<Changes>(*model);
+  if (!bounds_make_sense()) {
+    build_proof();
+    return PresolveOutcome::kInfeasible;
+  }
+  Outcome outcome = Outcome::kNone;
+  if (options.level != 0 && original.matrix.num_nonzeros() < std::numeric_limits<Index>::max() / 2) {
+    outcome = run_passes(stop);
+  }
+  if (outcome == Outcome::kInfeasible) {
+    build_proof();
+    return PresolveOutcome::kInfeasible;
+  }
+  if (outcome == Outcome::kUnbounded) return PresolveOutcome::kUnbounded;
+  if (stopped) return PresolveOutcome::kStopped;
+  build_reduced();
+  return reduced.num_rows() + reduced.num_cols() == 0 ? PresolveOutcome::kAllRemoved : PresolveOutcome::kReduced;
+}
+
+void Presolve::State::build_reduced() {
+  std::vector<Index> new_row(static_cast<std::size_t>(model->num_rows()), -1);
+  for (Index row = 0; row < model->num_rows(); ++row) {
+    if (!model->row_alive[row]) continue;
+    new_row[row] = static_cast<Index>(original_rows.size());
+    original_rows.push_back(row);
+    reduced.row_lower.push_back(model->row_lower[row]);
+    reduced.row_upper.push_back(model->row_upper[row]);
+  }
+  reduced.matrix.num_rows = static_cast<Index>(original_rows.size());
+  std::vector<Index> rows;
+  std::vector<double> values;
+  for (Index col = 0; col < model->num_cols(); ++col) {
+    if (!model->col_alive[col]) continue;
+    rows.clear();
+    values.clear();
+    for (const auto& entry : model->matrix.col(col)) {
+      rows.push_back(new_row[entry.row]);
+      values.push_back(entry.value);
+    }
+    reduced.matrix.append_col(rows.data(), values.data(), static_cast<Index>(rows.size()));
+    original_cols.push_back(col);
+    reduced.cost.push_back(model->cost[col]);
+    reduced.col_lower.push_back(model->col_lower[col]);
+    reduced.col_upper.push_back(model->col_upper[col]);
+  }
+  reduced.offset = static_cast<double>(model->offset);
+  statistics.rows_removed = original.num_rows() - reduced.num_rows();
+  statistics.cols_removed = original.num_cols() - reduced.num_cols();
+  statistics.nonzeros_removed = original.matrix.num_nonzeros() - reduced.matrix.num_nonzeros();
+}
+
+// The reduced point in original indices, with zeros for what is not there yet.
+PostsolvePoint Presolve::State::expand(const PresolvePoint& point) const {
+  assert(static_cast<Index>(point.x.size()) == reduced.num_cols());
+  assert(static_cast<Index>(point.pi.size()) == reduced.num_rows());
+  PostsolvePoint full;
+  const auto rows = static_cast<std::size_t>(original.num_rows());
+  const auto cols = static_cast<std::size_t>(original.num_cols());
+  full.x.assign(cols, 0);
+  full.reduced_cost.assign(cols, 0);
+  full.col_status.assign(cols, BasisStatus::kNonbasicFree);
+  full.pi.assign(rows, 0);
+  full.activity.assign(rows, 0);
+  full.row_status.assign(rows, BasisStatus::kBasic);
+  for (std::size_t k = 0; k < original_rows.size(); ++k) {
+    full.pi[original_rows[k]] = point.pi[k];
+    full.row_status[original_rows[k]] = point.basis.row.empty() ? BasisStatus::kBasic : point.basis.row[k];
+  }
+  for (Index j = 0; j < reduced.num_cols(); ++j) {
+    const Index col = original_cols[j];
+    full.x[col] = point.x[j];
+    full.col_status[col] = point.basis.col.empty() ? BasisStatus::kNonbasicFree : point.basis.col[j];
+    Extended d = reduced.cost[j];
+    for (Offset k = reduced.matrix.begin(j); k < reduced.matrix.end(j); ++k) {
+      const Index row = original_rows[reduced.matrix.index[k]];
+      full.activity[row] += Extended(reduced.matrix.value[k]) * point.x[j];
+      d -= Extended(reduced.matrix.value[k]) * full.pi[row];
+    }
+    full.reduced_cost[col] = full.col_status[col] == BasisStatus::kBasic ? 0 : static_cast<double>(d);
+  }
+  return full;
+}
+
+void Presolve::State::undo_all(PostsolvePoint& point) const {
+  const UndoLog& log = changes->log();
+  for (std::size_t record = log.size(); record-- > 0;) {
+    UndoReader reader = log.reader(record);
+    log.reduction(record).undo(reader, point);
+  }
+}
+
+// Activities and reduced costs afresh from the original data: what undo steps carried along has rounding in it.
+PresolvePoint Presolve::State::finish(const PostsolvePoint& point) const {
+  PresolvePoint result;
+  result.x = point.x;
+  result.pi = point.pi;
+  result.basis.col = point.col_status;
+  result.basis.row = point.row_status;
+  std::vector<Extended> activity(point.pi.size(), 0);
+  for (Index col = 0; col < original.num_cols(); ++col) {
+    Extended d = original.cost[col];
+    for (Offset k = original.matrix.begin(col); k < original.matrix.end(col); ++k) {
+      const Index row = original.matrix.index[k];
+      activity[row] += Extended(original.matrix.value[k]) * point.x[col];
+      d -= Extended(original.matrix.value[k]) * point.pi[row];
+    }
+    result.reduced_cost.push_back(static_cast<double>(d));
+  }
+  for (const Extended value : activity) result.row_activity.push_back(static_cast<double>(value));
+  return result;
+}
+
+// Multipliers over the rows left when infeasibility showed, carried back like the duals of a model with zero cost. Kept
+// only if the original data confirm them: steps that reasoned with costs can spoil a proof.
+void Presolve::State::build_proof() {
+  if (changes->proof().empty()) return;
+  PostsolvePoint point;
+  const auto rows = static_cast<std::size_t>(original.num_rows());
+  const auto cols = static_cast<std::size_t>(original.num_cols());
+  point.farkas = true;
+  point.x.assign(cols, 0);
+  point.reduced_cost.assign(cols, 0);
+  point.col_status.assign(cols, BasisStatus::kBasic);
+  point.pi.assign(rows, 0);
+  point.activity.assign(rows, 0);
+  point.row_status.assign(rows, BasisStatus::kBasic);
+  for (const auto& [row, multiplier] : changes->proof()) {
+    point.pi[row] = multiplier;
+    point.row_status[row] = side_of_sign(multiplier);
+    for (const auto& entry : model->matrix.row(row)) point.reduced_cost[entry.col] -= entry.value * multiplier;
+  }
+  for (Index col = 0; col < original.num_cols(); ++col) {
+    if (point.reduced_cost[col] != 0) point.col_status[col] = side_of_sign(point.reduced_cost[col]);
+  }
+  undo_all(point);
+  const ProblemView view{original.num_rows(),          original.num_cols(),          original.matrix.start.data(),
+                         original.matrix.index.data(), original.matrix.value.data(), original.cost.data(),
+                         original.col_lower.data(),    original.col_upper.data(),    original.row_lower.data(),
+                         original.row_upper.data()};
+  if (farkas_gap(view, point.pi, PresolveTolerances::kProofDrop) > 0) farkas = std::move(point.pi);
+}
+
+Presolve::Presolve(const LpData& original, const PresolveOptions& options)
+    : state_(std::make_unique<State>(original, options)) {}
+Presolve::~Presolve() = default;
+
+PresolveOutcome Presolve::run(const StopToken& stop) { return state_->run(stop); }
+const LpData& Presolve::reduced() const { return state_->reduced; }
+const PresolveStatistics& Presolve::statistics() const { return state_->statistics; }
+const std::vector<Index>& Presolve::original_cols() const { return state_->original_cols; }
+const std::vector<Index>& Presolve::original_rows() const { return state_->original_rows; }
+const std::vector<double>& Presolve::farkas() const { return state_->farkas; }
+
+PresolvePoint Presolve::postsolve(const PresolvePoint& point) const {
+  PostsolvePoint full = state_->expand(point);
+  state_->undo_all(full);
+  return state_->finish(full);
+}
+
+}  // namespace zorvex

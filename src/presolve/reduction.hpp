@@ -1,0 +1,39 @@
+// What a reduction is to the engine. Adding one: a reduce_<name>.cpp that defines a `const Reduction`, and its line in
+// registry.inc.
+#pragma once
+
+#include <span>
+
+#include "base/types.hpp"
+#include "presolve/postsolve_point.hpp"
+#include "presolve/presolve_model.hpp"
+#include "presolve/undo_log.hpp"
+
+namespace zorvex {
+
+class Changes;
+
+enum class Outcome { kNone, kChanged, kInfeasible, kUnbounded };
+
+// What `find` is called on: every dirty row, every dirty column, or once a round the whole model (target -1).
+enum class Trigger { kRow, kColumn, kRound };
+
+struct Reduction {
+  const char* name;
+  Trigger trigger;
+  bool dual;      // keeps only some optimal solutions or reasons with costs; off without dual reductions
+  int min_level;  // smallest PresolveOptions::level it runs at (automatic counts as 1)
+  // Looks first and then either leaves everything alone or goes all the way; changes take effect at once.
+  Outcome (*find)(const PresolveModel& model, Index target, Changes& changes);
+  // Restores the rows and columns that one record removed: x, activity, pi, reduced cost, status. Null: writes none.
+  void (*undo)(UndoReader& record, PostsolvePoint& point);
+};
+
+// Owners of the records that Changes::fix_column and Changes::substitute write.
+extern const Reduction kFixedColumn;
+extern const Reduction kFreeColumn;
+
+// All reductions in the order in which they are tried.
+std::span<const Reduction* const> reduction_registry();
+
+}  // namespace zorvex

@@ -1,0 +1,132 @@
+#include "presolve/presolve.hpp"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstdlib>
+
+#include "base/quality.hpp"
+#include "support/dense_lp.hpp"
+#include "support/problem_view.hpp"
+#include "support/random_lp.hpp"
+
+namespace zorvex {
+namespace {
+
+using oracle::DenseLpResult;
+using oracle::view_of;
+
+PresolvePoint point_of(const DenseLpResult& result) {
+  return {result.x, result.row_activity, result.pi, result.reduced_cost, result.basis};
+}
+
+// The basis must have one basic variable per row, be regular, and stand for the very point and duals given.
+void expect_basis_reproduces(const LpData& lp, const PresolvePoint& point) {
+  std::vector<double> x, activity, pi;
+  ASSERT_TRUE(oracle::point_of_basis(lp, point.basis, point.x, x, activity));
+  for (std::size_t j = 0; j < x.size(); ++j) EXPECT_NEAR(x[j], point.x[j], 1e-7) << "column " << j;
+  ASSERT_TRUE(oracle::duals_of_basis(lp, point.basis, pi));
+  for (std::size_t i = 0; i < pi.size(); ++i) EXPECT_NEAR(pi[i], point.pi[i], 1e-7) << "row " << i;
+}
+
+void expect_optimal(const LpData& lp, const PresolvePoint& point, double objective) {
+  const PrimalQuality primal = measure_primal(view_of(lp), point.x, point.row_activity);
+  EXPECT_LT(primal.bound.max, 1e-8) << "column " << primal.bound.at;
+  EXPECT_LT(primal.row.max, 1e-8) << "row " << primal.row.at;
+  EXPECT_LT(primal.residual.max, 1e-9) << "row " << primal.residual.at;
+  EXPECT_NEAR(primal.objective + lp.offset, objective, 1e-7 * std::max(1.0, std::abs(objective)));
+  const DualQuality dual = measure_dual(view_of(lp), point.pi, point.reduced_cost, point.x);
+  EXPECT_LT(dual.sign.max, 1e-8) << "at " << dual.sign.at;
+  EXPECT_LT(dual.residual.max, 1e-9) << "column " << dual.residual.at;
+  EXPECT_LT(dual.complementarity.max, 1e-7) << "at " << dual.complementarity.at;
+  expect_basis_reproduces(lp, point);
+}
+
+struct Tally {
+  int optimal = 0, infeasible = 0, proofs = 0, unbounded = 0, all_removed = 0;
+  Index rows = 0, cols = 0, rows_removed = 0, cols_removed = 0;
+};
+
+// Presolves, solves what is left with the oracle, postsolves, and holds the result against the oracle's on the
+// original.
+void check_against_oracle(const LpData& lp, const PresolveOptions& options, Tally& tally) {
+  const DenseLpResult expected = oracle::solve_dense_lp(lp);
+  Presolve presolve(lp, options);
+  const PresolveOutcome outcome = presolve.run(StopToken());
+  if (outcome == PresolveOutcome::kInfeasible) {
+    ++tally.infeasible;
+    EXPECT_EQ(expected.status, SolveStatus::kInfeasible);
+    if (presolve.farkas().empty()) return;
+    ++tally.proofs;
+    EXPECT_GT(farkas_gap(view_of(lp), presolve.farkas(), 1e-9), 0);
+    return;
+  }
+  if (outcome == PresolveOutcome::kUnbounded) {
+    ++tally.unbounded;
+    EXPECT_NE(expected.status, SolveStatus::kOptimal);
+    return;
+  }
+  const DenseLpResult result = oracle::solve_dense_lp(presolve.reduced());
+  if (outcome == PresolveOutcome::kAllRemoved) ++tally.all_removed;
+  EXPECT_EQ(outcome == PresolveOutcome::kAllRemoved,
+            presolve.reduced().num_rows() + presolve.reduced().num_cols() == 0);
+  // Reasoning with costs cannot tell the two apart when there is no optimum.
+  const bool same =
+      result.status == expected.status ||
+      (options.dual_reductions && result.status != SolveStatus::kOptimal && expected.status != SolveStatus::kOptimal);
+  ASSERT_TRUE(same) << static_cast<int>(result.status) << " instead of " << static_cast<int>(expected.status);
+  if (result.status != SolveStatus::kOptimal) return;
+  ++tally.optimal;
+  tally.rows += lp.num_rows();
+  tally.cols += lp.num_cols();
+  tally.rows_removed += presolve.statistics().rows_removed;
+  tally.cols_removed += presolve.statistics().cols_removed;
+  EXPECT_NEAR(result.objective, expected.objective, 1e-7 * std::max(1.0, std::abs(expected.objective)));
+  expect_optimal(lp, presolve.postsolve(point_of(result)), expected.objective);
+}
+
+struct RandomCase {
+  const char* name;
+  oracle::RandomLpShape shape;
+  int trials;
+};
+
+class PresolveRandom : public testing::TestWithParam<RandomCase> {};
+
+TEST_P(PresolveRandom, AgreesWithOracle) {
+  const RandomCase& parameters = GetParam();
+  RandomStream random(7, parameters.name);
+  Tally tally;
+  for (int trial = 0; trial < parameters.trials; ++trial) {
+    SCOPED_TRACE(trial);
+    PresolveOptions options;
+    options.dual_reductions = trial % 4 != 0;
+    options.level = trial % 3 == 0 ? 2 : -1;
+    check_against_oracle(random_lp(random, parameters.shape), options, tally);
+    if (HasFatalFailure() || HasNonfatalFailure()) {
+      FAIL() << "stopped at the first failing trial";
+    }
+  }
+  EXPECT_GT(tally.optimal, parameters.trials / 4);
+  EXPECT_EQ(tally.proofs, tally.infeasible);
+  RecordProperty("rows_removed_percent", 100 * tally.rows_removed / std::max<Index>(1, tally.rows));
+  RecordProperty("cols_removed_percent", 100 * tally.cols_removed / std::max<Index>(1, tally.cols));
+  if (std::getenv("PRESOLVE_VERBOSE") != nullptr) {
+    std::printf("optimal %d infeasible %d proofs %d unbounded %d all removed %d rows %d%% cols %d%%\n", tally.optimal,
+                tally.infeasible, tally.proofs, tally.unbounded, tally.all_removed,
+                100 * tally.rows_removed / std::max<Index>(1, tally.rows),
+                100 * tally.cols_removed / std::max<Index>(1, tally.cols));
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(Shapes, PresolveRandom,
+                         testing::Values(RandomCase{"tiny", {3, 4, 0.5, 0.8}, 6000},
+                                         RandomCase{"small", {8, 10, 0.4, 0.8}, 6000},
+                                         RandomCase{"sparse", {12, 12, 0.15, 0.85}, 4000},
+                                         RandomCase{"wide", {5, 16, 0.4, 0.9}, 3000},
+                                         RandomCase{"dense", {8, 8, 0.8, 0.8}, 2000}),
+                         [](const auto& instance) { return instance.param.name; });
+
+}  // namespace
+}  // namespace zorvex
