@@ -1,5 +1,7 @@
 // C entry points: creation and end of environments, log, error text, version.
 #include <cstdio>
+#include <fstream>
+#include <sstream>
 
 #include "env/environment.hpp"
 #include "env/errors.hpp"
@@ -14,6 +16,15 @@ namespace {
 
 constexpr const char* kEnvironmentFile = "zorvex.env";
 
+// Settings for every environment made in this working directory.
+void apply_environment_file(ZLPenv& env) {
+  std::ifstream file(kEnvironmentFile);
+  if (!file) return;
+  std::ostringstream text;
+  text << file.rdbuf();
+  apply_parameter_lines(env, text.view(), kEnvironmentFile);
+}
+
 int start_environment(ZLPenv& env, const char* log_file) {
   if (log_file != nullptr) open_log_file(&env, log_file, true);  // goes on without a log file when that fails
   if (!processor_has_sse2()) {
@@ -21,10 +32,7 @@ int start_environment(ZLPenv& env, const char* log_file) {
     return kErrorNoLicense;
   }
   build_parameters(env);
-  if (std::FILE* file = std::fopen(kEnvironmentFile, "r")) {
-    const LogFile closer(file);
-    apply_parameter_lines(env, file, kEnvironmentFile);
-  }
+  apply_environment_file(env);
   return env.license->acquire();
 }
 

@@ -1,6 +1,7 @@
 #include "env/parameter_lines.hpp"
 
 #include <array>
+#include <cstdio>
 
 #include "env/c_locale.hpp"
 #include "env/environment.hpp"
@@ -34,28 +35,38 @@ bool apply_line(ZLPenv& env, const char* line, const char* file_name) {
 
 }  // namespace
 
-void apply_parameter_lines(ZLPenv& env, std::FILE* file, const char* file_name) {
-  std::array<char, kLineSize> line;
+void apply_parameter_lines(ZLPenv& env, std::string_view text, const char* file_name) {
   int warnings = 0;
-  while (std::fgets(line.data(), static_cast<int>(line.size()), file) != nullptr) {
-    if (apply_line(env, line.data(), file_name)) ++warnings;
+  while (!text.empty()) {
+    const std::string_view piece = text.substr(0, kLineSize - 1);
+    const std::size_t newline = piece.find('\n');
+    const std::string line(piece.substr(0, newline == std::string_view::npos ? piece.size() : newline + 1));
+    text.remove_prefix(line.size());
+    if (apply_line(env, line.c_str(), file_name)) ++warnings;
   }
   if (warnings > 0) log_printf(&env, "%d warnings while reading parameter file %s\n", warnings, file_name);
 }
 
-bool write_parameter_lines(const ZLPenv& env, std::FILE* file) {
+std::string parameter_lines(const ZLPenv& env) {
   const CNumericLocale c_locale;
+  std::string text;
+  std::array<char, kLineSize> line;
   for (const ParameterDescriptor& descriptor : env.store->descriptors()) {
     if (descriptor.flag != 0) continue;
     if (descriptor.type == ParamType::kInt) {
       const int value = int_value(env, descriptor);
-      if (value != static_cast<int>(descriptor.def)) std::fprintf(file, "%s  %d\n", descriptor.name, value);
+      if (value == static_cast<int>(descriptor.def)) continue;
+      std::snprintf(line.data(), line.size(), "%s  %d\n", descriptor.name, value);
     } else if (descriptor.type == ParamType::kDouble) {
       const double value = double_value(env, descriptor);
-      if (value != descriptor.def) std::fprintf(file, "%s  %g\n", descriptor.name, value);
+      if (value == descriptor.def) continue;
+      std::snprintf(line.data(), line.size(), "%s  %g\n", descriptor.name, value);
+    } else {
+      continue;
     }
+    text += line.data();
   }
-  return std::ferror(file) == 0;
+  return text;
 }
 
 }  // namespace zorvex

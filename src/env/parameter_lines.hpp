@@ -1,8 +1,9 @@
-// Parameter settings as text: one "NAME VALUE" per line, '#' in the first place starts a comment. The streams are
-// opened and closed by the caller; numbers are read and written in the C locale.
+// Parameter settings as text: one "NAME VALUE" per line, '#' in the first place starts a comment. Numbers are read and
+// written in the C locale. Opening files is the caller's business.
 #pragma once
 
-#include <cstdio>
+#include <string>
+#include <string_view>
 
 #include "zorvex.h"
 
@@ -10,9 +11,9 @@ namespace zorvex {
 
 // Applies every line. Unknown names and values that cannot be set are reported in the log, under `file_name`, and
 // otherwise skipped. Lines longer than 159 bytes are taken in pieces, each a line of its own.
-void apply_parameter_lines(ZLPenv& env, std::FILE* file, const char* file_name);
+void apply_parameter_lines(ZLPenv& env, std::string_view text, const char* file_name);
 
-// Writes every numeric parameter that differs from its default, in table order. False when the stream had an error.
-bool write_parameter_lines(const ZLPenv& env, std::FILE* file);
+// A line for every numeric parameter that differs from its default, in table order.
+std::string parameter_lines(const ZLPenv& env);
 
 }  // namespace zorvex

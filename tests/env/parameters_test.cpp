@@ -16,7 +16,6 @@ using testing::load;
 using testing::printed;
 using testing::ScratchDirectory;
 using testing::slurp;
-using testing::spit;
 
 constexpr double kInfinite = std::numeric_limits<double>::infinity();
 
@@ -168,14 +167,11 @@ TEST(ParameterSet, SeparatorTextComesOnlyIntoAnEmptyBuffer) {
 TEST(ParameterSet, DecimalPointWhateverTheLocale) {
   const std::string before = std::setlocale(LC_NUMERIC, nullptr);
   if (std::setlocale(LC_NUMERIC, "de_DE.UTF-8") == nullptr) GTEST_SKIP() << "no locale with a decimal comma here";
-  const ScratchDirectory scratch;
   const auto env = load();
   EXPECT_EQ(0, ZLPsetparam(env.get(), "MIPGap", "0.5"));
-  std::FILE* file = std::fopen("out.prm", "w");
-  write_parameter_lines(*env, file);
-  std::fclose(file);
+  const std::string written = parameter_lines(*env);
   std::setlocale(LC_NUMERIC, before.c_str());
-  EXPECT_EQ("MIPGap  0.5\n", slurp("out.prm"));
+  EXPECT_EQ("MIPGap  0.5\n", written);
 }
 
 TEST(ParameterGet, InfoAndNames) {
@@ -258,21 +254,14 @@ TEST(MasterWarning, OncePerArmingAndOnlyWithModels) {
 }
 
 TEST(ParameterLines, WrittenInTableOrderWithoutDefaultsStringsAndFlagged) {
-  const ScratchDirectory scratch;
   const auto env = load();
-  const auto written = [&] {
-    std::FILE* file = std::fopen("out.prm", "w");
-    EXPECT_TRUE(write_parameter_lines(*env, file));
-    std::fclose(file);
-    return slurp("out.prm");
-  };
-  EXPECT_EQ("", written());
+  EXPECT_EQ("", parameter_lines(*env));
   ASSERT_EQ(0, ZLPsetintparam(env.get(), "ZORV_PAR_DUMP", 1));
   ASSERT_EQ(0, ZLPsetintparam(env.get(), "ZORV_PAR_MASTERENVWARN", 0));
   ASSERT_EQ(0, ZLPsetintparam(env.get(), "Threads", 1));
   ASSERT_EQ(0, ZLPsetdblparam(env.get(), "MIPGap", 0.5));
   ASSERT_EQ(0, ZLPsetstrparam(env.get(), "ResultFile", "x.sol"));
-  EXPECT_EQ("MIPGap  0.5\nThreads  1\nZORV_PAR_DUMP  1\n", written());
+  EXPECT_EQ("MIPGap  0.5\nThreads  1\nZORV_PAR_DUMP  1\n", parameter_lines(*env));
 }
 
 TEST(ParameterLines, EveryKindOfLine) {
@@ -302,14 +291,10 @@ TEST(ParameterLines, EveryKindOfLine) {
        0.5},
       {"a long line is read in pieces of 159 bytes", long_line, "", 0.75},
   };
-  const ScratchDirectory scratch;
   for (const auto& c : cases) {
     SCOPED_TRACE(c.name);
     const auto env = load();
-    spit("p.prm", c.lines);
-    std::FILE* file = std::fopen("p.prm", "r");
-    EXPECT_EQ(c.log, printed([&] { apply_parameter_lines(*env, file, "p.prm"); }));
-    std::fclose(file);
+    EXPECT_EQ(c.log, printed([&] { apply_parameter_lines(*env, c.lines, "p.prm"); }));
     EXPECT_EQ(c.mip_gap, read_number(env.get(), "MIPGap"));
   }
 }
