@@ -41,12 +41,20 @@ void Changes::set_col_bounds(Index col, double lower, double upper) {
 }
 
 void Changes::set_row_sides(Index row, double lower, double upper) {
-  if (model_.row_lower[row] == lower && model_.row_upper[row] == upper) return;
-  model_.row_lower[row] = lower;
-  model_.row_upper[row] = upper;
+  double& old_lower = model_.row_lower[row];
+  double& old_upper = model_.row_upper[row];
+  if (old_lower == lower && old_upper == upper) return;
+  // Columns care about which sides there are; that a side moved makes them implied at most: the next pass sees it.
+  const bool kind_changes = std::isfinite(old_lower) != std::isfinite(lower) ||
+                            std::isfinite(old_upper) != std::isfinite(upper) ||
+                            (old_lower == old_upper) != (lower == upper);
+  old_lower = lower;
+  old_upper = upper;
   dirty_rows_.push(row);
-  for (const auto& entry : model_.matrix.row(row)) dirty_cols_.push(entry.col);
-  work_.add(model_.matrix.row_length(row));
+  if (kind_changes) {
+    for (const auto& entry : model_.matrix.row(row)) dirty_cols_.push(entry.col);
+    work_.add(model_.matrix.row_length(row));
+  }
   ++steps_;
 }
 
