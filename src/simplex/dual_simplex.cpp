@@ -293,7 +293,6 @@ typename DualSimplex<Real>::Step DualSimplex<Real>::iterate() {
   leaving_above_ = core_.basic_value[position] > core_.basic_upper[position];
   const double row_work_before = core_.work;
   core_.price(rho_, alpha_row_);
-  pricing_.count_row_work(core_.work - row_work_before);
 
   const bool aged = core_.lu.num_updates() > 20;
   const Real min_pivot = aged ? KernelTolerances<Real>::kRatioPivotAged : KernelTolerances<Real>::kRatioPivot;
@@ -320,6 +319,7 @@ typename DualSimplex<Real>::Step DualSimplex<Real>::iterate() {
     core_.report_trouble();
     return Step::kRebuild;
   }
+  pricing_.count_row_work(static_cast<double>(rho_.index.size()) + core_.work - row_work_before);
   apply_flips();
   if (pricing_.mode() == DualPricingMode::kSteepestEdge) {
     tau_.clear();

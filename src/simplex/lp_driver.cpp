@@ -1,0 +1,279 @@
+#include "simplex/lp_driver.hpp"
+
+#include <algorithm>
+#include <cmath>
+#include <new>
+
+#include "base/quality.hpp"
+
+namespace zorvex {
+
+namespace {
+
+constexpr double kUndecidedObjective = 1e100;
+constexpr double kFarkasDrop = 1e-11;   // relative size of entries that rounding may have left in A'y
+constexpr double kMinFarkasGap = 1e-9;  // relative to max |y|
+constexpr double kRayTolerance = 1e-9;
+
+ProblemView view_of(const LpData& lp) {
+  return {lp.num_rows(),  lp.num_cols(),       lp.matrix.start.data(), lp.matrix.index.data(), lp.matrix.value.data(),
+          lp.cost.data(), lp.col_lower.data(), lp.col_upper.data(),    lp.row_lower.data(),    lp.row_upper.data()};
+}
+
+// One call of solve_lp: its inputs and the result it is building.
+class LpDriver {
+ public:
+  LpDriver(const LpData& lp, const LpDriverOptions& options, const Basis* warm_start, const StopToken& stop,
+           LogSink& log)
+      : lp_(lp), options_(options), warm_start_(warm_start), stop_(stop), log_(log), start_(now_seconds()) {
+    if (options_.simplex.log_start_time <= 0) options_.simplex.log_start_time = start_;
+    options_.simplex.sense = options.sense;
+    options_.simplex.algorithm = options.method == 0 ? SimplexAlgorithm::kPrimal : SimplexAlgorithm::kDual;
+  }
+
+  LpDriverResult run();
+
+ private:
+  [[nodiscard]] bool presolve_wanted() const {
+    return options_.presolve.level != 0 && (warm_start_ == nullptr || warm_start_->empty());
+  }
+  bool solve_presolved();
+  void report_presolve(const Presolve& presolve, PresolveOutcome outcome, double seconds);
+  void solve_reduced(const Presolve& presolve);
+  bool finish_from(const Presolve& presolve, const PresolvePoint& reduced_point);
+  bool lift_proof(const Presolve& presolve, const LpSolver& solver);
+  void solve_original(const Basis* basis);
+  void take(const LpSolver& solver);
+  [[nodiscard]] bool is_optimal(const LpPoint& point) const;
+  [[nodiscard]] SimplexLimits limits() const { return {options_.iteration_limit, options_.cutoff}; }
+  void report_end();
+  void warn_of_violations();
+
+  const LpData& lp_;
+  LpDriverOptions options_;
+  const Basis* warm_start_;
+  const StopToken& stop_;
+  LogSink& log_;
+  double start_;
+  LpDriverResult result_;
+};
+
+LpDriverResult LpDriver::run() {
+  try {
+    if (options_.method > 1) log_.write("Warning: barrier is not available, using dual simplex\n");
+    if (!presolve_wanted() || !solve_presolved()) solve_original(warm_start_);
+  } catch (const std::bad_alloc&) {
+    result_ = {};
+    result_.error = kErrorOutOfMemory;
+    result_.status = SolveStatus::kLoaded;
+  }
+  if (!result_.has_point) result_.objective = kUndecidedObjective;
+  result_.seconds = now_seconds() - start_;
+  report_end();
+  return std::move(result_);
+}
+
+void LpDriver::report_presolve(const Presolve& presolve, PresolveOutcome outcome, double seconds) {
+  log_.print("Presolve time: %.2fs\n", seconds);
+  if (outcome == PresolveOutcome::kAllRemoved) {
+    log_.write("Presolve: All rows and columns removed\n");
+  } else if (outcome == PresolveOutcome::kReduced) {
+    const LpData& reduced = presolve.reduced();
+    if (options_.dump_presolved) options_.dump_presolved(reduced);
+    log_.print("Presolved: %d rows, %d columns, %lld nonzeros\n\n", reduced.num_rows(), reduced.num_cols(),
+               static_cast<long long>(reduced.matrix.num_nonzeros()));
+  }
+}
+
+// False when the model has to be solved as it is: presolve's claim could not be confirmed, or says too little.
+bool LpDriver::solve_presolved() {
+  Presolve presolve(lp_, options_.presolve);
+  const PresolveOutcome outcome = presolve.run(stop_);
+  report_presolve(presolve, outcome, now_seconds() - start_);
+  switch (outcome) {
+    case PresolveOutcome::kStopped:
+      result_.status = stop_.poll();
+      return true;
+    case PresolveOutcome::kInfeasible:
+      result_.farkas = presolve.farkas();
+      if (result_.farkas.empty()) return false;
+      result_.farkas_violation = farkas_gap(view_of(lp_), result_.farkas, kFarkasDrop);
+      result_.status = SolveStatus::kInfeasible;
+      return result_.farkas_violation > kMinFarkasGap;
+    case PresolveOutcome::kUnbounded:
+      return false;  // feasibility is still open
+    case PresolveOutcome::kAllRemoved:
+      return finish_from(presolve, {});
+    case PresolveOutcome::kReduced:
+      solve_reduced(presolve);
+      return true;
+  }
+  return false;
+}
+
+void LpDriver::solve_reduced(const Presolve& presolve) {
+  LpSolver solver(presolve.reduced(), options_.simplex, log_);
+  solver.solve(limits(), stop_);
+  result_.iterations += solver.iterations();
+  result_.extended_precision = solver.extended_precision();
+  result_.status = solver.status();
+  switch (solver.status()) {
+    case SolveStatus::kOptimal: {
+      const LpPoint& point = solver.point();
+      PresolvePoint reduced{point.x, point.row_activity, point.pi, point.reduced_cost, solver.basis()};
+      finish_from(presolve, reduced);
+      return;
+    }
+    case SolveStatus::kInfeasible:
+    case SolveStatus::kUnbounded:
+      if (!lift_proof(presolve, solver)) solve_original(nullptr);
+      return;
+    case SolveStatus::kNumeric:
+      solve_original(nullptr);
+      return;
+    default: {  // limits and interrupts: the best information there is
+      const LpPoint& point = solver.point();
+      if (point.x.empty()) return;
+      const PresolvePoint reduced{point.x, point.row_activity, point.pi, point.reduced_cost, solver.basis()};
+      PresolvePoint full = presolve.postsolve(reduced);
+      result_.point = {std::move(full.x), std::move(full.row_activity), std::move(full.pi),
+                       std::move(full.reduced_cost)};
+      result_.basis = std::move(full.basis);
+      result_.has_point = result_.has_basis = true;
+      result_.objective = measure_primal(view_of(lp_), result_.point.x, {}).objective + lp_.offset;
+    }
+  }
+}
+
+// Maps an optimal point back; when something is off in the original space, simplex goes on there from the mapped basis.
+bool LpDriver::finish_from(const Presolve& presolve, const PresolvePoint& reduced_point) {
+  PresolvePoint full = presolve.postsolve(reduced_point);
+  result_.point = {std::move(full.x), std::move(full.row_activity), std::move(full.pi), std::move(full.reduced_cost)};
+  result_.basis = std::move(full.basis);
+  if (!is_optimal(result_.point)) {
+    const Basis start = result_.basis;
+    solve_original(&start);
+    return true;
+  }
+  result_.status = SolveStatus::kOptimal;
+  result_.has_point = result_.has_basis = true;
+  result_.objective = measure_primal(view_of(lp_), result_.point.x, {}).objective + lp_.offset;
+  return true;
+}
+
+// A proof over the presolved model often holds for the original one with zeros where something was removed.
+bool LpDriver::lift_proof(const Presolve& presolve, const LpSolver& solver) {
+  if (solver.status() == SolveStatus::kInfeasible) {
+    result_.farkas.assign(static_cast<std::size_t>(lp_.num_rows()), 0.0);
+    const std::vector<Index>& rows = presolve.original_rows();
+    for (std::size_t i = 0; i < rows.size(); ++i) result_.farkas[rows[i]] = solver.farkas()[i];
+    result_.farkas_violation = farkas_gap(view_of(lp_), result_.farkas, kFarkasDrop);
+    return result_.farkas_violation > kMinFarkasGap;
+  }
+  result_.ray.assign(static_cast<std::size_t>(lp_.num_cols()), 0.0);
+  const std::vector<Index>& cols = presolve.original_cols();
+  for (std::size_t j = 0; j < cols.size(); ++j) result_.ray[cols[j]] = solver.ray()[j];
+  if (!(ray_descent(view_of(lp_), result_.ray, kRayTolerance) > 0)) return false;
+  const LpPoint& point = solver.point();
+  const PresolvePoint full =
+      presolve.postsolve({point.x, point.row_activity, point.pi, point.reduced_cost, solver.basis()});
+  const PrimalQuality primal = measure_primal(view_of(lp_), full.x, {});
+  return primal.bound.max <= options_.simplex.primal_feasibility_tol &&
+         primal.row.max <= options_.simplex.primal_feasibility_tol;
+}
+
+void LpDriver::solve_original(const Basis* basis) {
+  LpSolver solver(lp_, options_.simplex, log_);
+  if (basis != nullptr && !basis->empty()) solver.set_basis(*basis);
+  SimplexLimits rest = limits();
+  rest.iterations -= result_.iterations;
+  solver.solve(rest, stop_);
+  result_.iterations += solver.iterations();
+  result_.extended_precision = solver.extended_precision();
+  take(solver);
+}
+
+void LpDriver::take(const LpSolver& solver) {
+  result_.status = solver.status();
+  result_.farkas = solver.farkas();
+  result_.farkas_violation = solver.farkas_violation();
+  result_.ray = solver.ray();
+  result_.point = solver.point();
+  result_.has_point = !result_.point.x.empty() && result_.status != SolveStatus::kInfeasible;
+  if (lp_.num_cols() == 0) result_.has_point = result_.status == SolveStatus::kOptimal;
+  result_.objective = solver.objective();
+  result_.basis = solver.basis();
+  result_.has_basis = !result_.basis.empty();
+}
+
+bool LpDriver::is_optimal(const LpPoint& point) const {
+  const PrimalQuality primal = measure_primal(view_of(lp_), point.x, {});
+  const DualQuality dual = measure_dual(view_of(lp_), point.pi, point.reduced_cost, point.x);
+  const double scale = std::max(1.0, std::abs(primal.objective));
+  return primal.bound.max <= options_.simplex.primal_feasibility_tol &&
+         primal.row.max <= options_.simplex.primal_feasibility_tol &&
+         dual.sign.max <= options_.simplex.dual_feasibility_tol &&
+         dual.complementarity.sum <= options_.simplex.dual_feasibility_tol * scale;
+}
+
+void LpDriver::warn_of_violations() {
+  const PrimalQuality primal = measure_primal(view_of(lp_), result_.point.x, result_.point.row_activity);
+  const double violation = std::max(primal.bound.max, primal.row.max);
+  if (violation > options_.simplex.primal_feasibility_tol) {
+    log_.print("Warning: unscaled primal violation = %g and residual = %g\n", violation, primal.residual.max);
+  }
+  const DualQuality dual = measure_dual(view_of(lp_), result_.point.pi, result_.point.reduced_cost, {});
+  if (dual.sign.max > options_.simplex.dual_feasibility_tol) {
+    log_.print("Warning: unscaled dual violation = %g and residual = %g\n", dual.sign.max, dual.residual.max);
+  }
+}
+
+void LpDriver::report_end() {
+  if (!log_.enabled()) return;
+  log_.diagnose("result=%d\n", static_cast<int>(result_.status));
+  const int code = static_cast<int>(result_.status);
+  log_.print("\n%s in %d iterations and %.2f seconds\n", code >= 2 && code <= 5 ? "Solved" : "Stopped",
+             static_cast<int>(result_.iterations), result_.seconds);
+  if (result_.error == kErrorOutOfMemory) {
+    log_.write("Out of memory\n");
+    return;
+  }
+  switch (result_.status) {
+    case SolveStatus::kOptimal:
+      log_.print("Optimal objective %16.9e\n", options_.sense * result_.objective);
+      if (options_.check_solution) warn_of_violations();
+      break;
+    case SolveStatus::kInfeasible:
+      log_.write("Infeasible model\n");
+      break;
+    case SolveStatus::kInfOrUnbd:
+      log_.write("Infeasible or unbounded model\n");
+      break;
+    case SolveStatus::kUnbounded:
+      log_.write("Unbounded model\n");
+      break;
+    case SolveStatus::kIterationLimit:
+      log_.write("Iteration limit exceeded\n");
+      break;
+    case SolveStatus::kTimeLimit:
+      log_.write("Time limit exceeded\n");
+      break;
+    case SolveStatus::kInterrupted:
+      log_.write("Solve interrupted\n");
+      break;
+    case SolveStatus::kNumeric:
+      log_.write("Numeric error\n");
+      break;
+    default:
+      break;
+  }
+}
+
+}  // namespace
+
+LpDriverResult solve_lp(const LpData& lp, const LpDriverOptions& options, const Basis* warm_start,
+                        const StopToken& stop, LogSink& log) {
+  return LpDriver(lp, options, warm_start, stop, log).run();
+}
+
+}  // namespace zorvex
