@@ -132,14 +132,15 @@ ZLP_EXPORT int ZLPwriteparams(ZLPenv* env, const char* filename);
 /* --- building and changing models --- */
 ZLP_EXPORT int ZLPnewmodel(ZLPenv* env, ZLPmodel** model, const char* name, int num_vars, const double* obj,
                            const double* lb, const double* ub, const char* vtype, const char* const* var_names);
-ZLP_EXPORT int ZLPloadmodel(ZLPenv* env, ZLPmodel** model, const char* name, int num_vars, int num_constrs, int obj_sense,
-                            double obj_con, const double* obj, const char* sense, const double* rhs, const int* vbeg,
-                            const int* vlen, const int* vind, const double* vval, const double* lb, const double* ub,
-                            const char* vtype, const char* const* var_names, const char* const* constr_names);
-ZLP_EXPORT int ZLPaddvar(ZLPmodel* model, int num_nz, const int* vind, const double* vval, double obj, double lb, double ub,
-                         char vtype, const char* name);
-ZLP_EXPORT int ZLPaddvars(ZLPmodel* model, int num_vars, int num_nz, const int* vbeg, const int* vind, const double* vval,
-                          const double* obj, const double* lb, const double* ub, const char* vtype,
+ZLP_EXPORT int ZLPloadmodel(ZLPenv* env, ZLPmodel** model, const char* name, int num_vars, int num_constrs,
+                            int obj_sense, double obj_con, const double* obj, const char* sense, const double* rhs,
+                            const int* vbeg, const int* vlen, const int* vind, const double* vval, const double* lb,
+                            const double* ub, const char* vtype, const char* const* var_names,
+                            const char* const* constr_names);
+ZLP_EXPORT int ZLPaddvar(ZLPmodel* model, int num_nz, const int* vind, const double* vval, double obj, double lb,
+                         double ub, char vtype, const char* name);
+ZLP_EXPORT int ZLPaddvars(ZLPmodel* model, int num_vars, int num_nz, const int* vbeg, const int* vind,
+                          const double* vval, const double* obj, const double* lb, const double* ub, const char* vtype,
                           const char* const* names);
 ZLP_EXPORT int ZLPaddconstr(ZLPmodel* model, int num_nz, const int* cind, const double* cval, char sense, double rhs,
                             const char* name);
@@ -150,8 +151,8 @@ ZLP_EXPORT int ZLPaddrangeconstr(ZLPmodel* model, int num_nz, const int* cind, c
 ZLP_EXPORT int ZLPaddrangeconstrs(ZLPmodel* model, int num_constrs, int num_nz, const int* cbeg, const int* cind,
                                   const double* cval, const double* lower, const double* upper,
                                   const char* const* names);
-ZLP_EXPORT int ZLPaddsos(ZLPmodel* model, int num_sos, int num_members, const int* types, const int* beg, const int* ind,
-                         const double* weight);
+ZLP_EXPORT int ZLPaddsos(ZLPmodel* model, int num_sos, int num_members, const int* types, const int* beg,
+                         const int* ind, const double* weight);
 ZLP_EXPORT int ZLPaddqpterms(ZLPmodel* model, int num_terms, const int* qrow, const int* qcol, const double* qval);
 ZLP_EXPORT int ZLPchgcoeffs(ZLPmodel* model, int num_changes, const int* cind, const int* vind, const double* val);
 ZLP_EXPORT int ZLPdelvars(ZLPmodel* model, int num, const int* ind);
@@ -202,6 +203,9 @@ ZLP_EXPORT int ZLPsetstrattrlist(ZLPmodel* model, const char* name, int count, c
 ZLP_EXPORT int ZLPgetcoeff(ZLPmodel* model, int constr, int var, double* value);
 ZLP_EXPORT int ZLPgetvars(ZLPmodel* model, int* num_nz, int* vbeg, int* vind, double* vval, int first, int num);
 ZLP_EXPORT int ZLPgetconstrs(ZLPmodel* model, int* num_nz, int* cbeg, int* cind, double* cval, int first, int num);
+/* Sides of rows first .. first + num - 1 in the signs they were given: lower <= a'x <= upper, -1e30 or 1e30 where there
+ * is none. Either array (num entries) may be null. 10006 when the range is not one of rows or num < 1. */
+ZLP_EXPORT int ZLPgetconstrsides(ZLPmodel* model, double* lower, double* upper, int first, int num);
 ZLP_EXPORT int ZLPgetsos(ZLPmodel* model, int* num_members, int* types, int* beg, int* ind, double* weight, int first,
                          int num);
 ZLP_EXPORT int ZLPgetq(ZLPmodel* model, int* num_terms, int* qrow, int* qcol, double* qval);

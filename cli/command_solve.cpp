@@ -1,0 +1,104 @@
+#include <algorithm>
+#include <cstdio>
+#include <fstream>
+#include <numeric>
+
+#include "commands.hpp"
+#include "file_name.hpp"
+#include "model_view.hpp"
+#include "solution_file.hpp"
+#include "summary.hpp"
+
+namespace zorvex_cli {
+
+namespace {
+
+// The continuous relaxation. A semicontinuous variable, 0 or in [l, u], relaxes to the interval that holds both.
+void relax(ZLPmodel* model) {
+  const int count = int_attribute(model, "NumVars");
+  std::vector<char> type(count);
+  std::vector<double> lower(count);
+  require(model, ZLPgetcharattrarray(model, "VType", 0, count, type.data()), "VType");
+  require(model, ZLPgetdblattrarray(model, "LB", 0, count, lower.data()), "LB");
+  for (int var = 0; var < count; ++var) {
+    if (type[var] == ZLP_SEMICONT || type[var] == ZLP_SEMIINT) lower[var] = std::min(lower[var], 0.0);
+  }
+  std::fill(type.begin(), type.end(), ZLP_CONTINUOUS);
+  require(model, ZLPsetdblattrarray(model, "LB", 0, count, lower.data()), "LB");
+  require(model, ZLPsetcharattrarray(model, "VType", 0, count, type.data()), "VType");
+  std::vector<int> sets(int_attribute(model, "NumSOS"));
+  std::iota(sets.begin(), sets.end(), 0);
+  require(model, ZLPdelsos(model, static_cast<int>(sets.size()), sets.data()), "SOS constraints");
+  require(model, ZLPupdatemodel(model), "cannot relax the model");
+}
+
+// A solution file serves as a MIP start: the variables it names get their values, the others stay open.
+void start_from_solution(ZLPmodel* model, const std::string& path) {
+  const std::vector<std::string> names = fetch_names(model, "VarName", int_attribute(model, "NumVars"));
+  const SolutionValues values = match_names(read_solution_file(path), names, path);
+  std::vector<int> index;
+  std::vector<double> start;
+  for (std::size_t var = 0; var < names.size(); ++var) {
+    if (!values.found[var]) continue;
+    index.push_back(static_cast<int>(var));
+    start.push_back(values.value[var]);
+  }
+  require(model, ZLPsetdblattrlist(model, "Start", static_cast<int>(index.size()), index.data(), start.data()),
+          "cannot start from '" + path + "'");
+}
+
+void read_start(ZLPmodel* model, const std::string& path) {
+  if (has_suffix(path, ".sol")) {
+    start_from_solution(model, path);
+  } else {
+    require(model, ZLPread(model, path.c_str()), "cannot read '" + path + "'");
+  }
+}
+
+bool has_solution(ZLPmodel* model) {
+  double objective = 0;
+  return int_attribute(model, "SolCount") > 0 || ZLPgetdblattr(model, "ObjVal", &objective) == 0;
+}
+
+void write_solution(ZLPmodel* model, const std::string& path) {
+  if (!has_solution(model)) {
+    std::fprintf(stderr, "zorvex: there is no solution to write to '%s'\n", path.c_str());
+    return;
+  }
+  require(model, ZLPwrite(model, path.c_str()), "cannot write '" + path + "'");
+}
+
+void write_summary(ZLPmodel* model, const SolveRequest& request) {
+  const std::string text = summary_json(model, request.model);
+  if (request.json == "-") {
+    std::fputs(text.c_str(), stdout);
+    return;
+  }
+  std::ofstream stream(request.json);
+  stream << text;
+  stream.flush();
+  if (!stream) throw Failure(kExitFailed, "cannot write '" + request.json + "'");
+}
+
+}  // namespace
+
+ExitCode run_solve(const SolveRequest& request) {
+  if (!request.solution.empty() && !has_suffix(request.solution, ".sol")) {
+    throw Failure(kExitUsage, "--solution: '" + request.solution + "' does not end in .sol");
+  }
+  const Env env = open_env();
+  apply_settings(env.get(), request.settings);
+  const Model model = read_model(env.get(), request.model);
+  if (request.relax) relax(model.get());
+  if (!request.start.empty()) read_start(model.get(), request.start);
+
+  // The first Ctrl-C ends the solve at the best solution so far, the second one the program.
+  require(model.get(), ZLPsetsignal(model.get()), "cannot handle interrupts");
+  require(model.get(), ZLPoptimize(model.get()), "cannot solve '" + request.model + "'");
+
+  if (!request.solution.empty()) write_solution(model.get(), request.solution);
+  if (!request.json.empty()) write_summary(model.get(), request);
+  return kExitDone;
+}
+
+}  // namespace zorvex_cli
