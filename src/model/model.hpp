@@ -44,7 +44,8 @@ struct SolutionStore {
   int infeas_var = -1, unbd_var = -1;  // a column showing infeasibility or unboundedness, -1 none
 
   [[nodiscard]] int solution_count() const {
-    return pool.empty() ? (x.empty() ? 0 : 1) : static_cast<int>(pool.size());
+    if (!pool.empty()) return static_cast<int>(pool.size());
+    return !x.empty() || (has_objective && status == SolveStatus::kOptimal) ? 1 : 0;
   }
 };
 
@@ -104,6 +105,9 @@ void free_model(ZLPmodel* model) noexcept;
 
 // The queue of changes, made if absent. Throws std::bad_alloc.
 PendingChanges& pending_changes(ZLPmodel& model);
+
+// Status of a column that stays out of the basis: at a finite bound, the lower one first, else superbasic.
+int nonbasic_status(const ModelData& data, Index col);
 
 // Applies the queued changes. When it throws std::bad_alloc the model is as before.
 void apply_pending_changes(ZLPmodel& model);

@@ -149,9 +149,7 @@ class Update {
     if (warm.has_basis()) {
       warm.cbasis.resize(data_.rhs.size(), ZLP_BASIC);
       for (Index col = data_.num_cols() - static_cast<Index>(new_cols_); col < data_.num_cols(); ++col) {
-        warm.vbasis.push_back(data_.lb[col] > -kStoredInfinity  ? ZLP_NONBASIC_LOWER
-                              : data_.ub[col] < kStoredInfinity ? ZLP_NONBASIC_UPPER
-                                                                : ZLP_SUPERBASIC);
+        warm.vbasis.push_back(nonbasic_status(data_, col));
       }
     }
     if (warm.has_norms()) {
@@ -244,6 +242,11 @@ bool WarmStart::basis_fits(const ModelData& data) const {
 void WarmStart::drop_basis() {
   for (std::vector<int>* statuses : {&vbasis, &cbasis}) statuses->clear();
   for (std::vector<double>* norms : {&vnorm, &cnorm}) norms->clear();
+}
+
+int nonbasic_status(const ModelData& data, Index col) {
+  if (data.lb[col] > -kStoredInfinity) return ZLP_NONBASIC_LOWER;
+  return data.ub[col] < kStoredInfinity ? ZLP_NONBASIC_UPPER : ZLP_SUPERBASIC;
 }
 
 PendingChanges& pending_changes(ZLPmodel& model) {
