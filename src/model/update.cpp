@@ -135,8 +135,10 @@ class Update {
 
   void append_rows() {
     PendingChanges::Rows& added = changes_.new_rows;
-    if (adds_range_ && data_.range_lower.empty()) data_.range_lower.assign(data_.rhs.size(), -kStoredInfinity);
-    if (!data_.range_lower.empty()) append(data_.range_lower, added.range_lower);
+    if (adds_range_ || !data_.range_lower.empty()) {
+      data_.range_lower.resize(data_.rhs.size(), -kStoredInfinity);
+      append(data_.range_lower, added.range_lower);
+    }
     append(data_.row_sense, added.sense);
     for (std::size_t k = 0; k < new_rows_; ++k)
       data_.rhs.push_back(added.sense[k] == '>' ? -added.rhs[k] : added.rhs[k]);
