@@ -11,6 +11,12 @@ inline constexpr double kDualNoise = 1e-9;
 // A number given as text counts as an integer when it is this close to one; absolute.
 inline constexpr double kIntegerText = 1e-10;
 
+// --- opt: figures of the closing report ---
+// Objective and bound this close count as equal; absolute.
+inline constexpr double kReportNoGap = 1e-10;
+// No relative gap is printed for objectives of at most this magnitude.
+inline constexpr double kReportMinObjective = 1e-6;
+
 // --- presolve: all on unscaled data ---
 struct PresolveTolerances {
   // Pivots smaller than this share of the largest entry of their row or column are not substituted on: what the solve

@@ -1,0 +1,189 @@
+#include "opt/optimize.hpp"
+
+#include <memory>
+#include <string>
+#include <utility>
+
+#include "env/environment.hpp"
+#include "env/log_channel.hpp"
+#include "env/processors.hpp"
+#include "model/messages.hpp"
+#include "model/model.hpp"
+#include "opt/closing_report.hpp"
+#include "opt/problem_data.hpp"
+#include "opt/publish.hpp"
+#include "opt/solver_options.hpp"
+
+namespace zorvex {
+
+namespace {
+
+constexpr const char* kDumpedModel = "zorvex.rew";
+constexpr const char* kDumpedParameters = "zorvex.prm";
+constexpr int kSearchThreads = 1;  // the tree search runs on the caller's thread
+
+// Marks the model busy and protects the message the caller will see, for the time of the solve.
+class InProgress {
+ public:
+  explicit InProgress(ZLPmodel& model) : model_(model) {
+    model_.env->terminate.store(0);
+    model_.in_progress = 1;
+    lock_messages(model_);
+  }
+  ~InProgress() {
+    unlock_messages(model_);
+    model_.in_progress = 0;
+  }
+  InProgress(const InProgress&) = delete;
+  InProgress& operator=(const InProgress&) = delete;
+
+ private:
+  ZLPmodel& model_;
+};
+
+// A tree search and the log it writes to, kept with the model.
+struct KeptSearch {
+  KeptSearch(ZLPenv& env, MipProblem problem) : log(env), solver(std::move(problem), log) {}
+  EnvironmentLog log;
+  MipSolver solver;
+};
+
+bool can_be_resumed(SolveStatus status) {
+  switch (status) {
+    case SolveStatus::kIterationLimit:
+    case SolveStatus::kNodeLimit:
+    case SolveStatus::kTimeLimit:
+    case SolveStatus::kSolutionLimit:
+    case SolveStatus::kInterrupted:
+      return true;
+    default:
+      return false;
+  }
+}
+
+void dump_for_debugging(ZLPmodel& model) {
+  if (param<Param::ZORV_PAR_DUMP>(*model.env) == 0) return;
+  ZLPwrite(&model, kDumpedModel);
+  ZLPwriteparams(model.env, kDumpedParameters);
+}
+
+void report_model(ZLPmodel& model) {
+  const ModelData& data = model.data;
+  log_printf(model.env, "Optimize a model with %d rows, %d columns and %d nonzeros\n", data.num_rows(), data.num_cols(),
+             static_cast<int>(data.matrix.num_nonzeros()));
+  if (!data.quadratic.empty()) {
+    log_printf(model.env, "Model has %d quadratic terms\n", static_cast<int>(data.quadratic.size()));
+  }
+}
+
+int refuse_quadratic(ZLPmodel& model) {
+  const int method = param<Param::Method>(*model.env);
+  if (method == 3 || method == 4) {
+    log_printf(model.env, "WARNING: Concurrent optimizer not supported for QP models\n");
+    log_printf(model.env, "         Using dual simplex\n");
+  }
+  set_model_error(&model, kErrorDataNotAvailable, true,
+                  "Quadratic objectives are not supported by the available algorithms");
+  return kErrorDataNotAvailable;
+}
+
+int solve_continuous(ZLPmodel& model, double start_time) {
+  const ZLPenv& env = *model.env;
+  EnvironmentLog log(*model.env);
+  const LpData lp = make_lp_data(model.data);
+  const Basis start = make_start_basis(model);
+  const LpDriverOptions options = make_lp_options(env, model.data.sense, start_time);
+  LpDriverResult result =
+      solve_lp(lp, options, start.empty() ? nullptr : &start, make_stop_token(env, start_time), log);
+  const int error = result.error;
+  publish_lp(model, lp, std::move(result), options.simplex.primal_feasibility_tol);
+  return error;
+}
+
+void report_search(ZLPmodel& model, const MipResult& result, double start_time) {
+  const ZLPenv& env = *model.env;
+  ClosingFigures figures;
+  figures.nodes = result.nodes;
+  figures.iterations = result.iterations;
+  figures.seconds = now_seconds() - start_time;
+  figures.threads = kSearchThreads;
+  figures.processors = count_logical_processors();
+  figures.status = result.status;
+  figures.error = result.error;
+  figures.tolerance = param<Param::MIPGap>(env);
+  figures.objective = model.data.sense * result.objective;
+  figures.bound = model.data.sense * result.bound;
+  EnvironmentLog log(*model.env);
+  print_closing_report(log, figures);
+}
+
+int solve_integer(ZLPmodel& model, std::shared_ptr<void> kept, double start_time) {
+  auto search = std::static_pointer_cast<KeptSearch>(std::move(kept));
+  if (search == nullptr) search = std::make_shared<KeptSearch>(*model.env, make_mip_problem(model));
+  MipOptions options = make_mip_options(*model.env, model.data.sense, start_time);
+  options.threads = kSearchThreads;
+  const MipResult& result = search->solver.run(options, &model.env->terminate, start_time);
+  publish_mip(model, result);
+  report_search(model, result, start_time);
+  const int error = result.error;
+  if (error == kOk && can_be_resumed(result.status)) model.solver_state = std::move(search);
+  return error;
+}
+
+int solve(ZLPmodel& model, double start_time) {
+  // A kept search survives the old results; whatever changed the model since has thrown it away already.
+  std::shared_ptr<void> kept = std::move(model.solver_state);
+  discard_results(model, true);
+  int code = kOk;
+  {
+    const InProgress busy(model);
+    code = code_of([&] {
+      return model.data.is_mip() ? solve_integer(model, std::move(kept), start_time)
+                                 : solve_continuous(model, start_time);
+    });
+  }
+  model.solution.runtime = now_seconds() - start_time;
+  return code;
+}
+
+void write_result_file(ZLPmodel& model) {
+  const std::string name = param<Param::ResultFile>(*model.env);
+  if (name.empty()) return;
+  const int code = ZLPwrite(&model, name.c_str());
+  log_printf(model.env, "\n");
+  if (code != kOk) {
+    log_printf(model.env, "WARNING: unable to write requested result file '%s'\n", name.c_str());
+  } else {
+    log_printf(model.env, "Wrote requested result file '%s'\n", name.c_str());
+  }
+  log_printf(model.env, "\n");
+}
+
+int run(ZLPmodel& model) {
+  const double start_time = now_seconds();
+  if (const int code = model.env->master->license->status()) return code;
+  apply_pending_changes(model);
+  report_model(model);
+  dump_for_debugging(model);
+  if (!model.data.quadratic.empty()) {
+    discard_results(model, true);
+    return refuse_quadratic(model);
+  }
+  const int code = solve(model, start_time);
+  if (code == kOk) write_result_file(model);
+  return code;
+}
+
+}  // namespace
+
+int optimize_model(ZLPmodel& model) noexcept {
+  const int code = code_of([&] { return run(model); });
+  if (code == kErrorOutOfMemory) {
+    set_model_error(&model, code, true, "Optimization exhausted available memory");
+  } else {
+    set_default_message(&model, code);
+  }
+  return code;
+}
+
+}  // namespace zorvex

@@ -1,0 +1,90 @@
+#include "opt/problem_data.hpp"
+
+#include <algorithm>
+
+namespace zorvex {
+
+namespace {
+
+SparseMatrix user_matrix(const ModelData& data) {
+  SparseMatrix matrix;
+  matrix.num_rows = data.num_rows();
+  matrix.num_cols = data.num_cols();
+  matrix.start = data.matrix.start;
+  matrix.index = data.matrix.index;
+  matrix.value = data.matrix.value;
+  for (std::size_t k = 0; k < matrix.value.size(); ++k) matrix.value[k] *= data.row_sign(matrix.index[k]);
+  return matrix;
+}
+
+std::vector<BasisStatus> basis_statuses(const std::vector<int>& codes) {
+  std::vector<BasisStatus> statuses;
+  statuses.reserve(codes.size());
+  for (const int code : codes) statuses.push_back(static_cast<BasisStatus>(code));
+  return statuses;
+}
+
+}  // namespace
+
+LpData make_lp_data(const ModelData& data) {
+  LpData lp;
+  lp.matrix = user_matrix(data);
+  lp.offset = data.sense < 0 ? -data.obj_con : data.obj_con;
+  lp.cost.resize(data.obj.size());
+  lp.col_lower.resize(data.obj.size());
+  lp.col_upper.resize(data.obj.size());
+  for (Index col = 0; col < data.num_cols(); ++col) {
+    const Interval bounds = data.column_bounds(col);
+    lp.cost[col] = data.min_cost(col);
+    lp.col_lower[col] = bounds.lower;
+    lp.col_upper[col] = bounds.upper;
+  }
+  lp.row_lower.resize(data.rhs.size());
+  lp.row_upper.resize(data.rhs.size());
+  for (Index row = 0; row < data.num_rows(); ++row) {
+    const Interval sides = data.row_sides(row);
+    lp.row_lower[row] = sides.lower;
+    lp.row_upper[row] = sides.upper;
+  }
+  return lp;
+}
+
+MipProblem make_mip_problem(const ZLPmodel& model) {
+  const ModelData& data = model.data;
+  MipProblem problem;
+  problem.lp = make_lp_data(data);
+  problem.type.reserve(data.vtype.size());
+  for (const char type : data.vtype) problem.type.push_back(static_cast<VarType>(type));
+  problem.sos.reserve(data.sos.size());
+  for (const SosConstraint& set : data.sos) problem.sos.push_back({set.type, set.member, set.weight});
+  problem.priority.assign(model.branch_priority.begin(), model.branch_priority.end());
+  const std::vector<double>& start = model.warm.start;
+  if (std::any_of(start.begin(), start.end(), [](double value) { return value != kUndefinedStart; })) {
+    problem.start = start;
+  }
+  problem.sense = data.sense;
+  return problem;
+}
+
+Basis make_start_basis(const ZLPmodel& model) {
+  const WarmStart& warm = model.warm;
+  Basis basis;
+  if (!warm.has_basis() || !warm.basis_fits(model.data)) return basis;
+  basis.col = basis_statuses(warm.vbasis);
+  basis.row = basis_statuses(warm.cbasis);
+  if (!warm.has_norms()) return basis;
+  const Index num_cols = model.data.num_cols();
+  for (Index col = 0; col < num_cols; ++col) {
+    if (basis.col[col] != BasisStatus::kBasic) continue;
+    basis.head.push_back(col);
+    basis.norm.push_back(warm.vnorm[col]);
+  }
+  for (Index row = 0; row < model.data.num_rows(); ++row) {
+    if (basis.row[row] != BasisStatus::kBasic) continue;
+    basis.head.push_back(num_cols + row);
+    basis.norm.push_back(warm.cnorm[row]);
+  }
+  return basis;
+}
+
+}  // namespace zorvex

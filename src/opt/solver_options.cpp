@@ -1,0 +1,93 @@
+#include "opt/solver_options.hpp"
+
+#include <cmath>
+
+namespace zorvex {
+
+namespace {
+
+double limit_or_inf(double value) { return value >= kParameterInfinity ? kInf : value; }
+
+// The parameter is in the user's sense; +-1e100 stands for none whatever the sense.
+double minimisation_cutoff(const ZLPenv& env, int sense) {
+  const double cutoff = param<Param::Cutoff>(env);
+  return std::abs(cutoff) >= kParameterInfinity ? kParameterInfinity : sense * cutoff;
+}
+
+Precision precision_of(int quad) {
+  switch (quad) {
+    case 0:
+      return Precision::kDouble;
+    case 1:
+      return Precision::kExtended;
+    default:
+      return Precision::kAutomatic;
+  }
+}
+
+SimplexOptions simplex_options(const ZLPenv& env, double start_time) {
+  SimplexOptions options;
+  options.primal_feasibility_tol = param<Param::FeasibilityTol>(env);
+  options.dual_feasibility_tol = param<Param::OptimalityTol>(env);
+  options.markowitz_tol = param<Param::MarkowitzTol>(env);
+  options.perturb_value = param<Param::PerturbValue>(env);
+  options.objective_scale = param<Param::ObjScale>(env);
+  options.pricing = param<Param::SimplexPricing>(env);
+  options.norm_adjust = param<Param::NormAdjust>(env);
+  options.scale = param<Param::ScaleFlag>(env) != 0;
+  options.precision = precision_of(param<Param::Quad>(env));
+  options.algorithm = param<Param::Method>(env) == 0 ? SimplexAlgorithm::kPrimal : SimplexAlgorithm::kDual;
+  options.display_interval = param<Param::DisplayInterval>(env);
+  options.log_start_time = start_time;
+  return options;
+}
+
+}  // namespace
+
+LpDriverOptions make_lp_options(const ZLPenv& env, int sense, double start_time) {
+  LpDriverOptions options;
+  options.simplex = simplex_options(env, start_time);
+  options.presolve.level = param<Param::Presolve>(env);
+  options.presolve.max_passes = param<Param::PrePasses>(env);
+  options.presolve.primal_feasibility_tol = options.simplex.primal_feasibility_tol;
+  options.presolve.dual_feasibility_tol = options.simplex.dual_feasibility_tol;
+  options.presolve.dual_reductions = param<Param::ZORV_PAR_DUALREDUCTION>(env) != 0;
+  options.iteration_limit = limit_or_inf(param<Param::IterationLimit>(env));
+  options.cutoff = limit_or_inf(minimisation_cutoff(env, sense));
+  options.method = param<Param::Method>(env);
+  options.sense = sense;
+  options.want_proofs = param<Param::InfUnbdInfo>(env) != 0;
+  return options;
+}
+
+MipOptions make_mip_options(const ZLPenv& env, int sense, double start_time) {
+  MipOptions options;
+  options.simplex = simplex_options(env, start_time);
+  options.mip_gap = param<Param::MIPGap>(env);
+  options.mip_gap_abs = param<Param::MIPGapAbs>(env);
+  options.integrality_tol = param<Param::IntFeasTol>(env);
+  options.node_limit = param<Param::NodeLimit>(env);
+  options.iteration_limit = param<Param::IterationLimit>(env);
+  options.time_limit = param<Param::TimeLimit>(env);
+  options.solution_limit = param<Param::SolutionLimit>(env);
+  options.cutoff = minimisation_cutoff(env, sense);
+  options.hidden_time_limit = param<Param::ZORV_PAR_VTIMELIMIT>(env);
+  options.heuristics = param<Param::Heuristics>(env);
+  options.rins = param<Param::RINS>(env);
+  options.branch_dir = param<Param::BranchDir>(env);
+  options.var_branch = param<Param::VarBranch>(env);
+  options.presolve = param<Param::Presolve>(env);
+  options.improve_start_time = param<Param::ImproveStartTime>(env);
+  options.improve_start_gap = param<Param::ImproveStartGap>(env);
+  options.display_interval = param<Param::DisplayInterval>(env);
+  options.nodefile_start = param<Param::NodefileStart>(env);
+  options.nodefile_dir = param<Param::NodefileDir>(env);
+  options.cuts = param<Param::Cuts>(env);
+  return options;
+}
+
+StopToken make_stop_token(const ZLPenv& env, double start_time) {
+  return {&env.terminate, start_time + limit_or_inf(param<Param::TimeLimit>(env))};
+}
+
+}  // namespace zorvex

@@ -1,0 +1,185 @@
+// Small models written as dense tables, built through the public interface only, and what one reads back from them.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <functional>
+#include <memory>
+#include <sstream>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include "zorvex.h"
+
+namespace zorvex::testing {
+
+struct Row {
+  std::vector<double> coefficient;
+  char sense;
+  double rhs;
+};
+
+// Empty lb, ub, types: 0, infinity, 'C'.
+struct Tiny {
+  int sense = 1;
+  std::vector<double> obj;
+  std::vector<Row> rows;
+  std::vector<double> lb = {}, ub = {};
+  std::string types = {};
+  double obj_con = 0;
+};
+
+struct FreeEnv {
+  void operator()(ZLPenv* env) const { ZLPfreeenv(env); }
+};
+struct FreeModel {
+  void operator()(ZLPmodel* model) const { ZLPfreemodel(model); }
+};
+using Env = std::unique_ptr<ZLPenv, FreeEnv>;
+using Model = std::unique_ptr<ZLPmodel, FreeModel>;
+
+inline Env quiet_env() {
+  ZLPenv* env = nullptr;
+  EXPECT_EQ(0, ZLPloadenv(&env, nullptr));
+  EXPECT_EQ(0, ZLPsetintparam(env, "OutputFlag", 0));
+  return Env(env);
+}
+
+// The code of ZLPloadmodel; *model is null on failure.
+inline int load_tiny(ZLPenv* env, const Tiny& tiny, ZLPmodel** model) {
+  const int num_vars = static_cast<int>(tiny.obj.size());
+  std::vector<int> begin, index;
+  std::vector<double> value, rhs;
+  std::string sense;
+  for (const Row& row : tiny.rows) {
+    sense += row.sense;
+    rhs.push_back(row.rhs);
+  }
+  for (int col = 0; col < num_vars; ++col) {
+    begin.push_back(static_cast<int>(index.size()));
+    for (std::size_t row = 0; row < tiny.rows.size(); ++row) {
+      if (tiny.rows[row].coefficient[col] == 0) continue;
+      index.push_back(static_cast<int>(row));
+      value.push_back(tiny.rows[row].coefficient[col]);
+    }
+  }
+  begin.push_back(static_cast<int>(index.size()));
+  return ZLPloadmodel(env, model, "tiny", num_vars, static_cast<int>(rhs.size()), tiny.sense, tiny.obj_con,
+                      tiny.obj.data(), sense.c_str(), rhs.data(), begin.data(), nullptr, index.data(), value.data(),
+                      tiny.lb.empty() ? nullptr : tiny.lb.data(), tiny.ub.empty() ? nullptr : tiny.ub.data(),
+                      tiny.types.empty() ? nullptr : tiny.types.c_str(), nullptr, nullptr);
+}
+
+inline Model build(ZLPenv* env, const Tiny& tiny) {
+  ZLPmodel* model = nullptr;
+  EXPECT_EQ(0, load_tiny(env, tiny, &model)) << ZLPgeterrormsg(env);
+  return Model(model);
+}
+
+inline Model read_model(ZLPenv* env, const std::string& path) {
+  ZLPmodel* model = nullptr;
+  EXPECT_EQ(0, ZLPreadmodel(env, path.c_str(), &model)) << ZLPgeterrormsg(env);
+  return Model(model);
+}
+
+inline int int_attr(ZLPmodel* model, const char* name) {
+  int value = -99;
+  EXPECT_EQ(0, ZLPgetintattr(model, name, &value)) << name << ": " << ZLPgetmerrormsg(model);
+  return value;
+}
+
+inline double dbl_attr(ZLPmodel* model, const char* name) {
+  double value = std::nan("");
+  EXPECT_EQ(0, ZLPgetdblattr(model, name, &value)) << name << ": " << ZLPgetmerrormsg(model);
+  return value;
+}
+
+inline std::vector<double> dbl_array(ZLPmodel* model, const char* name, const char* count_name) {
+  std::vector<double> values(static_cast<std::size_t>(int_attr(model, count_name)));
+  EXPECT_EQ(0, ZLPgetdblattrarray(model, name, 0, static_cast<int>(values.size()), values.data())) << name;
+  return values;
+}
+
+inline void expect_near(const std::vector<double>& expected, const std::vector<double>& found, double tolerance) {
+  ASSERT_EQ(expected.size(), found.size());
+  for (std::size_t i = 0; i < expected.size(); ++i) EXPECT_NEAR(expected[i], found[i], tolerance) << "element " << i;
+}
+
+// Primal feasible, dual feasible, complementary: as the model itself measures it, in long double from its own data.
+inline void expect_lp_quality(ZLPmodel* model) {
+  for (const char* name : {"BoundVio", "ConstrVio", "DualVio", "DualResidual"}) {
+    EXPECT_LE(dbl_attr(model, name), 1.001e-6) << name;
+  }
+  EXPECT_LE(dbl_attr(model, "ComplVioSum"), 1e-6 * std::max(1.0, std::abs(dbl_attr(model, "ObjVal"))));
+}
+
+inline void expect_mip_quality(ZLPmodel* model) {
+  for (const char* name : {"BoundVio", "ConstrVio"}) EXPECT_LE(dbl_attr(model, name), 1.001e-6) << name;
+  EXPECT_LE(dbl_attr(model, "IntVio"), 1.001e-5);
+}
+
+// What `body` prints to standard output.
+inline std::string printed(const std::function<void()>& body) {
+  ::testing::internal::CaptureStdout();
+  body();
+  std::fflush(stdout);
+  return ::testing::internal::GetCapturedStdout();
+}
+
+inline std::string slurp(const std::string& file) {
+  std::ifstream in(file);
+  std::ostringstream text;
+  text << in.rdbuf();
+  return text.str();
+}
+
+// A fresh empty working directory for one test; the old one comes back at the end.
+class ScratchDirectory {
+ public:
+  ScratchDirectory() : before_(std::filesystem::current_path()) {
+    std::string name = (std::filesystem::temp_directory_path() / "zorvex-test-XXXXXX").string();
+    if (mkdtemp(name.data()) == nullptr) throw std::runtime_error("no scratch directory");
+    path_ = name;
+    std::filesystem::current_path(path_);
+  }
+  ~ScratchDirectory() {
+    std::filesystem::current_path(before_);
+    std::filesystem::remove_all(path_);
+  }
+
+ private:
+  std::filesystem::path before_, path_;
+};
+
+// Binary columns and equations with coefficients from a fixed sequence, the distance to the right-hand sides to be
+// minimised: small, and still far too hard to finish, so that every limit can stop it.
+inline Tiny market_split(int num_rows, int num_binaries) {
+  Tiny tiny;
+  const int num_vars = num_binaries + 2 * num_rows;
+  unsigned state = 12345;
+  const auto next = [&state] {
+    state = state * 1664525U + 1013904223U;
+    return static_cast<double>((state >> 16) % 100);
+  };
+  tiny.obj.assign(static_cast<std::size_t>(num_binaries), 0.0);
+  tiny.obj.resize(static_cast<std::size_t>(num_vars), 1.0);
+  tiny.types = std::string(static_cast<std::size_t>(num_binaries), 'B') +
+               std::string(static_cast<std::size_t>(2 * num_rows), 'C');
+  for (int row = 0; row < num_rows; ++row) {
+    Row line{std::vector<double>(static_cast<std::size_t>(num_vars), 0.0), '=', 0};
+    double sum = 0;
+    for (int col = 0; col < num_binaries; ++col) sum += line.coefficient[col] = next();
+    line.coefficient[num_binaries + 2 * row] = 1;
+    line.coefficient[num_binaries + 2 * row + 1] = -1;
+    line.rhs = std::floor(sum / 2);
+    tiny.rows.push_back(std::move(line));
+  }
+  return tiny;
+}
+
+}  // namespace zorvex::testing
