@@ -52,7 +52,11 @@ const std::vector<Known>& known_lps() {
       {"infeasible equations", {1, {0, 0}, {{{1, 1}, '=', 1}, {{2, 2}, '=', 3}}}, ZLP_INFEASIBLE, 0, {}},
       {"crossed bounds", {1, {1}, {{{1}, '<', 5}}, {3}, {2}}, ZLP_INFEASIBLE, 0, {}},
       {"infeasible empty row", {1, {1}, {{{0}, '=', 1}}}, ZLP_INFEASIBLE, 0, {}},
-      {"infeasible and the cost falls forever", {1, {-1, 0}, {{{0, 1}, '>', 2}, {{0, 1}, '<', 1}}}, ZLP_INFEASIBLE, 0, {}},
+      {"infeasible and the cost falls forever",
+       {1, {-1, 0}, {{{0, 1}, '>', 2}, {{0, 1}, '<', 1}}},
+       ZLP_INFEASIBLE,
+       0,
+       {}},
       {"unbounded", {1, {-1, 0}, {{{1, -1}, '<', 1}}}, ZLP_UNBOUNDED, 0, {}},
       {"unbounded, no rows", {-1, {1}, {}}, ZLP_UNBOUNDED, 0, {}},
       {"unbounded free column", {1, {1, 1}, {{{0, 1}, '>', 1}}, {-kInfinite, 0}}, ZLP_UNBOUNDED, 0, {}},
@@ -332,8 +336,9 @@ TEST(Optimize, QuadraticModelsAreRefused) {
     ASSERT_EQ(0, ZLPaddqpterms(model.get(), 2, ind, ind, val));
     ASSERT_EQ(0, ZLPsetintparam(ZLPgetenv(model.get()), "OutputFlag", 1));
     ASSERT_EQ(0, ZLPsetintparam(ZLPgetenv(model.get()), "Method", method));
-    const std::string expected = std::string("Optimize a model with 1 rows, 2 columns and 2 nonzeros\n"
-                                             "Model has 2 quadratic terms\n") +
+    const std::string expected = std::string(
+                                     "Optimize a model with 1 rows, 2 columns and 2 nonzeros\n"
+                                     "Model has 2 quadratic terms\n") +
                                  (method < 3 ? ""
                                              : "WARNING: Concurrent optimizer not supported for QP models\n"
                                                "         Using dual simplex\n");
