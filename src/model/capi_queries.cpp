@@ -1,4 +1,6 @@
 // Queries of the structure of a model, in the user's signs.
+#include <algorithm>
+
 #include "model/messages.hpp"
 #include "model/model.hpp"
 
@@ -112,6 +114,21 @@ int ZLPgetconstrs(ZLPmodel* model, int* num_nz, int* cbeg, int* cind, double* cv
     *num_nz = static_cast<int>(rows.end(first + num - 1) - rows.begin(first));
     if (cbeg == nullptr || cind == nullptr || cval == nullptr) return static_cast<int>(kOk);
     copy_vectors(rows, {first, num}, cbeg, cind, cval, [&](int row, int) { return data.row_sign(row); });
+    return static_cast<int>(kOk);
+  });
+}
+
+int ZLPgetconstrsides(ZLPmodel* model, double* lower, double* upper, int first, int num) {
+  return guarded_model(model, "Failed to retrieve constraints", [&](ZLPmodel& valid) {
+    if (const int code = check_range(valid, {first, num}, valid.data.num_rows(),
+                                     "Invalid index range for constraint query: [%d, %d]")) {
+      return code;
+    }
+    for (int k = 0; k < num; ++k) {
+      const Interval sides = valid.data.row_sides(first + k);
+      if (lower != nullptr) lower[k] = std::max(sides.lower, -kStoredInfinity);
+      if (upper != nullptr) upper[k] = std::min(sides.upper, kStoredInfinity);
+    }
     return static_cast<int>(kOk);
   });
 }

@@ -127,6 +127,10 @@ TEST_F(Edits, RangeRows) {
     EXPECT_EQ(model_->data.row_sides(i).upper, kRows[i].seen_upper) << i;
     EXPECT_EQ(coefficient(i, 0), 2);
   }
+  double lower[5], upper[5];
+  EXPECT_EQ(ZLPgetconstrsides(model_, lower, upper, 0, 5), 0);
+  EXPECT_EQ(std::vector<double>(lower, lower + 5), (std::vector<double>{-2, -1e30, 3, 5, -1e30}));
+  EXPECT_EQ(std::vector<double>(upper, upper + 5), (std::vector<double>{7, 4, 1e30, 5, 1e30}));
   EXPECT_EQ(ZLPsetdblattrelement(model_, "RHS", 0, 10), 0);
   update();
   EXPECT_EQ(model_->data.row_sides(0).lower, 1) << "a new right-hand side moves the range";

@@ -148,6 +148,8 @@ const WrongCall kQuerying[] = {
      }},
     {"constraint count null", 10002, "Failed to retrieve constraints",
      [](ZLPmodel* m) { return ZLPgetconstrs(m, nullptr, nullptr, nullptr, nullptr, 0, 1); }},
+    {"sides range", 10006, "Invalid index range for constraint query: [0, 0]",
+     [](ZLPmodel* m) { return ZLPgetconstrsides(m, nullptr, nullptr, 0, 0); }},
     {"SOS range", 10006, "Invalid index range for SOS query: [-1, 0]",
      [](ZLPmodel* m) {
        int count;
