@@ -4,22 +4,13 @@
 #include <cmath>
 #include <new>
 
-#include "base/quality.hpp"
+#include "simplex/answer_check.hpp"
 
 namespace zorvex {
 
 namespace {
 
 constexpr double kUndecidedObjective = 1e100;
-constexpr double kFarkasDrop = 1e-11;   // relative size of entries that rounding may have left in A'y
-constexpr double kMinFarkasGap = 1e-9;  // relative to max |y|
-constexpr double kRayTolerance = 1e-9;
-
-ProblemView view_of(const LpData& lp) {
-  return {lp.num_rows(),  lp.num_cols(),       lp.matrix.start.data(), lp.matrix.index.data(), lp.matrix.value.data(),
-          lp.cost.data(), lp.col_lower.data(), lp.col_upper.data(),    lp.row_lower.data(),    lp.row_upper.data()};
-}
-
 // One call of solve_lp: its inputs and the result it is building.
 class LpDriver {
  public:
@@ -44,7 +35,7 @@ class LpDriver {
   bool lift_proof(const Presolve& presolve, const LpSolver& solver);
   void solve_original(const Basis* basis);
   void take(const LpSolver& solver);
-  [[nodiscard]] bool is_optimal(const LpPoint& point) const;
+  [[nodiscard]] bool is_exact_optimum() const;
   [[nodiscard]] SimplexLimits limits() const { return {options_.iteration_limit, options_.cutoff}; }
   void report_end();
   void warn_of_violations();
@@ -97,9 +88,8 @@ bool LpDriver::solve_presolved() {
     case PresolveOutcome::kInfeasible:
       result_.farkas = presolve.farkas();
       if (result_.farkas.empty()) return false;
-      result_.farkas_violation = farkas_gap(view_of(lp_), result_.farkas, kFarkasDrop);
       result_.status = SolveStatus::kInfeasible;
-      return result_.farkas_violation > kMinFarkasGap;
+      return proves_infeasible(lp_, result_.farkas, result_.farkas_violation);
     case PresolveOutcome::kUnbounded:
       return false;  // feasibility is still open
     case PresolveOutcome::kAllRemoved:
@@ -140,7 +130,7 @@ void LpDriver::solve_reduced(const Presolve& presolve) {
                        std::move(full.reduced_cost)};
       result_.basis = std::move(full.basis);
       result_.has_point = result_.has_basis = true;
-      result_.objective = measure_primal(view_of(lp_), result_.point.x, {}).objective + lp_.offset;
+      result_.objective = objective_at(lp_, result_.point.x);
     }
   }
 }
@@ -150,14 +140,14 @@ bool LpDriver::finish_from(const Presolve& presolve, const PresolvePoint& reduce
   PresolvePoint full = presolve.postsolve(reduced_point);
   result_.point = {std::move(full.x), std::move(full.row_activity), std::move(full.pi), std::move(full.reduced_cost)};
   result_.basis = std::move(full.basis);
-  if (!is_optimal(result_.point)) {
+  if (!is_exact_optimum()) {
     const Basis start = result_.basis;
     solve_original(&start);
     return true;
   }
   result_.status = SolveStatus::kOptimal;
   result_.has_point = result_.has_basis = true;
-  result_.objective = measure_primal(view_of(lp_), result_.point.x, {}).objective + lp_.offset;
+  result_.objective = objective_at(lp_, result_.point.x);
   return true;
 }
 
@@ -167,19 +157,16 @@ bool LpDriver::lift_proof(const Presolve& presolve, const LpSolver& solver) {
     result_.farkas.assign(static_cast<std::size_t>(lp_.num_rows()), 0.0);
     const std::vector<Index>& rows = presolve.original_rows();
     for (std::size_t i = 0; i < rows.size(); ++i) result_.farkas[rows[i]] = solver.farkas()[i];
-    result_.farkas_violation = farkas_gap(view_of(lp_), result_.farkas, kFarkasDrop);
-    return result_.farkas_violation > kMinFarkasGap;
+    return proves_infeasible(lp_, result_.farkas, result_.farkas_violation);
   }
   result_.ray.assign(static_cast<std::size_t>(lp_.num_cols()), 0.0);
   const std::vector<Index>& cols = presolve.original_cols();
   for (std::size_t j = 0; j < cols.size(); ++j) result_.ray[cols[j]] = solver.ray()[j];
-  if (!(ray_descent(view_of(lp_), result_.ray, kRayTolerance) > 0)) return false;
+  if (!is_improving_ray(lp_, result_.ray)) return false;
   const LpPoint& point = solver.point();
   const PresolvePoint full =
       presolve.postsolve({point.x, point.row_activity, point.pi, point.reduced_cost, solver.basis()});
-  const PrimalQuality primal = measure_primal(view_of(lp_), full.x, {});
-  return primal.bound.max <= options_.simplex.primal_feasibility_tol &&
-         primal.row.max <= options_.simplex.primal_feasibility_tol;
+  return is_feasible(lp_, full.x, options_.simplex.primal_feasibility_tol);
 }
 
 void LpDriver::solve_original(const Basis* basis) {
@@ -206,14 +193,13 @@ void LpDriver::take(const LpSolver& solver) {
   result_.has_basis = !result_.basis.empty();
 }
 
-bool LpDriver::is_optimal(const LpPoint& point) const {
-  const PrimalQuality primal = measure_primal(view_of(lp_), point.x, {});
+// Stricter than is_optimal: what postsolve recovered must also close the duality gap.
+bool LpDriver::is_exact_optimum() const {
+  const LpPoint& point = result_.point;
+  if (!is_optimal(lp_, point, options_.simplex)) return false;
   const DualQuality dual = measure_dual(view_of(lp_), point.pi, point.reduced_cost, point.x);
-  const double scale = std::max(1.0, std::abs(primal.objective));
-  return primal.bound.max <= options_.simplex.primal_feasibility_tol &&
-         primal.row.max <= options_.simplex.primal_feasibility_tol &&
-         dual.sign.max <= options_.simplex.dual_feasibility_tol &&
-         dual.complementarity.sum <= options_.simplex.dual_feasibility_tol * scale;
+  return dual.complementarity.sum <=
+         options_.simplex.dual_feasibility_tol * std::max(1.0, std::abs(objective_at(lp_, point.x)));
 }
 
 void LpDriver::warn_of_violations() {

@@ -3,22 +3,12 @@
 #include <algorithm>
 #include <cmath>
 
-#include "base/quality.hpp"
+#include "simplex/answer_check.hpp"
 #include "simplex/lp_kernel.hpp"
 
 namespace zorvex {
 
 namespace {
-
-constexpr double kFarkasDrop = 1e-11;   // relative size of entries that rounding may have left in A'y
-constexpr double kMinFarkasGap = 1e-9;  // a proof must miss by at least this, relative to max |y|
-constexpr double kRayTolerance = 1e-9;
-constexpr double kMinRayDescent = 1e-9;
-
-ProblemView view_of(const LpData& lp) {
-  return {lp.num_rows(),  lp.num_cols(),       lp.matrix.start.data(), lp.matrix.index.data(), lp.matrix.value.data(),
-          lp.cost.data(), lp.col_lower.data(), lp.col_upper.data(),    lp.row_lower.data(),    lp.row_upper.data()};
-}
 
 // Ways to try again when the answer of a run does not stand up to the check, in order.
 struct Attempt {
@@ -53,7 +43,6 @@ struct LpSolver::State {
   std::vector<double> farkas, ray;
   double farkas_gap = 0;
   std::vector<Index> head;
-  bool point_checked = false;
 
   template <class Real>
   LpKernel<Real>& kernel() {
@@ -75,8 +64,6 @@ struct LpSolver::State {
   bool attempt(const Attempt& how, const SimplexLimits& limits, const StopToken& stop, SimplexLog& simplex_log);
   template <class Real>
   bool accept(SimplexOutcome outcome);
-  [[nodiscard]] bool point_is_optimal() const;
-  [[nodiscard]] bool point_is_feasible() const;
   SolveStatus solve(const SimplexLimits& limits, const StopToken& stop);
 };
 
@@ -132,7 +119,7 @@ void LpSolver::State::solve_without_rows() {
       status = SolveStatus::kUnbounded;
       ray[col] = c < 0 ? 1.0 : -1.0;
     }
-    point.x[col] = std::isfinite(bound) ? bound : 0.0;
+    point.x[col] = std::isfinite(bound) ? bound : std::min(std::max(0.0, low), up);
     pending.col[col] = !std::isfinite(bound) ? BasisStatus::kNonbasicFree
                        : upper               ? BasisStatus::kAtUpper
                                              : BasisStatus::kAtLower;
@@ -161,17 +148,6 @@ bool LpSolver::State::bounds_conflict() {
   return false;
 }
 
-bool LpSolver::State::point_is_feasible() const {
-  const PrimalQuality primal = measure_primal(view_of(data), point.x, {});
-  return primal.bound.max <= options.primal_feasibility_tol && primal.row.max <= options.primal_feasibility_tol;
-}
-
-bool LpSolver::State::point_is_optimal() const {
-  if (!point_is_feasible()) return false;
-  const DualQuality dual = measure_dual(view_of(data), point.pi, point.reduced_cost, {});
-  return dual.sign.max <= options.dual_feasibility_tol;
-}
-
 // Checks the outcome of a run against the data as given and sets status and results. False: try harder.
 template <class Real>
 bool LpSolver::State::accept(SimplexOutcome outcome) {
@@ -179,19 +155,18 @@ bool LpSolver::State::accept(SimplexOutcome outcome) {
   switch (outcome) {
     case SimplexOutcome::kOptimal:
       lp_kernel.extract(data, point);
-      objective = static_cast<double>(measure_primal(view_of(data), point.x, {}).objective) + data.offset;
+      objective = objective_at(data, point.x);
       status = SolveStatus::kOptimal;
-      return point_is_optimal();
+      return is_optimal(data, point, options);
     case SimplexOutcome::kInfeasible:
       farkas = lp_kernel.user_farkas();
-      farkas_gap = zorvex::farkas_gap(view_of(data), farkas, kFarkasDrop);
       status = SolveStatus::kInfeasible;
-      return farkas_gap > kMinFarkasGap;
+      return proves_infeasible(data, farkas, farkas_gap);
     case SimplexOutcome::kUnbounded:
       ray = lp_kernel.user_ray();
       lp_kernel.extract(data, point);
       status = SolveStatus::kUnbounded;
-      return ray_descent(view_of(data), ray, kRayTolerance) > kMinRayDescent && point_is_feasible();
+      return is_improving_ray(data, ray) && is_feasible(data, point.x, options.primal_feasibility_tol);
     case SimplexOutcome::kCutoff:
       status = SolveStatus::kCutoff;
       return true;
@@ -199,7 +174,7 @@ bool LpSolver::State::accept(SimplexOutcome outcome) {
     case SimplexOutcome::kTimeLimit:
     case SimplexOutcome::kInterrupted:
       lp_kernel.extract(data, point);
-      objective = static_cast<double>(measure_primal(view_of(data), point.x, {}).objective) + data.offset;
+      objective = objective_at(data, point.x);
       status = outcome == SimplexOutcome::kIterationLimit ? SolveStatus::kIterationLimit
                : outcome == SimplexOutcome::kTimeLimit    ? SolveStatus::kTimeLimit
                                                           : SolveStatus::kInterrupted;
