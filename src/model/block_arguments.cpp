@@ -34,6 +34,7 @@ NameList copy_names(const char* const* names, int count) {
 void append_lists(CompressedVectors& target, const ListArgument& lists, const double* values) {
   for (int k = 0; k < lists.count; ++k) {
     for (int entry = lists.first(k); entry < lists.last(k); ++entry) {
+      if (values[entry] == 0) continue;
       target.index.push_back(lists.index[entry]);
       target.value.push_back(values[entry]);
     }

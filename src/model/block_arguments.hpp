@@ -41,7 +41,7 @@ int check_rows(ZLPenv* env, const RowArguments& rows);
 
 NameList copy_names(const char* const* names, int count);
 
-// Appends the lists with their values; `target` must have room.
+// Appends the lists with their values, leaving out zeros; `target` must have room.
 void append_lists(CompressedVectors& target, const ListArgument& lists, const double* values);
 void make_room(CompressedVectors& target, const ListArgument& lists);
 // The values of the lists: required and finite.
