@@ -450,17 +450,13 @@ SimplexOutcome DualSimplex<Real>::finish_phase1(bool& stopped) {
   return SimplexOutcome::kOptimal;
 }
 
+// Without the perturbation some reduced costs may have the wrong sign. The basis is primal feasible, so a few primal
+// iterations settle them; flipping boxed variables instead would give up primal feasibility.
 template <class Real>
 SimplexOutcome DualSimplex<Real>::finish_phase2(bool& stopped) {
   stopped = true;
-  if (costs_changed_) {
-    remove_cost_changes();
-    if (flip_to_dual_feasibility() > 0) return SimplexOutcome::kOtherAlgorithm;
-    core_.compute_primal();
-    pricing_.recompute();
-    stopped = core_.sum_primal_infeasibility() == 0;
-  }
-  return SimplexOutcome::kOptimal;
+  if (costs_changed_) remove_cost_changes();
+  return core_.sum_dual_infeasibility() > 0 ? SimplexOutcome::kOtherAlgorithm : SimplexOutcome::kOptimal;
 }
 
 // Row `failed_position_` cannot be made feasible by any nonbasic variable: with y = rho the row y'(A x + s) = 0
