@@ -72,13 +72,29 @@ void LuAssemble<Real>::fill_u_rows(LuFactors<Real>& factors) {
   }
   factors.u_nonzeros = total;
   factors.u_row.reset(factors.m, total + total / 2 + factors.m);
-  for (const Index row : factors.order) factors.u_row.place(factors.pos_of_row[row], count_[row]);
+  list_nodes(factors);
   for (const Index row : factors.order) {
     const Index pos = factors.pos_of_row[row];
     const LuRange range = factors.u_col[row];
     for (Index k = range.begin; k < range.end; ++k) {
       factors.u_row.append(factors.pos_of_row[space.index()[k]], pos, space.value()[k]);
     }
+  }
+}
+
+template <class Real>
+void LuAssemble<Real>::list_nodes(LuFactors<Real>& factors) {
+  factors.u_col_order.clear();
+  factors.u_row_order.clear();
+  factors.u_row_tail.clear();
+  factors.u_row_place.assign(factors.m, LuFactors<Real>::kUnlisted);
+  for (const Index row : factors.order) {
+    const Index pos = factors.pos_of_row[row];
+    if (!factors.u_col[row].empty()) factors.u_col_order.push_back(row);
+    if (count_[row] == 0) continue;
+    factors.u_row.place(pos, count_[row]);
+    factors.u_row_place[pos] = static_cast<Index>(factors.u_row_order.size());
+    factors.u_row_order.push_back(pos);
   }
 }
 

@@ -22,6 +22,8 @@ class LuAssemble {
   [[nodiscard]] bool fill_u_columns(const ColumnView<Real>& columns, std::span<const Index> head,
                                     const LuNucleus<Real>& nucleus, LuFactors<Real>& factors);
   void fill_u_rows(LuFactors<Real>& factors);
+  // Places the rows of U, count_ entries each, and lists the nodes of plain loops.
+  void list_nodes(LuFactors<Real>& factors);
   void transpose_l(LuFactors<Real>& factors);
 
   std::vector<Index> count_;  // entries by position or row

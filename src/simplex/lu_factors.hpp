@@ -3,7 +3,8 @@
 //   Spaces   a pivot pairs a row with a basis position. Vectors on the L and R side live in row space. A column of U is
 //            found under its pivot row and holds rows; a row of U is found under its position and holds positions: so
 //            either solve with U stays within one space and changes over as it emits its results.
-//   Order    U is upper triangular in the order of `order`: a column has entries only in rows that come before.
+//   Order    as factored, a column of U has entries only in rows earlier in `order`. An update empties the row of its
+//            position and moves it to the end, so plain loops need no more than the lists below.
 #pragma once
 
 #include <algorithm>
@@ -38,14 +39,22 @@ struct LuFactors {
   LuLines<Real, true> u_row;   // by position, without the pivot
   std::vector<Real> pivot_of_row, pivot_of_pos;
 
+  // Nodes that a plain loop over U visits. Columns: pivot rows with a nonempty column in order, then updated ones; the
+  // earlier entries of an updated row stay, as nothing reaches that row before its last entry. Rows: positions with a
+  // nonempty row in order, then those that got their first entry by an update (they point into the tail only), then
+  // the tail of updated positions; -1 where a position was updated later.
+  std::vector<Index> u_col_order, u_row_order, u_row_tail;
+  std::vector<Index> u_row_place;  // by position: index into u_row_order, or m + index into the tail, or kUnlisted
+
   std::vector<Index> row_of_pos, pos_of_row;  // -1 while without pivot
-  std::vector<Index> order;                   // pivot rows; -1 where an update moved the row to the end
+  std::vector<Index> order;                   // pivot rows as factored
   std::vector<Index> order_at;                // by row, its place in `order`; kUnordered while without pivot
   Index num_column_singletons = 0;            // the first pivots of `order`: rows of L and column etas never meet them
 
   Offset l_nonzeros = 0, u_nonzeros = 0;  // without pivots
 
   static constexpr Index kUnordered = std::numeric_limits<Index>::max();
+  static constexpr Index kUnlisted = -1;
 
   void reset(Index rows) {
     m = rows;

@@ -1,6 +1,5 @@
 #include "simplex/lu_solve.hpp"
 
-#include <bit>
 #include <cmath>
 
 #include "simplex/lu_traits.hpp"
@@ -8,9 +7,10 @@
 namespace zorvex {
 
 namespace {
-constexpr float kSparseStage = 0.10F;  // a visited node costs several times more with the search than without
+constexpr float kSearchShare = 0.10F;  // a visited node costs several times more with the search than in a loop
+constexpr float kUntracked = 0.30F;    // predicted density of the result from which lists do not pay
 constexpr float kDenseResult = 0.30F;  // results above are handed out as dense
-constexpr float kMemory = 0.75F;       // weight of the past in the running mean
+constexpr float kMemory = 0.75F;       // weight of the past in the running means
 constexpr Index kAlwaysPlain = 32;     // stages up to this length never search
 constexpr Offset kNodesPerUnit = 4;    // nodes a plain loop skips at the cost of one nonzero touched
 
@@ -20,14 +20,9 @@ bool is_tiny(Real v) {
 }
 }  // namespace
 
-bool LuDensityHistory::predicts_sparse(Index count, Index length) const {
-  if (length <= kAlwaysPlain || static_cast<float>(count) > kSparseStage * static_cast<float>(length)) return false;
-  return mean_[std::bit_width(static_cast<std::uint32_t>(count))] <= kSparseStage;
-}
-
-void LuDensityHistory::record(Index count, Index visited, Index length) {
-  float& mean = mean_[std::bit_width(static_cast<std::uint32_t>(count))];
-  mean = kMemory * mean + (1 - kMemory) * static_cast<float>(visited) / static_cast<float>(length);
+void LuDensityHistory::record(Index count, Index part, Index whole) {
+  float& mean = mean_[bucket(count)];
+  mean = kMemory * mean + (1 - kMemory) * static_cast<float>(part) / static_cast<float>(whole);
 }
 
 template <class Real>
@@ -36,34 +31,59 @@ void LuSolve<Real>::resize(Index m) {
   m_ = m;
   const auto n = static_cast<std::size_t>(m);
   list_.resize(n);
+  emitted_.resize(n);
   out_.assign(n, Real(0));
   unit_.assign(n, Real(0));
   reached_.resize(n);
   mark_.assign(n, 0);
   stack_.resize(n);
   stack_slot_.resize(n);
-  history_ = {};
+  histories_ = {};
 }
 
 template <class Real>
 void LuSolve<Real>::ftran(const LuFactors<Real>& factors, Scattered<Real>& x, LuEntries<Real>* partial) {
+  Histories& history = histories_[partial != nullptr ? kFtranSaved : kFtran];
   adopt(x);
-  solve_l(factors, x.value.data(), history_[partial != nullptr ? kFtranLSaved : kFtranL]);
+  if (count_ == 0) {
+    if (partial != nullptr) save(x.value.data(), *partial);
+    release(x);
+    return;
+  }
+  tracked_ = history.result.mean(given_) <= kUntracked;
+  solve_l(l_graph(factors), {factors.l_order.data(), static_cast<Index>(factors.l_order.size()), 1}, x.value.data(),
+          history.l);
   apply_etas(factors, x.value.data());
   if (partial != nullptr) save(x.value.data(), *partial);
-  solve_u<false>(factors, x.value.data(), history_[partial != nullptr ? kFtranUSaved : kFtranU]);
+  const auto length = static_cast<Index>(factors.u_col_order.size());
+  solve_u(u_graph(factors), {factors.u_col_order.data() + length - 1, length, -1}, {nullptr, 0, 1}, x.value.data(),
+          history.u);
   x.value.swap(out_);
+  history.result.record(given_, count_, m_);
   release(x);
 }
 
 template <class Real>
 void LuSolve<Real>::btran(const LuFactors<Real>& factors, Scattered<Real>& y, LuEntries<Real>* partial) {
+  Histories& history = histories_[kBtran];
   adopt(y);
-  solve_u<true>(factors, y.value.data(), history_[kBtranU]);
+  if (count_ == 0) {
+    if (partial != nullptr) save(y.value.data(), *partial);
+    release(y);
+    return;
+  }
+  tracked_ = history.result.mean(given_) <= kUntracked;
+  solve_u(u_transposed_graph(factors), {factors.u_row_order.data(), static_cast<Index>(factors.u_row_order.size()), 1},
+          {factors.u_row_tail.data(), static_cast<Index>(factors.u_row_tail.size()), 1}, y.value.data(), history.u);
   y.value.swap(out_);
   if (partial != nullptr) save(y.value.data(), *partial);
+  tracked_ = history.result.mean(given_) <= kUntracked;
   apply_etas_transposed(factors, y.value.data());
-  solve_l_transposed(factors, y.value.data());
+  const auto length = static_cast<Index>(factors.l_row_order.size());
+  solve_l(l_transposed_graph(factors), {factors.l_row_order.data() + length - 1, length, -1}, y.value.data(),
+          history.l);
+  tracked_ ? drop_tiny(y.value.data()) : collect(y.value.data());
+  history.result.record(given_, count_, m_);
   release(y);
 }
 
@@ -71,10 +91,32 @@ template <class Real>
 void LuSolve<Real>::unit_row(const LuFactors<Real>& factors, Index position, LuEntries<Real>& result) {
   unit_[position] = Real(1);
   list_[0] = position;
-  count_ = 1;
-  solve_u<true>(factors, unit_.data(), history_[kBtranU]);
+  given_ = count_ = 1;
+  tracked_ = true;
+  solve_u(u_transposed_graph(factors), {factors.u_row_order.data(), static_cast<Index>(factors.u_row_order.size()), 1},
+          {factors.u_row_tail.data(), static_cast<Index>(factors.u_row_tail.size()), 1}, unit_.data(),
+          histories_[kBtran].u);
   save(out_.data(), result);
   for (const Index row : result.index) out_[row] = Real(0);
+}
+
+template <class Real>
+auto LuSolve<Real>::l_graph(const LuFactors<Real>& factors) -> Graph {
+  return {factors.l_col.data(), factors.space.index(), factors.space.value(), nullptr, nullptr};
+}
+template <class Real>
+auto LuSolve<Real>::l_transposed_graph(const LuFactors<Real>& factors) -> Graph {
+  return {factors.l_row.data(), factors.l_row_index.data(), factors.l_row_value.data(), nullptr, nullptr};
+}
+template <class Real>
+auto LuSolve<Real>::u_graph(const LuFactors<Real>& factors) -> Graph {
+  return {factors.u_col.data(), factors.space.index(), factors.space.value(), factors.pivot_of_row.data(),
+          factors.pos_of_row.data()};
+}
+template <class Real>
+auto LuSolve<Real>::u_transposed_graph(const LuFactors<Real>& factors) -> Graph {
+  return {factors.u_row.ranges(), factors.u_row.index(), factors.u_row.value(), factors.pivot_of_pos.data(),
+          factors.row_of_pos.data()};
 }
 
 template <class Real>
@@ -85,11 +127,13 @@ void LuSolve<Real>::adopt(const Scattered<Real>& x) {
       if (x.value[i] != Real(0)) list_[count_++] = i;
     }
     work_ += m_ / kNodesPerUnit;
-    return;
+  } else {
+    for (const Index i : x.index) {
+      if (x.value[i] != Real(0)) list_[count_++] = i;
+    }
   }
-  for (const Index i : x.index) {
-    if (x.value[i] != Real(0)) list_[count_++] = i;
-  }
+  given_ = count_;
+  tracked_ = true;
 }
 
 template <class Real>
@@ -102,23 +146,121 @@ void LuSolve<Real>::release(Scattered<Real>& x) const {
   }
 }
 
+// Lists the nonzeros of a vector that was not tracked.
+template <class Real>
+void LuSolve<Real>::collect(Real* x) {
+  count_ = 0;
+  for (Index i = 0; i < m_; ++i) {
+    if (!is_tiny(x[i])) {
+      list_[count_++] = i;
+    } else {
+      x[i] = Real(0);
+    }
+  }
+  work_ += m_ / kNodesPerUnit;
+  tracked_ = true;
+}
+
+template <class Real>
+void LuSolve<Real>::drop_tiny(Real* x) {
+  Index kept = 0;
+  for (Index k = 0; k < count_; ++k) {
+    const Index i = list_[k];
+    if (!is_tiny(x[i])) {
+      list_[kept++] = i;
+    } else {
+      x[i] = Real(0);
+    }
+  }
+  count_ = kept;
+}
+
+template <class Real>
+void LuSolve<Real>::save(const Real* x, LuEntries<Real>& entries) const {
+  entries.index.clear();
+  entries.value.clear();
+  if (tracked_) {
+    entries.index.assign(list_.begin(), list_.begin() + count_);
+  } else {
+    for (Index i = 0; i < m_; ++i) {
+      if (!is_tiny(x[i])) entries.index.push_back(i);
+    }
+  }
+  entries.value.resize(entries.index.size());
+  for (std::size_t k = 0; k < entries.index.size(); ++k) entries.value[k] = x[entries.index[k]];
+}
+
 // An entry that cancels stays in the list and must not become zero, or it could enter the list twice.
 template <class Real>
 inline void LuSolve<Real>::add(Real* x, Index i, Real change) {
   const Real old = x[i];
   const Real sum = old + change;
-  if (old == Real(0)) list_[count_++] = i;
+  if (old == Real(0) && tracked_) list_[count_++] = i;
   x[i] = sum != Real(0) ? sum : LuTraits<Real>::kPlaceholder;
 }
 
 template <class Real>
-void LuSolve<Real>::save(const Real* x, LuEntries<Real>& entries) const {
-  entries.clear();
-  for (Index k = 0; k < count_; ++k) {
-    const Index i = list_[k];
-    entries.index.push_back(i);
-    entries.value.push_back(x[i]);
+void LuSolve<Real>::apply_etas(const LuFactors<Real>& factors, Real* x) {
+  const Index* index = factors.space.index();
+  const Real* value = factors.space.value();
+  for (const LuRowEta& eta : factors.etas) {
+    Real sum = 0;
+    for (Index e = eta.range.begin; e < eta.range.end; ++e) sum += value[e] * x[index[e]];
+    if (!is_tiny(sum)) add(x, eta.row, -sum);
+    work_ += eta.range.length();
   }
+}
+
+template <class Real>
+void LuSolve<Real>::apply_etas_transposed(const LuFactors<Real>& factors, Real* x) {
+  const Index* index = factors.space.index();
+  const Real* value = factors.space.value();
+  for (auto eta = factors.etas.rbegin(); eta != factors.etas.rend(); ++eta) {
+    const Real v = x[eta->row];
+    if (is_tiny(v)) continue;
+    work_ += eta->range.length();
+    for (Index e = eta->range.begin; e < eta->range.end; ++e) add(x, index[e], -v * value[e]);
+  }
+  work_ += static_cast<Offset>(factors.etas.size()) / kNodesPerUnit;
+}
+
+template <class Real>
+bool LuSolve<Real>::choose_search(const LuDensityHistory& history, Index length) const {
+  return tracked_ && length > kAlwaysPlain && static_cast<float>(count_) <= kSearchShare * static_cast<float>(m_) &&
+         history.mean(given_) <= kSearchShare;
+}
+
+template <class Real>
+void LuSolve<Real>::solve_l(const Graph& graph, Sequence nodes, Real* x, LuDensityHistory& history) {
+  if (nodes.length == 0) return;
+  Index visited = 0;
+  if (choose_search(history, nodes.length)) {
+    visited = search<false>(graph, x);
+  } else {
+    visited = tracked_ ? sweep<false, true>(graph, nodes, x) : sweep<false, false>(graph, nodes, x);
+  }
+  history.record(given_, visited, nodes.length);
+}
+
+// `tail` follows `nodes`. On return out_ holds the result and the list its nonzeros, tracked before or not.
+template <class Real>
+void LuSolve<Real>::solve_u(const Graph& graph, Sequence nodes, Sequence tail, Real* x, LuDensityHistory& history) {
+  num_emitted_ = 0;
+  const Index length = nodes.length + tail.length;
+  Index visited = 0;
+  if (choose_search(history, length)) {
+    visited = search<true>(graph, x);
+  } else if (tracked_) {
+    visited = sweep<true, true>(graph, nodes, x) + sweep<true, true>(graph, tail, x);
+    emit_leaves<true>(graph, x);
+  } else {
+    visited = sweep<true, false>(graph, nodes, x) + sweep<true, false>(graph, tail, x);
+    emit_leaves<false>(graph, x);
+  }
+  list_.swap(emitted_);
+  count_ = num_emitted_;
+  tracked_ = true;
+  if (length > 0) history.record(given_, visited, length);
 }
 
 // Depth-first search from the list. reached_[result..m) are all nodes the entries of the list can change, each before
@@ -128,11 +270,12 @@ Index LuSolve<Real>::reach(const Graph& graph) {
   Index top = m_;
   Offset edges = 0;
   for (Index s = 0; s < count_; ++s) {
-    if (mark_[list_[s]] != 0) continue;
+    const Index seed = list_[s];
+    if (mark_[seed] != 0) continue;
     Index depth = 0;
-    stack_[0] = list_[s];
-    stack_slot_[0] = graph.range[list_[s]].begin;
-    mark_[list_[s]] = 1;
+    stack_[0] = seed;
+    stack_slot_[0] = graph.range[seed].begin;
+    mark_[seed] = 1;
     while (depth >= 0) {
       const Index node = stack_[depth];
       const Index end = graph.range[node].end;
@@ -163,168 +306,93 @@ Index LuSolve<Real>::reach(const Graph& graph) {
   return top;
 }
 
-// Hypersparse solve with a unit triangular matrix, in place. Returns the number of nodes with successors.
+// Hypersparse solve. Returns the number of nodes with successors that were visited.
 template <class Real>
-Index LuSolve<Real>::unit_sparse(const Graph& graph, Real* x) {
+template <bool kEmit>
+Index LuSolve<Real>::search(const Graph& graph, Real* x) {
   const Index top = reach(graph);
-  count_ = 0;
+  Index* list = kEmit ? emitted_.data() : list_.data();
+  Real* out = out_.data();
+  Index count = 0;
   Index visited = 0;
   for (Index k = top; k < m_; ++k) {
     const Index node = reached_[k];
     mark_[node] = 0;
-    const Real v = x[node];
-    if (is_tiny(v)) {
-      x[node] = Real(0);
-      continue;
+    Real v = x[node];
+    if (kEmit || is_tiny(v)) x[node] = Real(0);
+    if (is_tiny(v)) continue;
+    if constexpr (kEmit) {
+      v /= graph.pivot[node];
+      list[count++] = graph.image[node];
+      out[graph.image[node]] = v;
+    } else {
+      list[count++] = node;
     }
-    list_[count_++] = node;
     const LuRange range = graph.range[node];
     visited += range.empty() ? 0 : 1;
     for (Index e = range.begin; e < range.end; ++e) x[graph.index[e]] -= v * graph.value[e];
   }
+  (kEmit ? num_emitted_ : count_) = count;
   return visited;
 }
 
+// Plain loop over the nodes with successors. Returns the number that were not zero.
 template <class Real>
-void LuSolve<Real>::solve_l(const LuFactors<Real>& factors, Real* x, LuDensityHistory& history) {
-  const auto length = static_cast<Index>(factors.l_order.size());
-  if (length == 0 || count_ == 0) return;
-  const Graph graph{factors.l_col.data(), factors.space.index(), factors.space.value()};
-  const Index given = count_;
+template <bool kEmit, bool kTracked>
+Index LuSolve<Real>::sweep(const Graph& graph, Sequence nodes, Real* x) {
+  Index* list = list_.data();
+  Index count = count_;
   Index visited = 0;
-  if (history.predicts_sparse(given, length)) {
-    visited = unit_sparse(graph, x);
-  } else {
-    work_ += length / kNodesPerUnit;
-    for (const Index row : factors.l_order) {
-      const Real v = x[row];
-      if (is_tiny(v)) continue;
-      ++visited;
-      const LuRange range = graph.range[row];
-      work_ += range.length();
-      for (Index e = range.begin; e < range.end; ++e) add(x, graph.index[e], -v * graph.value[e]);
+  Offset touched = nodes.length / kNodesPerUnit;
+  const Index* next = nodes.first;
+  for (Index step = 0; step < nodes.length; ++step, next += nodes.stride) {
+    const Index node = *next;
+    if (kEmit && node < 0) continue;
+    Real v = x[node];
+    if (is_tiny(v)) continue;
+    ++visited;
+    if constexpr (kEmit) {
+      x[node] = Real(0);
+      v /= graph.pivot[node];
+      const Index image = graph.image[node];
+      out_[image] = v;
+      emitted_[num_emitted_++] = image;
     }
-  }
-  history.record(given, visited, length);
-}
-
-template <class Real>
-void LuSolve<Real>::solve_l_transposed(const LuFactors<Real>& factors, Real* x) {
-  const auto length = static_cast<Index>(factors.l_row_order.size());
-  if (length > 0 && count_ > 0) {
-    const Graph graph{factors.l_row.data(), factors.l_row_index.data(), factors.l_row_value.data()};
-    LuDensityHistory& history = history_[kBtranL];
-    const Index given = count_;
-    Index visited = 0;
-    if (history.predicts_sparse(given, length)) {
-      visited = unit_sparse(graph, x);
-    } else {
-      work_ += length / kNodesPerUnit;
-      for (Index k = length - 1; k >= 0; --k) {
-        const Index row = factors.l_row_order[k];
-        const Real v = x[row];
-        if (is_tiny(v)) continue;
-        ++visited;
-        const LuRange range = graph.range[row];
-        work_ += range.length();
-        for (Index e = range.begin; e < range.end; ++e) add(x, graph.index[e], -v * graph.value[e]);
+    const LuRange range = graph.range[node];
+    touched += range.length();
+    for (Index e = range.begin; e < range.end; ++e) {
+      const Index i = graph.index[e];
+      const Real old = x[i];
+      const Real sum = old - v * graph.value[e];
+      if constexpr (kTracked) {
+        if (old == Real(0)) list[count++] = i;
+        x[i] = sum != Real(0) ? sum : LuTraits<Real>::kPlaceholder;
+      } else {
+        x[i] = sum;
       }
     }
-    history.record(given, visited, length);
   }
-  drop_tiny(x);
+  count_ = count;
+  work_ += touched;
+  return visited;
 }
 
+// Emits what a sweep left: nodes without successors, and tiny values.
 template <class Real>
-void LuSolve<Real>::drop_tiny(Real* x) {
-  Index kept = 0;
-  for (Index k = 0; k < count_; ++k) {
-    const Index i = list_[k];
-    if (!is_tiny(x[i])) {
-      list_[kept++] = i;
-    } else {
-      x[i] = Real(0);
-    }
-  }
-  count_ = kept;
-}
-
-template <class Real>
-void LuSolve<Real>::apply_etas(const LuFactors<Real>& factors, Real* x) {
-  const Index* index = factors.space.index();
-  const Real* value = factors.space.value();
-  for (const LuRowEta& eta : factors.etas) {
-    Real sum = 0;
-    for (Index e = eta.range.begin; e < eta.range.end; ++e) sum += value[e] * x[index[e]];
-    if (!is_tiny(sum)) add(x, eta.row, -sum);
-    work_ += eta.range.length();
-  }
-}
-
-template <class Real>
-void LuSolve<Real>::apply_etas_transposed(const LuFactors<Real>& factors, Real* x) {
-  const Index* index = factors.space.index();
-  const Real* value = factors.space.value();
-  for (auto eta = factors.etas.rbegin(); eta != factors.etas.rend(); ++eta) {
-    const Real v = x[eta->row];
+template <bool kTracked>
+void LuSolve<Real>::emit_leaves(const Graph& graph, Real* x) {
+  const Index count = kTracked ? count_ : m_;
+  for (Index k = 0; k < count; ++k) {
+    const Index node = kTracked ? list_[k] : k;
+    const Real v = x[node];
+    if (v == Real(0)) continue;
+    x[node] = Real(0);
     if (is_tiny(v)) continue;
-    work_ += eta->range.length();
-    for (Index e = eta->range.begin; e < eta->range.end; ++e) add(x, index[e], -v * value[e]);
+    const Index image = graph.image[node];
+    out_[image] = v / graph.pivot[node];
+    emitted_[num_emitted_++] = image;
   }
-  work_ += static_cast<Offset>(factors.etas.size()) / kNodesPerUnit;
-}
-
-// One step of a solve with U: emits the value of a node and takes it out of the nodes it points at.
-template <class Real>
-inline void LuSolve<Real>::eliminate(const Graph& graph, Index node, Index image, Real pivot, Real* x) {
-  Real v = x[node];
-  x[node] = Real(0);
-  if (is_tiny(v)) return;
-  v /= pivot;
-  out_[image] = v;
-  list_[count_++] = image;
-  const LuRange range = graph.range[node];
-  for (Index e = range.begin; e < range.end; ++e) x[graph.index[e]] -= v * graph.value[e];
-}
-
-template <class Real>
-template <bool kTransposed>
-void LuSolve<Real>::solve_u(const LuFactors<Real>& factors, Real* x, LuDensityHistory& history) {
-  if (count_ == 0) return;
-  const Graph graph = kTransposed ? Graph{factors.u_row.ranges(), factors.u_row.index(), factors.u_row.value()}
-                                  : Graph{factors.u_col.data(), factors.space.index(), factors.space.value()};
-  const Index given = count_;
-  if (history.predicts_sparse(given, m_)) {
-    const Real* pivot = (kTransposed ? factors.pivot_of_pos : factors.pivot_of_row).data();
-    const Index* image = (kTransposed ? factors.row_of_pos : factors.pos_of_row).data();
-    const Index top = reach(graph);
-    count_ = 0;
-    for (Index k = top; k < m_; ++k) {
-      const Index node = reached_[k];
-      mark_[node] = 0;
-      eliminate(graph, node, image[node], pivot[node], x);
-    }
-  } else {
-    count_ = 0;
-    solve_u_plain<kTransposed>(factors, graph, x);
-  }
-  history.record(given, count_, m_);
-}
-
-template <class Real>
-template <bool kTransposed>
-void LuSolve<Real>::solve_u_plain(const LuFactors<Real>& factors, const Graph& graph, Real* x) {
-  const auto length = static_cast<Index>(factors.order.size());
-  work_ += length / kNodesPerUnit;
-  for (Index step = 0; step < length; ++step) {
-    const Index row = factors.order[kTransposed ? step : length - 1 - step];
-    if (row < 0) continue;
-    const Index pos = factors.pos_of_row[row];
-    const Index node = kTransposed ? pos : row;
-    if (x[node] == Real(0)) continue;
-    work_ += graph.range[node].length();
-    eliminate(graph, node, kTransposed ? row : pos, factors.pivot_of_row[row], x);
-  }
+  work_ += count / kNodesPerUnit;
 }
 
 template class LuSolve<double>;

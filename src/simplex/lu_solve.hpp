@@ -1,12 +1,14 @@
-// Solves with the factors of a basis. Each triangular stage takes one of two paths: the hypersparse one finds the
-// reachable entries by depth-first search before any arithmetic, so that its cost depends on the nonzeros touched only;
-// the plain one loops over the elimination order and skips zeros. The choice is by predicted density of the result.
-//   Shapes   all vectors have length m. Work arrays are zero between calls.
-//   Source   J. Gilbert, T. Peierls, SIAM J. Sci. Stat. Comput. 9 (1988) 862-874; J. Hall, K. McKinnon, Comput. Optim.
+// Solves with the factors of a basis. Each triangular stage takes one of three paths by predicted density:
+//   search     depth-first search for the reachable entries before any arithmetic: cost depends on the nonzeros
+//   touched; tracked    a loop over the nodes with entries, in elimination order, that skips zeros and lists every new
+//   nonzero; untracked  the same without lists, for results that are dense anyway. Shapes   all vectors have length m.
+//   Work arrays are zero between calls. Source   J. Gilbert, T. Peierls, SIAM J. Sci. Stat. Comput. 9 (1988) 862-874;
+//   J. Hall, K. McKinnon, Comput. Optim.
 //            Appl. 32 (2005) 259-283.
 #pragma once
 
 #include <array>
+#include <bit>
 #include <vector>
 
 #include "base/types.hpp"
@@ -20,21 +22,17 @@ template <class Real>
 struct LuEntries {
   std::vector<Index> index;
   std::vector<Real> value;
-
-  void clear() {
-    index.clear();
-    value.clear();
-  }
 };
 
-// Running mean of the share of its nodes that a stage visits, kept apart by the magnitude of the count of its input:
-// right-hand sides of different origin rarely have similar counts.
+// Running means of a share (of nodes visited, of nonzeros in the result), kept apart by the magnitude of the count of
+// the right-hand side: vectors of different origin rarely have similar counts.
 class LuDensityHistory {
  public:
-  [[nodiscard]] bool predicts_sparse(Index count, Index length) const;
-  void record(Index count, Index visited, Index length);
+  [[nodiscard]] float mean(Index count) const { return mean_[bucket(count)]; }
+  void record(Index count, Index part, Index whole);
 
  private:
+  [[nodiscard]] static int bucket(Index count) { return std::bit_width(static_cast<std::uint32_t>(count)); }
   std::array<float, 33> mean_{};
 };
 
@@ -54,43 +52,65 @@ class LuSolve {
   [[nodiscard]] Offset work() const { return work_; }
 
  private:
-  // One triangular matrix as a graph: node i points at index[range[i]].
+  // One triangular matrix: node i points at index[range[i]]. A solve with U divides by the pivots, drains the vector to
+  // zero and emits into out_ under the image of each node; a solve with L (pivot and image null) works in place.
   struct Graph {
     const LuRange* range;
     const Index* index;
     const Real* value;
+    const Real* pivot;
+    const Index* image;
   };
-  enum Stage { kFtranL, kFtranU, kFtranLSaved, kFtranUSaved, kBtranU, kBtranL, kNumStages };
+  // Nodes in the order of a plain loop; an entry < 0 is void.
+  struct Sequence {
+    const Index* first;
+    Index length;
+    Index stride;
+  };
+  enum Kind { kFtran, kFtranSaved, kBtran, kNumKinds };
+  struct Histories {
+    LuDensityHistory l, u, result;
+  };
 
-  // The vector in flight: list_[0..count_) holds exactly the positions of its nonzeros.
   void adopt(const Scattered<Real>& x);
   void release(Scattered<Real>& x) const;
-  void add(Real* x, Index i, Real change);
+  void collect(Real* x);
   void drop_tiny(Real* x);
   void save(const Real* x, LuEntries<Real>& entries) const;
 
-  void solve_l(const LuFactors<Real>& factors, Real* x, LuDensityHistory& history);
-  void solve_l_transposed(const LuFactors<Real>& factors, Real* x);
-  Index unit_sparse(const Graph& graph, Real* x);
+  static Graph l_graph(const LuFactors<Real>& factors);
+  static Graph l_transposed_graph(const LuFactors<Real>& factors);
+  static Graph u_graph(const LuFactors<Real>& factors);
+  static Graph u_transposed_graph(const LuFactors<Real>& factors);
+
+  void add(Real* x, Index i, Real change);
   void apply_etas(const LuFactors<Real>& factors, Real* x);
   void apply_etas_transposed(const LuFactors<Real>& factors, Real* x);
-  // x is drained to zero, the result arrives in out_.
-  template <bool kTransposed>
-  void solve_u(const LuFactors<Real>& factors, Real* x, LuDensityHistory& history);
-  template <bool kTransposed>
-  void solve_u_plain(const LuFactors<Real>& factors, const Graph& graph, Real* x);
-  void eliminate(const Graph& graph, Index node, Index image, Real pivot, Real* x);
+  void solve_l(const Graph& graph, Sequence nodes, Real* x, LuDensityHistory& history);
+  void solve_u(const Graph& graph, Sequence nodes, Sequence tail, Real* x, LuDensityHistory& history);
+  [[nodiscard]] bool choose_search(const LuDensityHistory& history, Index length) const;
+
   Index reach(const Graph& graph);
+  template <bool kEmit>
+  Index search(const Graph& graph, Real* x);
+  template <bool kEmit, bool kTracked>
+  Index sweep(const Graph& graph, Sequence nodes, Real* x);
+  template <bool kTracked>
+  void emit_leaves(const Graph& graph, Real* x);
 
   Index m_ = 0;
+  Index given_ = 0;      // nonzeros of the right-hand side of the present solve
+  bool tracked_ = true;  // list_[0..count_) holds exactly the positions of the nonzeros of the vector in flight
   Index count_ = 0;
   std::vector<Index> list_;
+  Index num_emitted_ = 0;
+  std::vector<Index> emitted_;  // images with a value in out_
   std::vector<Real> out_;       // receives the result of a solve with U, in the other space
   std::vector<Real> unit_;      // right-hand side of unit_row()
   std::vector<Index> reached_;  // in topological order, filled from the back
   std::vector<char> mark_;
   std::vector<Index> stack_, stack_slot_;
-  std::array<LuDensityHistory, kNumStages> history_;
+  std::array<Histories, kNumKinds> histories_;
   Offset work_ = 0;
 };
 

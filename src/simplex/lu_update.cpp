@@ -27,9 +27,7 @@ LuUpdateStatus LuUpdate<Real>::run(LuFactors<Real>& factors, Index position, Rea
   insert_spike(factors, row, position, spike);
   factors.pivot_of_row[row] = pivot;
   factors.pivot_of_pos[position] = pivot;
-  factors.order[factors.order_at[row]] = -1;
-  factors.order_at[row] = static_cast<Index>(factors.order.size());
-  factors.order.push_back(row);
+  move_to_end(factors, row, position);
   return LuUpdateStatus::kOk;
 }
 
@@ -102,10 +100,28 @@ void LuUpdate<Real>::insert_spike(LuFactors<Real>& factors, Index row, Index pos
     if (i == row || abs(spike.value[k]) <= LuTraits<Real>::kTiny) continue;
     space.index()[slot] = i;
     space.value()[slot++] = spike.value[k];
-    factors.u_row.push(factors.pos_of_row[i], position, spike.value[k]);
+    const Index other = factors.pos_of_row[i];
+    factors.u_row.push(other, position, spike.value[k]);
+    if (factors.u_row_place[other] == LuFactors<Real>::kUnlisted) {
+      factors.u_row_place[other] = static_cast<Index>(factors.u_row_order.size());
+      factors.u_row_order.push_back(other);
+    }
   }
   factors.u_nonzeros += count;
   work_ += 2 * count;
+}
+
+template <class Real>
+void LuUpdate<Real>::move_to_end(LuFactors<Real>& factors, Index row, Index position) {
+  Index& place = factors.u_row_place[position];
+  if (place >= factors.m) {
+    factors.u_row_tail[place - factors.m] = -1;
+  } else if (place != LuFactors<Real>::kUnlisted) {
+    factors.u_row_order[place] = -1;
+  }
+  place = factors.m + static_cast<Index>(factors.u_row_tail.size());
+  factors.u_row_tail.push_back(position);
+  factors.u_col_order.push_back(row);
 }
 
 template class LuUpdate<double>;

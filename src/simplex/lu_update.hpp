@@ -27,6 +27,7 @@ class LuUpdate {
   void store_eta(LuFactors<Real>& factors, Index row, const LuEntries<Real>& unit_row);
   void remove_old(LuFactors<Real>& factors, Index row, Index position);
   void insert_spike(LuFactors<Real>& factors, Index row, Index position, const LuEntries<Real>& spike);
+  void move_to_end(LuFactors<Real>& factors, Index row, Index position);
 
   std::vector<Real> work_vector_;  // by row, zero between calls
   Offset work_ = 0;
