@@ -129,43 +129,92 @@ ZLP_EXPORT int ZLPresetparams(ZLPenv* env);
 ZLP_EXPORT int ZLPreadparams(ZLPenv* env, const char* filename);
 ZLP_EXPORT int ZLPwriteparams(ZLPenv* env, const char* filename);
 
-/* --- building and changing models --- */
+/* --- building and changing models ---
+ * Edits are queued. Until the update every index counts the objects of the stored model first, then those added since,
+ * in the order they were added, whatever is marked for deletion: a row may use a column that was just added. At the
+ * update coefficient changes come after additions, deletions last. A failing call queues nothing, except that marks set
+ * by a deletion before its first bad index stay. An update that changes more than names discards the solution; a basis
+ * is kept for a warm start as long as it fits (added rows basic, added columns nonbasic).
+ *
+ * Lists of nonzeros: vector k has the entries beg[k] .. beg[k + 1] - 1, the last one up to num_nz - 1; beg may be null
+ * when num_nz is 0. An index named twice in one vector is refused (10018); zero values are left out. Objective,
+ * right-hand sides and coefficients must be finite, bounds may be infinite; neither may be NaN (10003). Lower bounds
+ * below -1e20 are stored as -1e30, upper bounds from 1e20 on as 1e30. Names may be null (unnamed) and have at most 255
+ * characters (10003). Null column arrays mean: objective 0, lower bound 0, upper bound infinite, type 'C', no names.
+ * Negative counts: 10003, where not said otherwise; missing arrays: 10002; indices out of range: 10006. */
+
+/* A model with num_vars columns and no rows, with a copy of the environment's parameters. *model is null on failure. */
 ZLP_EXPORT int ZLPnewmodel(ZLPenv* env, ZLPmodel** model, const char* name, int num_vars, const double* obj,
                            const double* lb, const double* ub, const char* vtype, const char* const* var_names);
+/* A whole model. Column j has the entries vbeg[j] .. vbeg[j] + vlen[j] - 1 of vind (rows) and vval; a null vlen means
+ * that vbeg has num_vars + 1 entries and each column ends where the next begins; a null vbeg means no entries.
+ * obj_sense is 1 or -1. sense is required when there are rows; a null rhs means zeros. */
 ZLP_EXPORT int ZLPloadmodel(ZLPenv* env, ZLPmodel** model, const char* name, int num_vars, int num_constrs,
                             int obj_sense, double obj_con, const double* obj, const char* sense, const double* rhs,
                             const int* vbeg, const int* vlen, const int* vind, const double* vval, const double* lb,
                             const double* ub, const char* vtype, const char* const* var_names,
                             const char* const* constr_names);
+/* One column, or num_vars columns: nonzeros by row index, objective, bounds, type, name. */
 ZLP_EXPORT int ZLPaddvar(ZLPmodel* model, int num_nz, const int* vind, const double* vval, double obj, double lb,
                          double ub, char vtype, const char* name);
 ZLP_EXPORT int ZLPaddvars(ZLPmodel* model, int num_vars, int num_nz, const int* vbeg, const int* vind,
                           const double* vval, const double* obj, const double* lb, const double* ub, const char* vtype,
                           const char* const* names);
+/* One row, or num_constrs rows: nonzeros by column index, sense '<', '>' or '=', right-hand side (null array: zeros),
+ * name. The array of senses is required. */
 ZLP_EXPORT int ZLPaddconstr(ZLPmodel* model, int num_nz, const int* cind, const double* cval, char sense, double rhs,
                             const char* name);
 ZLP_EXPORT int ZLPaddconstrs(ZLPmodel* model, int num_constrs, int num_nz, const int* cbeg, const int* cind,
                              const double* cval, const char* sense, const double* rhs, const char* const* names);
+/* Rows lower <= a'x <= upper; lower above upper is refused (10003). Equal sides make an equality, an infinite side a
+ * one-sided row. A true range row reads as sense '<' with its upper side as right-hand side; writing RHS moves it
+ * as a whole, writing Sense makes it one-sided. */
 ZLP_EXPORT int ZLPaddrangeconstr(ZLPmodel* model, int num_nz, const int* cind, const double* cval, double lower,
                                  double upper, const char* name);
 ZLP_EXPORT int ZLPaddrangeconstrs(ZLPmodel* model, int num_constrs, int num_nz, const int* cbeg, const int* cind,
                                   const double* cval, const double* lower, const double* upper,
                                   const char* const* names);
+/* num_sos sets: type 1 or 2, members (columns, each once in a set) and weights, which give their order. A null weight
+ * array means 1, 2, 3, ... in every set. Deleting a column removes it from its sets. */
 ZLP_EXPORT int ZLPaddsos(ZLPmodel* model, int num_sos, int num_members, const int* types, const int* beg,
                          const int* ind, const double* weight);
+/* Adds 1/2 * qval[k] * x[qrow[k]] * x[qcol[k]] to the objective for every k: the terms are the entries of Q in 1/2
+ * x'Qx, of which only the symmetric part counts. Terms add up and are kept in order; zeros are left out. */
 ZLP_EXPORT int ZLPaddqpterms(ZLPmodel* model, int num_terms, const int* qrow, const int* qcol, const double* qval);
+/* Sets coefficients: rows cind, columns vind. The last change of a coefficient wins; 0 removes it. A count of 0 or less
+ * does nothing. */
 ZLP_EXPORT int ZLPchgcoeffs(ZLPmodel* model, int num_changes, const int* cind, const int* vind, const double* val);
+/* Deletion at the next update, by index in the stored model; naming one twice is no error. A count of 0 or less does
+ * nothing. ZLPdelq removes all quadratic terms, stored and queued. */
 ZLP_EXPORT int ZLPdelvars(ZLPmodel* model, int num, const int* ind);
 ZLP_EXPORT int ZLPdelconstrs(ZLPmodel* model, int num, const int* ind);
 ZLP_EXPORT int ZLPdelsos(ZLPmodel* model, int num, const int* ind);
 ZLP_EXPORT int ZLPdelq(ZLPmodel* model);
+/* Applies the queued edits. */
 ZLP_EXPORT int ZLPupdatemodel(ZLPmodel* model);
+/* Discards solution, basis and search state; keeps data, queued edits, Start and BranchPriority. */
 ZLP_EXPORT int ZLPresetmodel(ZLPmodel* model);
+/* Frees the model and its environment record, also after the environment it was made from. 10017 while optimizing. */
 ZLP_EXPORT int ZLPfreemodel(ZLPmodel* model);
+/* 0 and a cleared error text for a usable model; 10002 null, 10003 not a live model or its environment is gone, 10017
+ * optimization in progress. Every other call on a model begins with the same check. */
 ZLP_EXPORT int ZLPcheckmodel(ZLPmodel* model);
 
-/* --- attributes --- */
+/* --- attributes ---
+ * Names match in any case, and with underscores anywhere but in front. Access by element, by range of `count` objects
+ * from `first` on, or by a list of `count` indices; a count of 0 succeeds before any other check. Strings read belong
+ * to the library and last until the next update. Errors: 10004 unknown name, wrong type, wrong shape or not settable;
+ * 10005 the value does not exist now; 10006 index; 10002 null values. Writes of ModelName, ModelSense, ObjCon, LB, UB,
+ * Obj, VType, VarName, RHS, Sense and ConstrName are queued edits, seen after the next update. Start, BranchPriority,
+ * VBasis, CBasis, VDualNorm and CDualNorm take effect at once; the first status written to a model without a basis
+ * starts from the slack basis. Signs: Slack = RHS - a'x; Pi is the change of the objective per unit of RHS and RC = Obj
+ * - A'Pi, both in the sense the user optimizes. A quality measure's ...Index is -1 when nothing is violated; dual
+ * violations of slacks count from NumVars on. Unnamed objects read as "C%07d" or "R%07d". */
+
+/* type: 0 char, 1 int, 2 double, 3 string; kind: 0 model, 1 variable, 2 constraint, 3 SOS; settable: 0 or 1. Null
+ * results are skipped. */
 ZLP_EXPORT int ZLPgetattrinfo(ZLPmodel* model, const char* name, int* type, int* kind, int* settable);
+/* 1 when reading the attribute would succeed now, else 0, also for unknown names and unusable models. */
 ZLP_EXPORT int ZLPisattravailable(ZLPmodel* model, const char* name);
 ZLP_EXPORT int ZLPgetintattr(ZLPmodel* model, const char* name, int* value);
 ZLP_EXPORT int ZLPgetdblattr(ZLPmodel* model, const char* name, double* value);
@@ -200,7 +249,12 @@ ZLP_EXPORT int ZLPsetstrattrlist(ZLPmodel* model, const char* name, int count, c
                                  const char* const* values);
 
 /* --- queries --- */
+
+/* The coefficient of one row and column, 0 where there is none. */
 ZLP_EXPORT int ZLPgetcoeff(ZLPmodel* model, int constr, int var, double* value);
+/* num vectors (columns, rows or sets) from first on; the range must not be empty. The count of entries is always
+ * stored; with any of the arrays null that is all, to size them for a second call. beg gets num positions, counted from
+ * 0. */
 ZLP_EXPORT int ZLPgetvars(ZLPmodel* model, int* num_nz, int* vbeg, int* vind, double* vval, int first, int num);
 ZLP_EXPORT int ZLPgetconstrs(ZLPmodel* model, int* num_nz, int* cbeg, int* cind, double* cval, int first, int num);
 /* Sides of rows first .. first + num - 1 in the signs they were given: lower <= a'x <= upper, -1e30 or 1e30 where there
@@ -208,6 +262,7 @@ ZLP_EXPORT int ZLPgetconstrs(ZLPmodel* model, int* num_nz, int* cbeg, int* cind,
 ZLP_EXPORT int ZLPgetconstrsides(ZLPmodel* model, double* lower, double* upper, int first, int num);
 ZLP_EXPORT int ZLPgetsos(ZLPmodel* model, int* num_members, int* types, int* beg, int* ind, double* weight, int first,
                          int num);
+/* All quadratic terms in stored order, with the meaning of ZLPaddqpterms. Sizing as above. */
 ZLP_EXPORT int ZLPgetq(ZLPmodel* model, int* num_terms, int* qrow, int* qcol, double* qval);
 
 /* --- files --- */
