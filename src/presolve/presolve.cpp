@@ -54,10 +54,14 @@ bool Presolve::State::out_of_work() {
 Outcome Presolve::State::apply(Trigger trigger, Index target) {
   const int level = options.level < 0 ? 1 : options.level;
   bool changed = false;
-  for (const Reduction* reduction : reduction_registry()) {
+  const auto registry = reduction_registry();
+  for (std::size_t k = 0; k < registry.size(); ++k) {
+    const Reduction* reduction = registry[k];
     if (reduction->trigger != trigger || reduction->min_level > level) continue;
     if (reduction->dual && !options.dual_reductions) continue;
+    if (!options.only.empty() && options.only != reduction->name) continue;
     const Outcome outcome = reduction->find(*model, target, *changes);
+    if (outcome != Outcome::kNone) ++statistics.applied[k].count;
     if (outcome == Outcome::kInfeasible || outcome == Outcome::kUnbounded) return outcome;
     changed = changed || outcome == Outcome::kChanged;
     if (trigger == Trigger::kRow && !model->row_alive[target]) break;
@@ -130,6 +134,7 @@ bool Presolve::State::bounds_make_sense() {
 PresolveOutcome Presolve::State::run(const StopToken& stop) {
   model = std::make_unique<PresolveModel>(original, options);
   changes = std::make_unique<Changes>(*model);
+  for (const Reduction* reduction : reduction_registry()) statistics.applied.push_back({reduction->name, 0});
   if (!bounds_make_sense()) {
     build_proof();
     return PresolveOutcome::kInfeasible;
@@ -258,7 +263,11 @@ void Presolve::State::build_proof() {
   for (const auto& [row, multiplier] : changes->proof()) {
     point.pi[row] = multiplier;
     point.row_status[row] = side_of_sign(multiplier);
-    for (const auto& entry : model->matrix.row(row)) point.reduced_cost[entry.col] -= entry.value * multiplier;
+    for (const auto& entry : model->matrix.row(row)) {
+      const double term = entry.value * multiplier;
+      double& d = point.reduced_cost[entry.col];
+      d = std::abs(d - term) <= PresolveTolerances::kCancel * std::abs(term) ? 0 : d - term;
+    }
   }
   for (Index col = 0; col < original.num_cols(); ++col) {
     if (point.reduced_cost[col] != 0) point.col_status[col] = side_of_sign(point.reduced_cost[col]);

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <memory>
+#include <string_view>
 #include <vector>
 
 #include "base/log_sink.hpp"
@@ -19,6 +20,7 @@ struct PresolveOptions {
   double primal_feasibility_tol = 1e-6;
   double dual_feasibility_tol = 1e-6;
   bool dual_reductions = true;  // reductions that keep only some optimal solutions
+  std::string_view only;        // name of the one reduction to run; empty for all
 };
 
 // A primal-dual point with basis, in the space of whichever model it belongs to. Signs as in LpPoint.
@@ -27,17 +29,23 @@ struct PresolvePoint {
   Basis basis;  // statuses only; head and norm are dropped on the way back
 };
 
+struct ReductionCount {
+  const char* name;
+  Offset count;  // times it changed or decided the model
+};
+
 struct PresolveStatistics {
   Index rows_removed = 0;
   Index cols_removed = 0;
   Offset nonzeros_removed = 0;
   int passes = 0;
+  std::vector<ReductionCount> applied;  // in the order in which reductions are tried
 };
 
 enum class PresolveOutcome {
   kReduced,     // reduced() is to be solved (possibly unchanged)
   kAllRemoved,  // reduced() has neither rows nor columns: postsolve an empty point
-  kInfeasible,  // proven on the original data
+  kInfeasible,  // proven on the original data when farkas() is not empty, else infeasible or unbounded
   kUnbounded,   // a feasible point is still needed: the ray exists, feasibility is not known
   kStopped,     // the stop token fired
 };

@@ -79,11 +79,13 @@ static void undo(UndoReader& record, PostsolvePoint& point) {
       binding_side = (a > 0) == (direction < 0) ? BasisStatus::kAtUpper : BasisStatus::kAtLower;
     }
   }
-  if (!std::isfinite(value)) value = 0;  // no row and no bound: cannot be, a row has a side
+  const bool stopped = std::isfinite(value);
+  if (!stopped) value = 0;
   for (const auto& [row, a] : own) point.activity[row] += Extended(a) * value;
   point.x[col] = value;
   point.reduced_cost[col] = 0;
   point.col_status[col] = direction < 0 ? BasisStatus::kAtUpper : BasisStatus::kAtLower;
+  if (!stopped) point.col_status[col] = BasisStatus::kNonbasicFree;
   if (binding >= 0) {
     point.col_status[col] = BasisStatus::kBasic;
     point.row_status[binding] = binding_side;

@@ -45,6 +45,7 @@ void expect_optimal(const LpData& lp, const PresolvePoint& point, double objecti
 
 struct Tally {
   int optimal = 0, infeasible = 0, proofs = 0, unbounded = 0, all_removed = 0;
+  Offset applied = 0;
   Index rows = 0, cols = 0, rows_removed = 0, cols_removed = 0;
 };
 
@@ -54,11 +55,15 @@ void check_against_oracle(const LpData& lp, const PresolveOptions& options, Tall
   const DenseLpResult expected = oracle::solve_dense_lp(lp);
   Presolve presolve(lp, options);
   const PresolveOutcome outcome = presolve.run(StopToken());
+  for (const ReductionCount& reduction : presolve.statistics().applied) tally.applied += reduction.count;
   if (outcome == PresolveOutcome::kInfeasible) {
     ++tally.infeasible;
-    EXPECT_EQ(expected.status, SolveStatus::kInfeasible);
-    if (presolve.farkas().empty()) return;
+    if (presolve.farkas().empty() && options.dual_reductions) {
+      EXPECT_NE(expected.status, SolveStatus::kOptimal);
+      return;
+    }
     ++tally.proofs;
+    EXPECT_EQ(expected.status, SolveStatus::kInfeasible);
     EXPECT_GT(farkas_gap(view_of(lp), presolve.farkas(), 1e-9), 0);
     return;
   }
@@ -86,6 +91,26 @@ void check_against_oracle(const LpData& lp, const PresolveOptions& options, Tall
   expect_optimal(lp, presolve.postsolve(point_of(result)), expected.objective);
 }
 
+// Every reduction on its own, and again with the others: each must do something, and do it right.
+TEST(Presolve, EveryReductionRoundTripsAlone) {
+  LpData empty;
+  Presolve probe(empty, {});
+  ASSERT_EQ(probe.run(StopToken()), PresolveOutcome::kAllRemoved);
+  for (const ReductionCount& reduction : probe.statistics().applied) {
+    SCOPED_TRACE(reduction.name);
+    RandomStream random(11, reduction.name);
+    Tally tally;
+    PresolveOptions options;
+    options.only = reduction.name;
+    for (int trial = 0; trial < 1500; ++trial) {
+      SCOPED_TRACE(trial);
+      check_against_oracle(oracle::random_lp(random, {8, 10, 0.3, 0.9}), options, tally);
+      if (HasFailure()) FAIL() << "stopped at the first failing trial";
+    }
+    EXPECT_GT(tally.applied, 50);
+  }
+}
+
 struct RandomCase {
   const char* name;
   oracle::RandomLpShape shape;
@@ -104,12 +129,12 @@ TEST_P(PresolveRandom, AgreesWithOracle) {
     options.dual_reductions = trial % 4 != 0;
     options.level = trial % 3 == 0 ? 2 : -1;
     check_against_oracle(random_lp(random, parameters.shape), options, tally);
-    if (HasFatalFailure() || HasNonfatalFailure()) {
+    if (HasFailure()) {
       FAIL() << "stopped at the first failing trial";
     }
   }
   EXPECT_GT(tally.optimal, parameters.trials / 4);
-  EXPECT_EQ(tally.proofs, tally.infeasible);
+  EXPECT_GT(tally.proofs, 0.8 * tally.infeasible);
   RecordProperty("rows_removed_percent", 100 * tally.rows_removed / std::max<Index>(1, tally.rows));
   RecordProperty("cols_removed_percent", 100 * tally.cols_removed / std::max<Index>(1, tally.cols));
   if (std::getenv("PRESOLVE_VERBOSE") != nullptr) {
