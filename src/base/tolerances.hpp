@@ -21,7 +21,7 @@ inline constexpr double kReportMinObjective = 1e-6;
 struct PresolveTolerances {
   // Pivots smaller than this share of the largest entry of their row or column are not substituted on: what the solve
   // leaves of infeasibility would grow by the inverse in the substituted column or row.
-  static constexpr double kPivotShare = 1e-2;
+  static constexpr double kPivotShare = 1e-3;
   // Sums that cancel to below this share of what was added become zero.
   static constexpr double kCancel = 1e-12;
   // Terms this large count as infinite in row activities: a unit in the last place of a running sum with such a term

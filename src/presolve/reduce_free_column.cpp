@@ -10,8 +10,8 @@
 
 namespace zorvex {
 
-constexpr Index kMaxColumnLength = 4;
-constexpr Index kMaxFill = 4;  // entries that an elimination may add, at worst
+constexpr Index kMaxColumnLength = 6;
+constexpr Index kMaxFill = 10;  // entries that an elimination may add, at worst
 
 // Largest number of entries that may be more after eliminating a column of `col_length` by a row of `row_length`.
 static Index worst_fill(Index row_length, Index col_length) {
