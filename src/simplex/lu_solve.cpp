@@ -51,13 +51,10 @@ void LuSolve<Real>::ftran(const LuFactors<Real>& factors, Scattered<Real>& x, Lu
     return;
   }
   tracked_ = history.result.mean(given_) <= kUntracked;
-  solve_l(l_graph(factors), {factors.l_order.data(), static_cast<Index>(factors.l_order.size()), 1}, x.value.data(),
-          history.l);
+  solve_l(l_graph(factors), {&factors.l_order, false}, x.value.data(), history.l);
   apply_etas(factors, x.value.data());
   if (partial != nullptr) save(x.value.data(), *partial);
-  const auto length = static_cast<Index>(factors.u_col_order.size());
-  solve_u(u_graph(factors), {factors.u_col_order.data() + length - 1, length, -1}, {nullptr, 0, 1}, x.value.data(),
-          history.u);
+  solve_u(u_graph(factors), {&factors.u_col_order, true}, nullptr, x.value.data(), history.u);
   x.value.swap(out_);
   history.result.record(given_, count_, m_);
   release(x);
@@ -73,15 +70,12 @@ void LuSolve<Real>::btran(const LuFactors<Real>& factors, Scattered<Real>& y, Lu
     return;
   }
   tracked_ = history.result.mean(given_) <= kUntracked;
-  solve_u(u_transposed_graph(factors), {factors.u_row_order.data(), static_cast<Index>(factors.u_row_order.size()), 1},
-          {factors.u_row_tail.data(), static_cast<Index>(factors.u_row_tail.size()), 1}, y.value.data(), history.u);
+  solve_u(u_transposed_graph(factors), {&factors.u_row_order, false}, &factors.u_row_tail, y.value.data(), history.u);
   y.value.swap(out_);
   if (partial != nullptr) save(y.value.data(), *partial);
   tracked_ = history.result.mean(given_) <= kUntracked;
   apply_etas_transposed(factors, y.value.data());
-  const auto length = static_cast<Index>(factors.l_row_order.size());
-  solve_l(l_transposed_graph(factors), {factors.l_row_order.data() + length - 1, length, -1}, y.value.data(),
-          history.l);
+  solve_l(l_transposed_graph(factors), {&factors.l_row_order, true}, y.value.data(), history.l);
   tracked_ ? drop_tiny(y.value.data()) : collect(y.value.data());
   history.result.record(given_, count_, m_);
   release(y);
@@ -93,8 +87,7 @@ void LuSolve<Real>::unit_row(const LuFactors<Real>& factors, Index position, LuE
   list_[0] = position;
   given_ = count_ = 1;
   tracked_ = true;
-  solve_u(u_transposed_graph(factors), {factors.u_row_order.data(), static_cast<Index>(factors.u_row_order.size()), 1},
-          {factors.u_row_tail.data(), static_cast<Index>(factors.u_row_tail.size()), 1}, unit_.data(),
+  solve_u(u_transposed_graph(factors), {&factors.u_row_order, false}, &factors.u_row_tail, unit_.data(),
           histories_[kBtran].u);
   save(out_.data(), result);
   for (const Index row : result.index) out_[row] = Real(0);
@@ -232,29 +225,32 @@ bool LuSolve<Real>::choose_search(const LuDensityHistory& history, Index length)
 
 template <class Real>
 void LuSolve<Real>::solve_l(const Graph& graph, Sequence nodes, Real* x, LuDensityHistory& history) {
-  if (nodes.length == 0) return;
+  if (nodes.length() == 0) return;
   Index visited = 0;
-  if (choose_search(history, nodes.length)) {
+  if (choose_search(history, nodes.length())) {
     visited = search<false>(graph, x);
   } else {
     visited = tracked_ ? sweep<false, true>(graph, nodes, x) : sweep<false, false>(graph, nodes, x);
   }
-  history.record(given_, visited, nodes.length);
+  history.record(given_, visited, nodes.length());
 }
 
 // `tail` follows `nodes`. On return out_ holds the result and the list its nonzeros, tracked before or not.
 template <class Real>
-void LuSolve<Real>::solve_u(const Graph& graph, Sequence nodes, Sequence tail, Real* x, LuDensityHistory& history) {
+void LuSolve<Real>::solve_u(const Graph& graph, Sequence nodes, const std::vector<Index>* tail, Real* x,
+                            LuDensityHistory& history) {
   num_emitted_ = 0;
-  const Index length = nodes.length + tail.length;
+  const Index length = nodes.length() + (tail != nullptr ? static_cast<Index>(tail->size()) : 0);
   Index visited = 0;
   if (choose_search(history, length)) {
     visited = search<true>(graph, x);
   } else if (tracked_) {
-    visited = sweep<true, true>(graph, nodes, x) + sweep<true, true>(graph, tail, x);
+    visited = sweep<true, true>(graph, nodes, x);
+    if (tail != nullptr) visited += sweep<true, true>(graph, {tail, false}, x);
     emit_leaves<true>(graph, x);
   } else {
-    visited = sweep<true, false>(graph, nodes, x) + sweep<true, false>(graph, tail, x);
+    visited = sweep<true, false>(graph, nodes, x);
+    if (tail != nullptr) visited += sweep<true, false>(graph, {tail, false}, x);
     emit_leaves<false>(graph, x);
   }
   list_.swap(emitted_);
@@ -343,10 +339,13 @@ Index LuSolve<Real>::sweep(const Graph& graph, Sequence nodes, Real* x) {
   Index* list = list_.data();
   Index count = count_;
   Index visited = 0;
-  Offset touched = nodes.length / kNodesPerUnit;
-  const Index* next = nodes.first;
-  for (Index step = 0; step < nodes.length; ++step, next += nodes.stride) {
-    const Index node = *next;
+  const Index length = nodes.length();
+  Offset touched = length / kNodesPerUnit;
+  const Index* sequence = nodes.nodes->data();
+  const Index stride = nodes.backward ? -1 : 1;
+  Index place = nodes.backward ? length - 1 : 0;
+  for (Index step = 0; step < length; ++step, place += stride) {
+    const Index node = sequence[place];
     if (kEmit && node < 0) continue;
     Real v = x[node];
     if (is_tiny(v)) continue;

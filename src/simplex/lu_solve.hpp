@@ -61,11 +61,11 @@ class LuSolve {
     const Real* pivot;
     const Index* image;
   };
-  // Nodes in the order of a plain loop; an entry < 0 is void.
+  // Nodes of a plain loop, first to last or last to first; an entry < 0 is void.
   struct Sequence {
-    const Index* first;
-    Index length;
-    Index stride;
+    const std::vector<Index>* nodes;
+    bool backward;
+    [[nodiscard]] Index length() const { return static_cast<Index>(nodes->size()); }
   };
   enum Kind { kFtran, kFtranSaved, kBtran, kNumKinds };
   struct Histories {
@@ -87,7 +87,7 @@ class LuSolve {
   void apply_etas(const LuFactors<Real>& factors, Real* x);
   void apply_etas_transposed(const LuFactors<Real>& factors, Real* x);
   void solve_l(const Graph& graph, Sequence nodes, Real* x, LuDensityHistory& history);
-  void solve_u(const Graph& graph, Sequence nodes, Sequence tail, Real* x, LuDensityHistory& history);
+  void solve_u(const Graph& graph, Sequence nodes, const std::vector<Index>* tail, Real* x, LuDensityHistory& history);
   [[nodiscard]] bool choose_search(const LuDensityHistory& history, Index length) const;
 
   Index reach(const Graph& graph);
