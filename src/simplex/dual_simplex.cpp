@@ -12,9 +12,9 @@ constexpr double kFreeBox = 1000;             // bounds of free variables in the
 constexpr double kWeightDistrust = 0.25;      // a stored weight below this share of the exact one re-opens the choice
 constexpr int kMaxWeightCorrections = 10;     // choices re-opened in one iteration
 constexpr double kPerturbationUnit = 2.5e-3;  // perturbation = PerturbValue times this, relative to the cost scale
-constexpr double kLogicalPerturbation = 1e-12;
-constexpr double kExactWeightWork = 2e6;  // rows times nonzeros up to which weights of a foreign basis are exact
-constexpr int kMaxSmallPivots = 20;       // rejected rows before a rebuild
+constexpr int kStallLength = 50;              // degenerate dual steps in a row that bring on the perturbation
+constexpr double kExactWeightWork = 2e6;      // rows times nonzeros up to which weights of a foreign basis are exact
+constexpr int kMaxSmallPivots = 20;           // rejected rows before a rebuild
 }  // namespace
 
 template <class Real>
@@ -43,7 +43,7 @@ SimplexOutcome DualSimplex<Real>::run() {
     }
   }
   ensure_weights();
-  if (may_perturb_) perturb_costs();
+  if (may_perturb_ && !core_.has_basic_columns()) perturb_costs();
   core_.compute_duals();
   if (flip_to_dual_feasibility() > 0) {
     enter_phase1();
@@ -88,8 +88,7 @@ void DualSimplex<Real>::ensure_weights() {
   if (core_.weights_valid) return;
   core_.weights_valid = true;
   pricing_.reset_weights();
-  const bool slack = std::all_of(core_.head.begin(), core_.head.end(), [this](Index var) { return var >= core_.n; });
-  if (slack || pricing_.mode() != DualPricingMode::kSteepestEdge) return;
+  if (!core_.has_basic_columns() || pricing_.mode() != DualPricingMode::kSteepestEdge) return;
   const double cost = static_cast<double>(core_.m) * static_cast<double>(core_.lu.factor_nonzeros() + core_.m);
   if (options_.pricing == 3 || cost > kExactWeightWork) return;
   for (Index position = 0; position < core_.m; ++position) {
@@ -101,7 +100,8 @@ void DualSimplex<Real>::ensure_weights() {
 }
 
 // Costs move away from zero reduced cost on the side that keeps the variable dual feasible, by random amounts relative
-// to the size of the cost: ties of the dual ratio test disappear.
+// to the size of the cost: ties of the dual ratio test disappear. A cold start perturbs at once; a warm one, which
+// often needs a handful of iterations, when it stalls. Basic variables keep their costs, so that the duals stay.
 template <class Real>
 void DualSimplex<Real>::perturb_costs() {
   double largest = 0;
@@ -121,7 +121,7 @@ void DualSimplex<Real>::perturb_costs() {
     const Real up = core_.upper[var];
     const double c = std::abs(static_cast<double>(core_.cost[var]));
     const Real amount = Real((c + 1) * base * draw);
-    if (low == up || (!std::isfinite(low) && !std::isfinite(up))) continue;
+    if (low == up || (!std::isfinite(low) && !std::isfinite(up)) || core_.is_basic(var)) continue;
     if (!std::isfinite(up)) {
       core_.work_cost[var] += amount;
     } else if (!std::isfinite(low)) {
@@ -130,10 +130,8 @@ void DualSimplex<Real>::perturb_costs() {
       core_.work_cost[var] += core_.cost[var] >= 0 ? amount : -amount;
     }
   }
-  for (Index row = 0; row < core_.m; ++row) {
-    core_.work_cost[core_.n + row] += Real((0.5 - random.uniform()) * kLogicalPerturbation);
-  }
   costs_changed_ = true;
+  may_perturb_ = false;
 }
 
 template <class Real>
@@ -283,6 +281,11 @@ typename DualSimplex<Real>::Step DualSimplex<Real>::iterate() {
   if (core_.stop->stop_requested() || core_.iterations + core_.iteration_offset >= core_.iteration_limit) {
     return Step::kStopped;
   }
+  if (may_perturb_ && degenerate_steps_ > kStallLength) {
+    perturb_costs();
+    core_.compute_duals();
+    return Step::kRebuild;
+  }
   if (core_.log->due()) {
     core_.log->iteration(core_.iterations + core_.iteration_offset, static_cast<double>(dual_objective_),
                          static_cast<double>(core_.sum_primal_infeasibility()),
@@ -335,6 +338,7 @@ typename DualSimplex<Real>::Step DualSimplex<Real>::iterate() {
   const Real bound = leaving_above_ ? core_.basic_upper[position] : core_.basic_lower[position];
   const Real dual_step = core_.reduced_cost[choice.entering] / choice.alpha;
   dual_objective_ += dual_step * (core_.basic_value[position] - bound);
+  degenerate_steps_ = dual_step == 0 ? degenerate_steps_ + 1 : 0;
   update_duals(choice.entering, dual_step);
   const Real pivot_value = alpha_col_.value[position];
   const Real primal_step = (core_.basic_value[position] - bound) / pivot_value;

@@ -66,6 +66,7 @@ class DualSimplex {
   bool leaving_above_ = false;
   Index failed_position_ = -1;  // leaving row for which no entering variable was found
   int small_pivots_ = 0;
+  int degenerate_steps_ = 0;
 };
 
 }  // namespace zorvex

@@ -44,6 +44,11 @@ void SimplexCore<Real>::slack_basis() {
 }
 
 template <class Real>
+bool SimplexCore<Real>::has_basic_columns() const {
+  return std::any_of(head.begin(), head.end(), [this](Index var) { return var < n; });
+}
+
+template <class Real>
 void SimplexCore<Real>::begin_solve(double markowitz_tolerance) {
   markowitz = markowitz_tolerance;
   refactor_interval = std::max<Index>(20, static_cast<Index>(std::pow(static_cast<double>(m), 0.7)));

@@ -96,6 +96,7 @@ class SimplexCore {
 
   [[nodiscard]] Index num_vars() const { return n + m; }
   [[nodiscard]] bool is_basic(Index var) const { return where[var] >= 0; }
+  [[nodiscard]] bool has_basic_columns() const;
   [[nodiscard]] ColumnView<Real> columns() const {
     return {m, n, col_start.data(), row_index.data(), matrix_value.data()};
   }
