@@ -103,6 +103,7 @@ int create_model(ZLPenv* env, ModelData&& data, ZLPmodel** model) {
 void free_model(ZLPmodel* model) noexcept {
   if (model == nullptr || model->magic.load() != kModelMagic) return;
   model->magic.store(0);
+  discard_results(*model, false);  // a kept search may still refer to the environment
   free_environment(model->env);
   model->env = nullptr;
   model->in_progress = 0;
@@ -110,7 +111,6 @@ void free_model(ZLPmodel* model) noexcept {
   model->signal_enabled = false;
   model->data = ModelData();
   model->pending.reset();
-  discard_results(*model, false);
   model->warm = WarmStart();
   model->branch_priority = std::vector<int>();
   model->rows.reset();

@@ -70,8 +70,11 @@ class Update {
     make_room(data_.ub, new_cols_);
     make_room(data_.vtype, new_cols_);
     data_.var_names.reserve_for(changes_.new_cols.names);
-    for (std::vector<int>* per_col : {&model_.warm.vbasis, &model_.branch_priority}) make_room(*per_col, new_cols_);
-    for (std::vector<double>* per_col : {&model_.warm.vnorm, &model_.warm.start}) make_room(*per_col, new_cols_);
+    WarmStart& warm = model_.warm;
+    if (warm.has_basis()) make_room(warm.vbasis, new_cols_);
+    if (warm.has_norms()) make_room(warm.vnorm, new_cols_);
+    if (!warm.start.empty()) make_room(warm.start, new_cols_);
+    if (!model_.branch_priority.empty()) make_room(model_.branch_priority, new_cols_);
   }
 
   void prepare_rows() {
@@ -86,8 +89,8 @@ class Update {
     } else if (!data_.range_lower.empty()) {
       make_room(data_.range_lower, new_rows_);
     }
-    make_room(model_.warm.cbasis, new_rows_);
-    make_room(model_.warm.cnorm, new_rows_);
+    if (model_.warm.has_basis()) make_room(model_.warm.cbasis, new_rows_);
+    if (model_.warm.has_norms()) make_room(model_.warm.cnorm, new_rows_);
   }
 
   // --- phase 2 ---

@@ -3,6 +3,7 @@
 #include <functional>
 #include <limits>
 
+#include "env/environment.hpp"
 #include "model/messages.hpp"
 #include "model_fixture.hpp"
 
@@ -252,6 +253,19 @@ TEST_F(WrongCalls, EnvironmentFreedFirst) {
   EXPECT_EQ(testing::internal::GetCapturedStdout(), "Warning: invalid Zorvex environment. Was it freed too early?\n");
   EXPECT_EQ(ZLPfreemodel(model_), 0);
   model_ = nullptr;
+}
+
+TEST_F(WrongCalls, EnvironmentCallsOnAModel) {
+  EXPECT_EQ(ZLPdelvars(model_, 1, nullptr), 10002);
+  EXPECT_EQ(ZLPgetenv(model_), model_->env);
+  EXPECT_EQ(message(), "") << "fetching the environment clears the text";
+  EXPECT_EQ(ZLPsetsignal(nullptr), 10002);
+  ZLPterminate(nullptr);
+  EXPECT_EQ(model_->env->terminate.load(), 0);
+  model_->in_progress = 1;
+  ZLPterminate(model_);
+  model_->in_progress = 0;
+  EXPECT_NE(model_->env->terminate.load(), 0);
 }
 
 TEST_F(WrongCalls, MakingModels) {
