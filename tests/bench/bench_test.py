@@ -140,6 +140,14 @@ class WholeRun(unittest.TestCase):
                                     "infeasible.mps": "right", "wrong.mps": "wrong"})
         self.assertEqual(sum(row[3] == "baseline" for row in rows), 5)
         xml.dom.minidom.parse(str(svg))
+        # The same run against itself with one answer lost.
+        worse = self.root / "worse.tsv"
+        worse.write_text(tsv.read_text().replace("\tright\tinfeasible\t", "\tlimit\tlimit\t"))
+        run = subprocess.run([sys.executable, str(BENCH / "compare"), str(tsv), str(worse)], capture_output=True, text=True)
+        self.assertEqual(run.returncode, 0, run.stderr)
+        self.assertIn("5 instances in both, 1 solved in both", run.stdout)
+        self.assertIn("right -> limit: infeasible.mps", run.stdout)
+        self.assertIn("ratio 1.000", run.stdout)
 
     def test_measure_kills_at_the_limit(self):
         out = self.root / "report"
