@@ -11,7 +11,7 @@ import tempfile
 import time
 import unittest
 
-PROGRAM = sys.argv[1]
+PROGRAM = os.path.abspath(sys.argv[1])
 
 KEYS = ["model", "rows", "columns", "nonzeros", "status", "status_name", "objective", "bound", "gap", "solutions",
         "runtime", "iterations", "barrier_iterations", "nodes", "max_bound_violation", "max_constraint_violation",
