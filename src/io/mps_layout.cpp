@@ -61,14 +61,17 @@ std::string_view number_from(std::string_view line, std::size_t begin, std::size
   return begin < line.size() ? line.substr(begin, stop - begin) : std::string_view{};
 }
 
-// Drops the sequence field. Tabs have no column.
+// Drops the sequence field and what follows a '$' in the first place of field 3 or 5. Tabs have no column.
 bool is_fixed_line(std::string_view* line) {
   if (line->find('\t') != std::string_view::npos) return false;
   if (line->size() > kSequenceColumn) *line = line->substr(0, kSequenceColumn);
+  for (const std::size_t place : {kField3.begin, kField5.begin}) {
+    if (line->size() > place && (*line)[place] == '$') *line = line->substr(0, place);
+  }
   return is_blank(line->front());
 }
 
-// Fields 3 to 6 as pairs, with the comment rule of the fixed layout: '$' opens one in the first place of fields 3, 5.
+// Fields 3 to 6 as pairs.
 LineShape fixed_pairs(std::string_view line, MpsPairs* pairs) {
   if (!is_fixed_line(&line) || !blank_between(line, 0, kField2.begin) ||
       !blank_between(line, kField2.end, kField3.begin)) {
@@ -76,7 +79,7 @@ LineShape fixed_pairs(std::string_view line, MpsPairs* pairs) {
   }
   pairs->head = field(line, kField2);
   const std::string_view name = field(line, kField3);
-  if (name.empty() || name.front() == '$') return name.empty() ? LineShape::kNotThisLayout : LineShape::kMalformed;
+  if (name.empty()) return LineShape::kNotThisLayout;
   std::size_t end = 0;
   const std::string_view number = number_from(line, kNumber1, kField5.begin - 1, &end);
   if (!blank_between(line, kField3.end, kNumber1)) return LineShape::kNotThisLayout;
@@ -85,9 +88,7 @@ LineShape fixed_pairs(std::string_view line, MpsPairs* pairs) {
   pairs->count = 1;
   if (number.empty()) return LineShape::kMalformed;
   const std::string_view second = field(line, kField5);
-  if (blank_between(line, end, line.size()) || (end <= kField5.begin && !second.empty() && second.front() == '$')) {
-    return LineShape::kGood;
-  }
+  if (blank_between(line, end, line.size())) return LineShape::kGood;
   if (end > kField5.begin || second.empty() || !blank_between(line, end, kField5.begin) ||
       !blank_between(line, kField5.end, kNumber2)) {
     return LineShape::kNotThisLayout;
