@@ -44,16 +44,10 @@ FoundFile probe_file(ZLPenv* env, const std::string& name, int num_probes) {
   return {};
 }
 
-FileType type_of(const FoundFile& file) {
-  return file.probe == 0 ? file_type_of(file.name) : probed_type(file.probe);
-}
+FileType type_of(const FoundFile& file) { return file.probe == 0 ? file_type_of(file.name) : probed_type(file.probe); }
 
-bool is_mps_type(FileType type) {
-  return type == FileType::kMps || type == FileType::kRew || type == FileType::kQps;
-}
-bool is_lp_type(FileType type) {
-  return type == FileType::kLp || type == FileType::kRlp || type == FileType::kIlp;
-}
+bool is_mps_type(FileType type) { return type == FileType::kMps || type == FileType::kRew || type == FileType::kQps; }
+bool is_lp_type(FileType type) { return type == FileType::kLp || type == FileType::kRlp || type == FileType::kIlp; }
 
 void announce(ZLPenv& env, const ZLPmodel& model, const FoundFile& file, FileType type, double seconds) {
   // A file found under its exact ".qps" name is announced as LP: users' log filters know it so.

@@ -44,10 +44,10 @@ class MpsColumns {
   MpsData* data_;
   MpsDiagnostics* diagnostics_;
   Index current_ = -1;
-  bool is_late_ = false;             // the current column is not the last one
-  Offset column_start_ = 0;          // where the last column begins in data_->index
+  bool is_late_ = false;               // the current column is not the last one
+  Offset column_start_ = 0;            // where the last column begins in data_->index
   std::vector<Offset> last_position_;  // per row: where its last entry stands in data_->index
-  std::vector<char> has_objective_;  // per column
+  std::vector<char> has_objective_;    // per column
   std::vector<Late> late_;
   Offset num_entries_ = 0;
 };

@@ -145,7 +145,7 @@ void split_words(std::string_view line, MpsWords* words) {
 bool is_plain_bound(std::string_view type) { return type == "FR" || type == "MI" || type == "PL" || type == "BV"; }
 
 LineShape MpsLineScanner::free_pairs(std::string_view line, bool optional_head, const NameTable& names,
- const NameTable* more_names, MpsPairs* pairs) {
+                                     const NameTable* more_names, MpsPairs* pairs) {
   MpsWords& words = words_;
   split_words(line, &words);
   if (words.count > 2) cut_comment(2, names, more_names, &words);

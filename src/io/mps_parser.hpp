@@ -92,9 +92,9 @@ class MpsParser {
   long line_number_ = 0;
   std::string_view current_line_;
 
-  NameTable free_rows_;      // N rows in order; disjoint from data_.rows
+  NameTable free_rows_;  // N rows in order; disjoint from data_.rows
   std::string wanted_objective_;
-  Index objective_ = -1;     // index into free_rows_, -1 without an objective
+  Index objective_ = -1;  // index into free_rows_, -1 without an objective
   bool in_integer_block_ = false;
   MpsColumns columns_;
 

@@ -23,7 +23,8 @@ bool MpsQuadratic::finish(long line, MpsDiagnostics* diagnostics, std::vector<Mp
   for (std::size_t k = 0; k < order.size();) {
     const Entry& a = entries_[order[k]];
     std::size_t next = k + 1;
-    while (next < order.size() && low(entries_[order[next]]) == low(a) && high(entries_[order[next]]) == high(a)) ++next;
+    while (next < order.size() && low(entries_[order[next]]) == low(a) && high(entries_[order[next]]) == high(a))
+      ++next;
     const std::size_t count = next - k;
     const Entry& b = entries_[order[next - 1]];
     const bool mirrored = count == 2 && a.first == b.second && a.first != a.second && a.full == b.full;

@@ -40,11 +40,11 @@ struct BoundSpec {
   bool needs_number, sets_lower, sets_upper, integer, semicontinuous;
 };
 constexpr BoundSpec kBoundSpecs[] = {
-    {"LO", true, true, false, false, false},   {"UP", true, false, true, false, false},
-    {"FX", true, true, true, false, false},    {"FR", false, true, true, false, false},
-    {"MI", false, true, false, false, false},  {"PL", false, false, true, false, false},
-    {"BV", false, true, true, true, false},    {"LI", true, true, false, true, false},
-    {"UI", true, false, true, true, false},    {"SC", false, false, true, false, true},
+    {"LO", true, true, false, false, false},  {"UP", true, false, true, false, false},
+    {"FX", true, true, true, false, false},   {"FR", false, true, true, false, false},
+    {"MI", false, true, false, false, false}, {"PL", false, false, true, false, false},
+    {"BV", false, true, true, true, false},   {"LI", true, true, false, true, false},
+    {"UI", true, false, true, true, false},   {"SC", false, false, true, false, true},
     {"SI", false, false, true, true, true},
 };
 
@@ -155,8 +155,8 @@ bool MpsParser::add_rhs(Index row, std::string_view row_name, double value) {
   const bool objective = row < 0 && objective_ >= 0 && is_objective(row_name);
   if (row < 0 && !objective) {
     if (free_rows_.find(row_name) < 0) {
-      diagnostics_.warn(MpsWarning::kUndefinedRowInRhs, format_text("Warning: row name %s in rhs section not defined.\n",
-                                                                    printable(row_name).c_str()));
+      diagnostics_.warn(MpsWarning::kUndefinedRowInRhs,
+                        format_text("Warning: row name %s in rhs section not defined.\n", printable(row_name).c_str()));
     }
     return true;
   }
@@ -231,8 +231,8 @@ bool MpsParser::apply_bound(std::string_view type, std::string_view text, Index 
   }
   const unsigned char sides = (spec->sets_lower ? kLowerGiven : 0) | (spec->sets_upper ? kUpperGiven : 0);
   if ((bound_given_[col] & sides) != 0) {
-    diagnostics_.warn(MpsWarning::kDuplicateBound, format_text("Warning: duplicate bounds for column %s.\n",
-                                                               printable(data_.cols[col]).c_str()));
+    diagnostics_.warn(MpsWarning::kDuplicateBound,
+                      format_text("Warning: duplicate bounds for column %s.\n", printable(data_.cols[col]).c_str()));
   }
   if (is_plain) {
     const bool binary = type == "BV";

@@ -20,9 +20,10 @@ namespace zorvex {
 namespace {
 
 const char* status_name(SolveStatus status) {
-  constexpr std::array<const char*, 14> kNames{"",           "LOADED",         "OPTIMAL",    "INFEASIBLE", "INF_OR_UNBD",
-                                               "UNBOUNDED",  "CUTOFF",         "ITERATION_LIMIT", "NODE_LIMIT",
-                                               "TIME_LIMIT", "SOLUTION_LIMIT", "INTERRUPTED", "NUMERIC",  "SUBOPTIMAL"};
+  constexpr std::array<const char*, 14> kNames{
+      "",        "LOADED",          "OPTIMAL",    "INFEASIBLE", "INF_OR_UNBD",    "UNBOUNDED",
+      "CUTOFF",  "ITERATION_LIMIT", "NODE_LIMIT", "TIME_LIMIT", "SOLUTION_LIMIT", "INTERRUPTED",
+      "NUMERIC", "SUBOPTIMAL"};
   return kNames[static_cast<int>(status)];
 }
 

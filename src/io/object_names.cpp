@@ -14,7 +14,7 @@ constexpr std::size_t kFixedNameLength = 8;
 
 // What the names of one list ask of the format.
 struct NameTraits {
-  bool carried = true;     // distinct, and without control characters or comment signs
+  bool carried = true;  // distinct, and without control characters or comment signs
   bool has_blank = false;
   bool has_long = false;
 };
@@ -28,9 +28,8 @@ NameTraits traits_of(const NameList& names, const std::string& reserved) {
     if (name.empty()) continue;  // gets a generic name
     const Index before = seen.size();
     const bool distinct = seen.insert(name) == before;
-    const bool printable = std::all_of(name.begin(), name.end(), [](char c) {
-      return static_cast<unsigned char>(c) >= ' ' && c != '\x7f';
-    });
+    const bool printable = std::all_of(name.begin(), name.end(),
+                                       [](char c) { return static_cast<unsigned char>(c) >= ' ' && c != '\x7f'; });
     traits.carried = distinct && printable && name.front() != '$' && name.front() != '*' && name != "'MARKER'" &&
                      name.front() != ' ' && name.back() != ' ';
     traits.has_blank = traits.has_blank || name.find(' ') != std::string::npos;

@@ -27,7 +27,8 @@ class ObjectNames {
 };
 
 // Whether the MPS format can carry the model's own names: none twice (the objective is called OBJ), no control
-// characters, none that would be taken for a comment, and blanks only where all names fit the fields of the fixed layout.
+// characters, none that would be taken for a comment, and blanks only where all names fit the fields of the fixed
+// layout.
 [[nodiscard]] bool mps_can_carry_names(const ModelData& data);
 
 }  // namespace zorvex
