@@ -242,7 +242,8 @@ bool MpsParser::apply_bound(std::string_view type, std::string_view text, Index 
     if (spec->sets_lower) data_.lower[col] = value;
     if (spec->sets_upper) data_.upper[col] = value;
   }
-  if (!spec->sets_lower && value < 0 && data_.lower[col] == 0 && (bound_given_[col] & kLowerGiven) == 0 && !is_plain) {
+  if (!spec->sets_lower && !spec->semicontinuous && value < 0 && data_.lower[col] == 0 &&
+      (bound_given_[col] & kLowerGiven) == 0 && !is_plain) {
     data_.lower[col] = -kInf;
     diagnostics_.warn(MpsWarning::kNegativeUpper,
                       format_text("Warning: negative upper bound for column %s without lower bound, "

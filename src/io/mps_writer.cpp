@@ -32,14 +32,34 @@ std::string constant_text(double value) {
   return std::string(length < kWidth ? kWidth - length : 0, ' ') + std::string(digits, length);
 }
 
-// The width R of a range row with fl(upper - R) = lower, so that reading restores the lower side. The rounded
-// difference does it nearly always; else one of its neighbours.
-double range_width(double lower, double upper) {
+// How a range row lower <= a'x <= upper is written: as an L row with right-hand side `upper`, or as a G row with
+// `lower`.
+struct RangeForm {
+  char letter;
+  double rhs;
+  double width;
+};
+
+// Chosen so that adding or subtracting the width restores the other side exactly. The rounded difference or one of its
+// neighbours does so in nearly every case from one side or the other; where none does, the L row comes closest.
+RangeForm range_form(double lower, double upper) {
   const double width = upper - lower;
-  for (const double candidate : {width, std::nextafter(width, kInf), std::nextafter(width, -kInf)}) {
-    if (upper - candidate == lower) return candidate;
+  const double candidates[] = {width, std::nextafter(width, kInf), std::nextafter(width, -kInf)};
+  for (const double candidate : candidates) {
+    if (upper - candidate == lower) return {'L', upper, candidate};
   }
-  return width;
+  for (const double candidate : candidates) {
+    if (lower + candidate == upper) return {'G', lower, candidate};
+  }
+  return {'L', upper, width};
+}
+
+// The stored bounds. Those of a binary column that go beyond [0, 1] are cut, as every reading of the model does; but
+// [0, infinity) stays, since a binary column without bound lines is what it is.
+Interval written_bounds(const ModelData& data, Index col) {
+  const Interval stored{data.lb[col], data.ub[col]};
+  if (data.vtype[col] != 'B' || (stored.lower == 0 && stored.upper >= kStoredInfinity)) return stored;
+  return data.column_bounds(col);
 }
 
 class MpsTextWriter {
@@ -69,6 +89,7 @@ class MpsTextWriter {
   void marker(const char* kind) { out_ << "    MARKER    'MARKER'                 " << kind << '\n'; }
   void right_hand_sides();
   void ranges();
+  [[nodiscard]] RangeForm range_of(Index row) const { return range_form(data_.range_lower[row], data_.rhs[row]); }
   void bounds(Index col);
   void bound(const char* type, Index col) {
     out_ << ' ' << type << " BND1      ";
@@ -105,7 +126,8 @@ void MpsTextWriter::rows() {
   out_ << "ROWS\n N  OBJ\n";
   for (Index row = 0; row < data_.num_rows(); ++row) {
     const char sense = data_.row_sense[row];
-    out_ << ' ' << (sense == '=' ? 'E' : sense == '<' ? 'L' : 'G') << "  ";
+    const char letter = sense == '=' ? 'E' : sense == '<' ? 'L' : 'G';
+    out_ << ' ' << (data_.is_range(row) ? range_of(row).letter : letter) << "  ";
     out_.padded(names_.row(row), kNameWidth) << '\n';
   }
 }
@@ -130,7 +152,7 @@ void MpsTextWriter::column(Index col) {
   const CompressedVectors& matrix = data_.matrix;
   if (cost != 0 || matrix.begin(col) == matrix.end(col)) {
     out_ << "    ";
-    out_.padded(name, kNameWidth) << "  OBJ       " << cost << '\n';
+    out_.padded(name, kNameWidth) << "  OBJ       " << (cost == 0 ? 0.0 : cost) << '\n';
   }
   for (Offset k = matrix.begin(col); k < matrix.end(col); ++k) {
     const Index row = matrix.index[k];
@@ -141,13 +163,13 @@ void MpsTextWriter::column(Index col) {
 void MpsTextWriter::right_hand_sides() {
   out_ << "RHS\n";
   for (Index row = 0; row < data_.num_rows(); ++row) {
-    if (data_.rhs[row] == 0) continue;
+    const double side = data_.is_range(row) ? range_of(row).rhs : data_.user_rhs(row);
+    if (side == 0) continue;
     out_ << "    RHS1      ";
-    out_.padded(names_.row(row), kNameWidth) << "  " << data_.user_rhs(row) << '\n';
+    out_.padded(names_.row(row), kNameWidth) << "  " << side << '\n';
   }
 }
 
-// A range row is written as an L row of its upper side.
 void MpsTextWriter::ranges() {
   bool headed = false;
   for (Index row = 0; row < data_.num_rows(); ++row) {
@@ -155,13 +177,12 @@ void MpsTextWriter::ranges() {
     if (!headed) out_ << "RANGES\n";
     headed = true;
     out_ << "    RNG1      ";
-    out_.padded(names_.row(row), kNameWidth) << "  " << range_width(data_.range_lower[row], data_.rhs[row]) << '\n';
+    out_.padded(names_.row(row), kNameWidth) << "  " << range_of(row).width << '\n';
   }
 }
 
 void MpsTextWriter::bounds(Index col) {
-  const double lower = data_.lb[col];
-  const double upper = data_.ub[col];
+  const auto [lower, upper] = written_bounds(data_, col);
   const char type = data_.vtype[col];
   const bool finite_upper = upper < kStoredInfinity;
   if (lower <= -kStoredInfinity) {

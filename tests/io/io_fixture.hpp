@@ -83,4 +83,11 @@ inline std::string read_text(const std::string& path) {
   return text.str();
 }
 
+// A maximisation model comes back as a minimisation and says so no more.
+inline std::string without_max_remark(std::string text) {
+  const std::string remark = "* Max problem is converted into Min one\n";
+  if (const std::size_t at = text.find(remark); at != std::string::npos) text.erase(at, remark.size());
+  return text;
+}
+
 }  // namespace zorvex::testing
