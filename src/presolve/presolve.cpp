@@ -30,6 +30,7 @@ struct Presolve::State {
   [[nodiscard]] bool bounds_make_sense();
   void build_reduced();
   void build_proof();
+  [[nodiscard]] std::vector<double> lift_proof(const std::vector<Changes::ProofTerm>& terms) const;
   [[nodiscard]] PostsolvePoint expand(const PresolvePoint& point) const;
   [[nodiscard]] PresolvePoint finish(const PostsolvePoint& point) const;
   void undo_all(PostsolvePoint& point) const;
@@ -246,10 +247,8 @@ PresolvePoint Presolve::State::finish(const PostsolvePoint& point) const {
   return result;
 }
 
-// Multipliers over the rows left when infeasibility showed, carried back like the duals of a model with zero cost. Kept
-// only if the original data confirm them: steps that reasoned with costs can spoil a proof.
-void Presolve::State::build_proof() {
-  if (changes->proof().empty()) return;
+// A proof over the rows that are left, carried back like the duals of a model with zero cost.
+std::vector<double> Presolve::State::lift_proof(const std::vector<Changes::ProofTerm>& terms) const {
   PostsolvePoint point;
   const auto rows = static_cast<std::size_t>(original.num_rows());
   const auto cols = static_cast<std::size_t>(original.num_cols());
@@ -260,7 +259,8 @@ void Presolve::State::build_proof() {
   point.pi.assign(rows, 0);
   point.activity.assign(rows, 0);
   point.row_status.assign(rows, BasisStatus::kBasic);
-  for (const auto& [row, multiplier] : changes->proof()) {
+  for (const auto& [row, multiplier] : terms) {
+    if (multiplier == 0) continue;
     point.pi[row] = multiplier;
     point.row_status[row] = side_of_sign(multiplier);
     for (const auto& entry : model->matrix.row(row)) {
@@ -273,11 +273,18 @@ void Presolve::State::build_proof() {
     if (point.reduced_cost[col] != 0) point.col_status[col] = side_of_sign(point.reduced_cost[col]);
   }
   undo_all(point);
+  return std::move(point.pi);
+}
+
+// Kept only if the original data confirm it.
+void Presolve::State::build_proof() {
+  if (changes->proof().empty()) return;
+  std::vector<double> y = lift_proof(changes->proof());
   const ProblemView view{original.num_rows(),          original.num_cols(),          original.matrix.start.data(),
                          original.matrix.index.data(), original.matrix.value.data(), original.cost.data(),
                          original.col_lower.data(),    original.col_upper.data(),    original.row_lower.data(),
                          original.row_upper.data()};
-  if (farkas_gap(view, point.pi, PresolveTolerances::kProofDrop) > 0) farkas = std::move(point.pi);
+  if (farkas_gap(view, y, PresolveTolerances::kProofDrop) > 0) farkas = std::move(y);
 }
 
 Presolve::Presolve(const LpData& original, const PresolveOptions& options)
@@ -290,6 +297,12 @@ const PresolveStatistics& Presolve::statistics() const { return state_->statisti
 const std::vector<Index>& Presolve::original_cols() const { return state_->original_cols; }
 const std::vector<Index>& Presolve::original_rows() const { return state_->original_rows; }
 const std::vector<double>& Presolve::farkas() const { return state_->farkas; }
+
+std::vector<double> Presolve::postsolve_farkas(const std::vector<double>& y) const {
+  std::vector<Changes::ProofTerm> terms;
+  for (std::size_t k = 0; k < y.size(); ++k) terms.push_back({state_->original_rows[k], y[k]});
+  return state_->lift_proof(terms);
+}
 
 PresolvePoint Presolve::postsolve(const PresolvePoint& point) const {
   PostsolvePoint full = state_->expand(point);

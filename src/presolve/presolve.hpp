@@ -67,6 +67,10 @@ class Presolve {
   // num_rows basic variables, optimal when the given one is.
   [[nodiscard]] PresolvePoint postsolve(const PresolvePoint& point) const;
 
+  // Maps a Farkas proof over the rows of the reduced model to the original rows. To be checked with farkas_gap: steps
+  // that reasoned with costs can spoil a proof.
+  [[nodiscard]] std::vector<double> postsolve_farkas(const std::vector<double>& y) const;
+
   // After kInfeasible: a Farkas proof y over the original rows if one could be built from the reductions, else empty.
   [[nodiscard]] const std::vector<double>& farkas() const;
 
