@@ -10,8 +10,8 @@ namespace zorvex {
 
 enum class BasisStatus : std::int8_t {
   kBasic = 0,
-  kAtLower = -1,   // column at its lower bound; row activity at its lower side
-  kAtUpper = -2,   // column at its upper bound; row activity at its upper side
+  kAtLower = -1,       // column at its lower bound; row activity at its lower side
+  kAtUpper = -2,       // column at its upper bound; row activity at its upper side
   kNonbasicFree = -3,  // nonbasic off both bounds: a free variable at zero, or superbasic
 };
 

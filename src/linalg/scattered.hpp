@@ -11,7 +11,7 @@ namespace zorvex {
 // `value` (which is exactly zero elsewhere); or `dense` is true, `index` is unspecified and every value counts.
 template <class Real>
 struct Scattered {
-  std::vector<Real> value;   // length n
+  std::vector<Real> value;  // length n
   std::vector<Index> index;
   bool dense = false;
 
