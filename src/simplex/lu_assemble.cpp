@@ -22,7 +22,7 @@ bool LuAssemble<Real>::fill_u_columns(const ColumnView<Real>& columns, std::span
                                       const LuNucleus<Real>& nucleus, LuFactors<Real>& factors) {
   using std::abs;
   count_.assign(factors.m, 0);
-  for (const Index pos : nucleus.u_index()) ++count_[pos];
+  for (const Index pos : nucleus.u_rows().index) ++count_[pos];
   auto& space = factors.space;
   for (const Index row : factors.order) {
     const Index pos = factors.pos_of_row[row];
@@ -48,13 +48,14 @@ bool LuAssemble<Real>::fill_u_columns(const ColumnView<Real>& columns, std::span
     }
     factors.u_col[row].end = slot;
   }
-  for (Index k = 0; k < nucleus.num_u_rows(); ++k) {
+  const LuPivotRows<Real>& u = nucleus.u_rows();
+  for (Index k = 0; k < static_cast<Index>(u.rows.size()); ++k) {
     const Index row = factors.order[nucleus.first_pivot() + k];
-    const LuRange range = nucleus.u_row(k);
+    const LuRange range = u.rows[k];
     for (Index e = range.begin; e < range.end; ++e) {
-      const Index slot = factors.u_col[factors.row_of_pos[nucleus.u_index()[e]]].end++;
+      const Index slot = factors.u_col[factors.row_of_pos[u.index[e]]].end++;
       space.index()[slot] = row;
-      space.value()[slot] = nucleus.u_value()[e];
+      space.value()[slot] = u.value[e];
     }
   }
   return true;
@@ -91,8 +92,8 @@ void LuAssemble<Real>::list_nodes(LuFactors<Real>& factors) {
   for (const Index row : factors.order) {
     const Index pos = factors.pos_of_row[row];
     if (!factors.u_col[row].empty()) factors.u_col_order.push_back(row);
-    if (count_[row] == 0) continue;
     factors.u_row.place(pos, count_[row]);
+    if (count_[row] == 0) continue;
     factors.u_row_place[pos] = static_cast<Index>(factors.u_row_order.size());
     factors.u_row_order.push_back(pos);
   }

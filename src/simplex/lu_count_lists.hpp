@@ -1,6 +1,6 @@
 // Doubly linked lists of rows (or columns) by their number of entries, for the Markowitz search.
 //   Invariant  an item is in at most one list; next/prev of items outside all lists are meaningless.
-//   Cost       every operation O(1), reset O(number of lists).
+//   Cost       every operation O(1), reset O(number of lists) once the items fit.
 #pragma once
 
 #include <vector>
@@ -13,12 +13,12 @@ class LuCountLists {
  public:
   static constexpr Index kNone = -1;
 
-  // Empty lists for counts 0..max_count over items 0..items-1.
+  // Empty lists for counts 0..max_count over items 0..items-1; an item is unknown until its first insert.
   void reset(Index items, Index max_count) {
     head_.assign(static_cast<std::size_t>(max_count) + 1, kNone);
     next_.resize(static_cast<std::size_t>(items));
     prev_.resize(static_cast<std::size_t>(items));
-    count_.assign(static_cast<std::size_t>(items), kNone);
+    count_.resize(static_cast<std::size_t>(items));
   }
   void insert(Index item, Index count) {
     const Index first = head_[count];

@@ -1,7 +1,7 @@
 // Growing sparse lines (rows or columns) in one shared storage: a line that outgrows its room moves to the end and
 // leaves a hole; holes are squeezed out when the storage is exhausted.
-//   Shapes   lines are numbered 0..n-1; the entries of a line are in no particular order, without duplicates.
-//   Cost     push is amortised O(1); find and remove are O(length of the line).
+//   Shapes   lines are numbered 0..n-1 and must be placed before use; the entries of a line are in no particular order,
+//   without duplicates. Cost     push is amortised O(1); find and remove are O(length of the line).
 #pragma once
 
 #include <algorithm>
@@ -25,16 +25,18 @@ struct LuRange {
 template <class Real, bool kValues>
 class LuLines {
  public:
-  // n empty lines without room, and storage for about `slots` entries.
+  // n lines, none of them placed, and storage for about `slots` entries.
   void reset(Index n, Offset slots) {
-    range_.assign(static_cast<std::size_t>(n), LuRange{});
-    limit_.assign(static_cast<std::size_t>(n), 0);
+    range_.resize(static_cast<std::size_t>(n));
+    limit_.resize(static_cast<std::size_t>(n));
+    placed_.clear();
     used_ = 0;
     if (static_cast<Offset>(index_.size()) < slots) resize(slots);
   }
-  // Gives a line without room its first slots.
+  // A line exists from here on, empty with room for `capacity` entries.
   void place(Index line, Index capacity) {
     make_space(capacity);
+    placed_.push_back(line);
     range_[line] = {used_, used_};
     used_ += capacity;
     limit_[line] = used_;
@@ -79,6 +81,8 @@ class LuLines {
   [[nodiscard]] const Real* value() const { return value_.data(); }
 
  private:
+  static constexpr Offset kHoles = 8;  // slots used per live entry from which holes are squeezed out
+
   void resize(Offset slots) {
     if (slots > std::numeric_limits<Index>::max()) throw std::bad_alloc();
     index_.resize(static_cast<std::size_t>(slots));
@@ -97,19 +101,16 @@ class LuLines {
   void make_space(Index count) {
     if (static_cast<Offset>(used_) + count <= static_cast<Offset>(index_.size())) return;
     Offset live = 0;
-    for (const LuRange& range : range_) live += range.length();
-    if (2 * live < used_) compact();
+    for (const Index line : placed_) live += range_[line].length();
+    // Squeezing takes all lines their spare room, so it must be rare: only when most of a large storage is holes.
+    if (kHoles * live < used_) compact();
     const Offset needed = static_cast<Offset>(used_) + count;
     if (needed > static_cast<Offset>(index_.size())) resize(needed + needed / 2);
   }
   // Squeezes out the holes: all lines become exactly as long as they are, in their present memory order.
   void compact() {
-    std::vector<Index> by_place;
-    for (Index line = 0; line < static_cast<Index>(range_.size()); ++line) {
-      if (!range_[line].empty()) by_place.push_back(line);
-    }
+    std::vector<Index> by_place = placed_;
     std::sort(by_place.begin(), by_place.end(), [&](Index a, Index b) { return range_[a].begin < range_[b].begin; });
-    std::fill(limit_.begin(), limit_.end(), 0);
     used_ = 0;
     for (const Index line : by_place) {
       const LuRange old = range_[line];
@@ -119,13 +120,11 @@ class LuLines {
       used_ += old.length();
       limit_[line] = used_;
     }
-    for (Index line = 0; line < static_cast<Index>(range_.size()); ++line) {
-      if (range_[line].empty()) range_[line] = LuRange{};
-    }
   }
 
   std::vector<LuRange> range_;
   std::vector<Index> limit_;  // end of the room of each line
+  std::vector<Index> placed_;
   std::vector<Index> index_;
   std::vector<Real> value_;  // unused for a pattern
   Index used_ = 0;           // slots handed out so far

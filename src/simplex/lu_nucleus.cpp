@@ -1,5 +1,6 @@
 #include "simplex/lu_nucleus.hpp"
 
+#include <algorithm>
 #include <cmath>
 
 #include "simplex/lu_traits.hpp"
@@ -7,7 +8,9 @@
 namespace zorvex {
 
 namespace {
-constexpr int kMaxCandidates = 4;  // lists searched with success before the best pivot so far is taken
+constexpr int kMaxCandidates = 4;     // lists searched with success before the best pivot so far is taken
+constexpr Index kMinDenseTail = 64;   // rows from which a dense end pays
+constexpr double kTailDensity = 0.6;  // of the active part; dense elimination is about four times faster per entry
 }  // namespace
 
 template <class Real>
@@ -17,12 +20,11 @@ LuStatus LuNucleus<Real>::run(const ColumnView<Real>& columns, std::span<const I
   threshold_ = static_cast<Real>(markowitz);
   first_pivot_ = static_cast<Index>(factors.order.size());
   size_ = factors.m - first_pivot_;
-  u_rows_.clear();
-  u_index_.clear();
-  u_value_.clear();
+  u_.clear();
   if (size_ == 0) return LuStatus::kOk;
   if (!load(columns, head, peel, poll)) return LuStatus::kInterrupted;
   for (;;) {
+    if (is_dense()) return finish_dense(poll);
     const Pivot pivot = find_pivot();
     if (pivot.row < 0) return LuStatus::kOk;
     const LuStatus status = eliminate(pivot, poll);
@@ -36,24 +38,33 @@ bool LuNucleus<Real>::load(const ColumnView<Real>& columns, std::span<const Inde
   using std::abs;
   const Index m = factors_->m;
   Offset nonzeros = 0;
+  active_rows_.clear();
+  active_cols_.clear();
   for (Index pos = 0; pos < m; ++pos) {
-    if (factors_->col_active(pos)) nonzeros += peel.col_count()[pos];
+    if (factors_->col_active(pos)) {
+      active_cols_.push_back(pos);
+      nonzeros += peel.col_count()[pos];
+    }
   }
   rows_.reset(m, 3 * nonzeros);
   cols_.reset(m, 3 * nonzeros);
   row_lists_.reset(m, size_);
   col_lists_.reset(m, size_);
-  row_max_.assign(m, Real(0));
+  row_max_.resize(m);
   if (static_cast<Index>(pivot_row_.size()) != m) pivot_row_.assign(m, Real(0));
   hit_.resize(m);
   for (Index row = 0; row < m; ++row) {
-    if (factors_->row_active(row)) rows_.place(row, peel.row_count()[row]);
+    if (!factors_->row_active(row)) continue;
+    active_rows_.push_back(row);
+    rows_.place(row, peel.row_count()[row]);
+    row_max_[row] = Real(0);
   }
-  for (Index pos = 0; pos < m; ++pos) {
-    if (!factors_->col_active(pos) || head[pos] >= columns.num_cols) continue;
+  live_ = 0;
+  for (const Index pos : active_cols_) {
     cols_.place(pos, peel.col_count()[pos]);
-    const Offset end = columns.start[head[pos] + 1];
-    for (Offset k = columns.start[head[pos]]; k < end; ++k) {
+    const bool logical = head[pos] >= columns.num_cols;  // its row is taken: nothing is left of it
+    const Offset end = logical ? 0 : columns.start[head[pos] + 1];
+    for (Offset k = logical ? 0 : columns.start[head[pos]]; k < end; ++k) {
       const Index row = columns.index[k];
       const Real magnitude = abs(columns.value[k]);
       if (!factors_->row_active(row) || magnitude <= LuTraits<Real>::kTiny) continue;
@@ -61,12 +72,35 @@ bool LuNucleus<Real>::load(const ColumnView<Real>& columns, std::span<const Inde
       cols_.append(pos, row, Real(0));
       if (magnitude > row_max_[row]) row_max_[row] = magnitude;
     }
+    live_ += cols_.length(pos);
     col_lists_.insert(pos, cols_.length(pos));
   }
-  for (Index row = 0; row < m; ++row) {
-    if (factors_->row_active(row)) row_lists_.insert(row, rows_.length(row));
-  }
+  for (const Index row : active_rows_) row_lists_.insert(row, rows_.length(row));
   return !poll.spend(2 * nonzeros);
+}
+
+template <class Real>
+bool LuNucleus<Real>::is_dense() const {
+  const Offset left = factors_->m - static_cast<Index>(factors_->order.size());
+  return left >= kMinDenseTail && static_cast<double>(live_) >= kTailDensity * static_cast<double>(left * left);
+}
+
+// Columns with few entries first: the dense elimination takes them in order.
+template <class Real>
+LuStatus LuNucleus<Real>::finish_dense(LuPoll& poll) {
+  std::erase_if(active_rows_, [&](Index row) { return !factors_->row_active(row); });
+  std::erase_if(active_cols_, [&](Index pos) { return !factors_->col_active(pos); });
+  std::stable_sort(active_cols_.begin(), active_cols_.end(),
+                   [&](Index a, Index b) { return cols_.length(a) < cols_.length(b); });
+  const auto left = static_cast<Index>(active_cols_.size());
+  for (Index j = 0; j < left; ++j) hit_[active_cols_[j]] = j;
+  tail_.reset(left);
+  for (Index i = 0; i < left; ++i) {
+    const LuRange range = rows_.range(active_rows_[i]);
+    Real* dense_row = tail_.matrix().data() + static_cast<std::size_t>(i) * left;
+    for (Index k = range.begin; k < range.end; ++k) dense_row[hit_[rows_.index()[k]]] = rows_.value()[k];
+  }
+  return tail_.run(active_rows_, active_cols_, *factors_, u_, poll);
 }
 
 // The entry with the least Markowitz merit (row count - 1)(column count - 1) among the first few columns and rows with
@@ -148,27 +182,30 @@ template <class Real>
 LuStatus LuNucleus<Real>::eliminate(Pivot pivot, LuPoll& poll) {
   auto& space = factors_->space;
   const LuRange col = cols_.range(pivot.pos);
-  const Offset u_total = static_cast<Offset>(u_index_.size()) + rows_.length(pivot.row);
+  const Offset u_total = static_cast<Offset>(u_.index.size()) + rows_.length(pivot.row);
   if (space.available() < u_total + col.length()) return LuStatus::kSpaceTooSmall;
   pivot_col_.assign(cols_.index() + col.begin, cols_.index() + col.end);
   cols_.clear_line(pivot.pos);
   col_lists_.remove(pivot.pos);
   row_lists_.remove(pivot.row);
+  live_ -= rows_.length(pivot.row);
   const Real value = take_pivot_row(pivot);
   factors_->add_pivot(pivot.row, pivot.pos, value);
   const Index first = space.low();
   Offset work = search_work_ + col.length();
   for (const Index row : pivot_col_) {
     if (row == pivot.row) continue;
-    work += rows_.length(row) + u_rows_.back().length();
+    work += rows_.length(row) + u_.rows.back().length();
+    live_ -= rows_.length(row);
     eliminate_row(row, pivot.pos, value);
+    live_ += rows_.length(row);
   }
   factors_->l_col[pivot.row] = {first, space.low()};
   if (space.low() > first) factors_->l_order.push_back(pivot.row);
-  const LuRange u_row = u_rows_.back();
+  const LuRange u_row = u_.rows.back();
   for (Index k = u_row.begin; k < u_row.end; ++k) {
-    pivot_row_[u_index_[k]] = Real(0);
-    col_lists_.move(u_index_[k], cols_.length(u_index_[k]));
+    pivot_row_[u_.index[k]] = Real(0);
+    col_lists_.move(u_.index[k], cols_.length(u_.index[k]));
   }
   return poll.spend(work) ? LuStatus::kInterrupted : LuStatus::kOk;
 }
@@ -177,7 +214,7 @@ LuStatus LuNucleus<Real>::eliminate(Pivot pivot, LuPoll& poll) {
 template <class Real>
 Real LuNucleus<Real>::take_pivot_row(Pivot pivot) {
   const LuRange range = rows_.range(pivot.row);
-  const auto begin = static_cast<Index>(u_index_.size());
+  const auto begin = static_cast<Index>(u_.index.size());
   Real value = 0;
   for (Index k = range.begin; k < range.end; ++k) {
     const Index pos = rows_.index()[k];
@@ -188,11 +225,11 @@ Real LuNucleus<Real>::take_pivot_row(Pivot pivot) {
     cols_.remove(pos, pivot.row);
     pivot_row_[pos] = rows_.value()[k];
     hit_[pos] = -1;
-    u_index_.push_back(pos);
-    u_value_.push_back(rows_.value()[k]);
+    u_.index.push_back(pos);
+    u_.value.push_back(rows_.value()[k]);
   }
   rows_.clear_line(pivot.row);
-  u_rows_.push_back({begin, static_cast<Index>(u_index_.size())});
+  u_.rows.push_back({begin, static_cast<Index>(u_.index.size())});
   return value;
 }
 
@@ -200,7 +237,7 @@ Real LuNucleus<Real>::take_pivot_row(Pivot pivot) {
 template <class Real>
 void LuNucleus<Real>::eliminate_row(Index row, Index pos, Real pivot) {
   using std::abs;
-  const LuRange u_row = u_rows_.back();
+  const LuRange u_row = u_.rows.back();
   const Index pivot_slot = rows_.find(row, pos);
   const Real multiplier = rows_.value()[pivot_slot] / pivot;
   rows_.remove_slot(row, pivot_slot);
@@ -213,14 +250,16 @@ void LuNucleus<Real>::eliminate_row(Index row, Index pos, Real pivot) {
   Real max = 0;
   const Index* index = rows_.index();
   Real* value = rows_.value();
+  const Real* pivot_row = pivot_row_.data();
+  Index* hit = hit_.data();
   Index unmet = u_row.length();
   const LuRange range = rows_.range(row);
   Index end = range.end;
   for (Index k = range.begin; k < end;) {
     const Index col = index[k];
-    const Real factor = pivot_row_[col];
+    const Real factor = pivot_row[col];
     if (factor != Real(0)) {
-      hit_[col] = row;
+      hit[col] = row;
       --unmet;
       value[k] -= multiplier * factor;
       if (abs(value[k]) <= LuTraits<Real>::kTiny) {
@@ -242,11 +281,11 @@ void LuNucleus<Real>::eliminate_row(Index row, Index pos, Real pivot) {
 template <class Real>
 void LuNucleus<Real>::add_fill(Index row, Real multiplier, Real& max) {
   using std::abs;
-  const LuRange u_row = u_rows_.back();
+  const LuRange u_row = u_.rows.back();
   for (Index k = u_row.begin; k < u_row.end; ++k) {
-    const Index pos = u_index_[k];
+    const Index pos = u_.index[k];
     if (hit_[pos] == row) continue;
-    const Real fill = -multiplier * u_value_[k];
+    const Real fill = -multiplier * u_.value[k];
     const Real magnitude = abs(fill);
     if (magnitude <= LuTraits<Real>::kTiny) continue;
     rows_.append(row, pos, fill);

@@ -1,8 +1,8 @@
 // Second part of the factorization: right-looking elimination of the rows and columns that peeling left, with a
 // Markowitz search over count-linked lists and threshold pivoting by rows.
 //   Shapes   rows hold values and positions, columns hold rows only; both are numbered as in the whole basis.
-//   Results  columns of L go to the factor space; rows of U (without pivots) wait in u_row(k) for assembly, k counting
-//            the pivots made here. Rows and columns left without pivot are dependent.
+//   Results  columns of L go to the factor space; rows of U (without pivots) wait in u_rows() for assembly. Rows and
+//            columns left without pivot are dependent.
 //   Source   U. Suhl, L. Suhl, ORSA J. Comput. 2 (1990) 325-335, section 4.
 #pragma once
 
@@ -11,6 +11,7 @@
 
 #include "simplex/basis_lu.hpp"
 #include "simplex/lu_count_lists.hpp"
+#include "simplex/lu_dense_tail.hpp"
 #include "simplex/lu_factors.hpp"
 #include "simplex/lu_peel.hpp"
 #include "simplex/lu_poll.hpp"
@@ -24,12 +25,9 @@ class LuNucleus {
   [[nodiscard]] LuStatus run(const ColumnView<Real>& columns, std::span<const Index> head, const LuPeel<Real>& peel,
                              double markowitz, LuFactors<Real>& factors, LuPoll& poll);
 
-  // Rows of U in pivot order: u_row(k) is a range of u_index() and u_value(), for the pivot order[first_pivot() + k].
+  // Rows of U: u_rows().rows[k] belongs to the pivot order[first_pivot() + k].
   [[nodiscard]] Index first_pivot() const { return first_pivot_; }
-  [[nodiscard]] Index num_u_rows() const { return static_cast<Index>(u_rows_.size()); }
-  [[nodiscard]] LuRange u_row(Index k) const { return u_rows_[k]; }
-  [[nodiscard]] const std::vector<Index>& u_index() const { return u_index_; }
-  [[nodiscard]] const std::vector<Real>& u_value() const { return u_value_; }
+  [[nodiscard]] const LuPivotRows<Real>& u_rows() const { return u_; }
 
  private:
   struct Pivot {
@@ -42,6 +40,8 @@ class LuNucleus {
   [[nodiscard]] Pivot find_pivot();
   bool search_column(Index pos, Pivot& best, Offset& merit);
   bool search_row(Index row, Pivot& best, Offset& merit);
+  [[nodiscard]] bool is_dense() const;
+  [[nodiscard]] LuStatus finish_dense(LuPoll& poll);
   [[nodiscard]] LuStatus eliminate(Pivot pivot, LuPoll& poll);
   [[nodiscard]] Real take_pivot_row(Pivot pivot);
   void eliminate_row(Index row, Index pos, Real pivot);
@@ -58,9 +58,10 @@ class LuNucleus {
   std::vector<Real> pivot_row_;  // by position, zero outside the present pivot row
   std::vector<Index> hit_;       // by position: the row whose elimination has met this entry of the pivot row
   std::vector<Index> pivot_col_;
-  std::vector<LuRange> u_rows_;
-  std::vector<Index> u_index_;
-  std::vector<Real> u_value_;
+  LuPivotRows<Real> u_;
+  LuDenseTail<Real> tail_;
+  std::vector<Index> active_rows_, active_cols_;  // of the nucleus as loaded
+  Offset live_ = 0;                               // entries of the active rows
   Offset search_work_ = 0;
 };
 

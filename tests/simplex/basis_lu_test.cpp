@@ -64,6 +64,7 @@ const Shape kShapes[] = {
     {"near_triangular", 800, 0.4, 0.9, 3, 3, 1},
     {"small_dense_nucleus", 90, 0.2, 0.3, 3, 40, 0},
     {"dense", 60, 0, 0, 0, 60, 0},
+    {"dense_tail", 150, 0.1, 0.1, 3, 80, 0.5},
     {"sparse_nucleus", 1000, 0.1, 0.1, 2, 2, 0.5},
     {"badly_scaled", 400, 0.3, 0.6, 3, 4, 4},
     {"hypersparse", 5000, 0.6, 0.95, 2, 2, 1},
@@ -409,7 +410,7 @@ TYPED_TEST(BasisLuTest, ImpossibleSpaceThrows) {
 
 TYPED_TEST(BasisLuTest, StopsWhenAsked) {
   RandomStream random(6, "stop");
-  const Instance<TypeParam> instance = make_instance<TypeParam>(kShapes[8], random);
+  const Instance<TypeParam> instance = make_instance<TypeParam>(kShapes[9], random);
   BasisLu<TypeParam> lu;
   std::atomic<int> terminate{1};
   EXPECT_EQ(lu.factor(instance.view(), instance.head, kMarkowitz, StopToken(&terminate, kInf)), LuStatus::kInterrupted);
