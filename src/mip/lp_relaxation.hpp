@@ -1,0 +1,55 @@
+// The linear relaxation of the current node: the rows of the search model, the cuts in use, bounds mirrored from the
+// domain, and a warm-started simplex solver on them.
+//   Invariant  bounds of continuous columns that only propagation moved stay as in the model: the rows imply them, and
+//              tight implied bounds only add degeneracy.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <vector>
+
+#include "base/stop_token.hpp"
+#include "mip/cut_pool.hpp"
+#include "mip/domain.hpp"
+#include "mip/node_store.hpp"
+#include "simplex/lp_solver.hpp"
+
+namespace zorvex {
+
+class LpRelaxation {
+ public:
+  LpRelaxation(const SearchModel& model, const SimplexOptions& options, LogSink& log);
+
+  void sync_bounds(Domain& domain);
+  // Bound of one column only, as strong branching needs it; the next sync_bounds puts it right again.
+  void probe_bounds(Index col, double lower, double upper);
+
+  // As LpSolver::solve; numerical trouble gets a second chance from the slack basis.
+  SolveStatus solve(double objective_limit, double iteration_limit, const StopToken& stop);
+
+  [[nodiscard]] std::shared_ptr<const PackedBasis> save_basis() const;
+  void load_basis(const PackedBasis& basis);
+
+  // Makes the cuts rows of the LP.
+  void add_cuts(const CutPool& pool, const std::vector<std::int64_t>& ids);
+  // Ages the cuts by the slackness of their logicals and removes from LP and pool those older than `max_age`.
+  // Valid after kOptimal; returns how many were removed.
+  std::size_t remove_slack_cuts(CutPool& pool, int max_age);
+
+  [[nodiscard]] const LpPoint& point() const { return lp_.point(); }
+  [[nodiscard]] double value(Index col) const { return lp_.point().x[col]; }
+  [[nodiscard]] double objective() const { return lp_.objective(); }
+  [[nodiscard]] double iterations() const { return lp_.iterations(); }
+  [[nodiscard]] double total_iterations() const { return lp_.total_iterations(); }
+  [[nodiscard]] double work() const { return lp_.work(); }
+  [[nodiscard]] LpSolver& solver() { return lp_; }
+  [[nodiscard]] const std::vector<std::int64_t>& cut_ids() const { return cut_ids_; }
+
+ private:
+  const SearchModel* model_;
+  LpSolver lp_;
+  std::vector<std::int64_t> cut_ids_;  // of the rows behind the model's
+  std::vector<Index> probed_;
+};
+
+}  // namespace zorvex

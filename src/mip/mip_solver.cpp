@@ -1,0 +1,243 @@
+#include <algorithm>
+#include <cmath>
+#include <new>
+
+#include "mip/heuristic.hpp"
+#include "mip/mip_problem.hpp"
+#include "mip/mip_start.hpp"
+#include "mip/prepare.hpp"
+#include "mip/sub_search.hpp"
+#include "mip/tree_search.hpp"
+
+namespace zorvex {
+
+namespace {
+
+constexpr double kUnboundedNodes = 1000;  // of the search for a feasible point when the relaxation is unbounded
+
+struct Search {
+  Search(const MipProblem& problem, const MipOptions& options, LogSink& sink)
+      : state(problem, options, sink), tree(state) {}
+  SearchState state;
+  TreeSearch tree;
+  bool prepared = false;
+  bool infeasible = false;  // shown by the preparation
+};
+
+bool is_limit(SolveStatus status) {
+  switch (status) {
+    case SolveStatus::kIterationLimit:
+    case SolveStatus::kNodeLimit:
+    case SolveStatus::kTimeLimit:
+    case SolveStatus::kSolutionLimit:
+    case SolveStatus::kInterrupted: return true;
+    default: return false;
+  }
+}
+
+void report_types(SearchState& state) {
+  int continuous = 0;
+  int binary = 0;
+  const auto n = static_cast<int>(state.problem.type.size());
+  for (std::size_t col = 0; col < state.problem.type.size(); ++col) {
+    const VarType type = state.problem.type[col];
+    continuous += type == VarType::kContinuous || type == VarType::kSemiContinuous;
+    binary += type == VarType::kBinary || (type == VarType::kInteger && state.problem.lp.col_lower[col] == 0 &&
+                                           state.problem.lp.col_upper[col] == 1);
+  }
+  state.log.variable_types(continuous, n - continuous, binary);
+}
+
+void prepare_search(Search& search) {
+  SearchState& state = search.state;
+  load_mip_start(state);
+  report_types(state);
+  const Preparation preparation = prepare(state.model, state.stop);
+  search.infeasible = preparation.infeasible;
+  search.prepared = true;
+  state.log.fixed_variables(preparation.fixed, state.model.num_cols());
+  state.incumbents.configure(state.options.cutoff, state.model.granularity);
+  state.domain.reload();
+  if (search.infeasible) return;
+  run_start_heuristics(state);
+  state.root_log.open(state.start_time, state.time_offset);
+  SimplexOptions simplex = state.options.simplex;
+  simplex.root_log = true;
+  simplex.log_start_time = state.start_time - state.time_offset;
+  simplex.display_interval = state.options.display_interval;
+  state.lp = std::make_unique<LpRelaxation>(state.model, simplex, state.root_log);
+}
+
+// The columns of sets and gaps decided as in x: a polyhedron whose recession directions are those of the problem
+// around x.
+SubSearch branch_of(const SearchState& state, const std::vector<double>& x) {
+  const SearchModel& model = state.checker.model();
+  SubSearch result;
+  result.lower = model.lp.col_lower;
+  result.upper = model.lp.col_upper;
+  for (const Index col : model.gap_cols) {
+    if (x[col] <= model.gap_lower[col]) result.upper[col] = model.gap_lower[col];
+    if (x[col] >= model.gap_upper[col]) result.lower[col] = model.gap_upper[col];
+  }
+  for (const SosSet& set : model.sos) {
+    for (const Index col : set.member) {
+      if (x[col] == 0) result.lower[col] = result.upper[col] = 0;
+    }
+  }
+  return result;
+}
+
+// With rational data an unbounded relaxation and a feasible integer point make the problem unbounded: the integer hull
+// has the same recession cone as the relaxation (R. Meyer, Math. Program. 7 (1974) 223-235). Sets and gaps are unions
+// of such problems; there the relaxation restricted to the point's own branch has to be unbounded too.
+SolveStatus judge_unbounded(SearchState& state) {
+  const SearchModel& model = state.checker.model();
+  SubSearch search;
+  search.lower = model.lp.col_lower;
+  search.upper = model.lp.col_upper;
+  search.node_limit = kUnboundedNodes;
+  search.solution_limit = 1;
+  search.feasibility_only = true;
+  const SubSearchResult found = run_sub_search(state, search);
+  if (found.status == SolveStatus::kInfeasible) return SolveStatus::kInfeasible;
+  if (found.x.empty()) {
+    const SolveStatus polled = state.stop.poll();
+    return polled == SolveStatus::kLoaded ? SolveStatus::kInfOrUnbd : polled;
+  }
+  if (model.gap_cols.empty() && model.sos.empty()) return SolveStatus::kUnbounded;
+  const SubSearch branch = branch_of(state, found.x);
+  LpData restricted = model.lp;
+  restricted.col_lower = branch.lower;
+  restricted.col_upper = branch.upper;
+  QuietLog quiet;
+  SimplexOptions simplex = state.options.simplex;
+  simplex.root_log = false;
+  LpSolver lp(restricted, simplex, quiet);
+  const SolveStatus status = lp.solve({}, state.stop);
+  state.sub_iterations += lp.total_iterations();
+  return status == SolveStatus::kUnbounded ? SolveStatus::kUnbounded : SolveStatus::kInfOrUnbd;
+}
+
+MipOptions improvement_options(MipOptions options) {
+  options.heuristics = 0.5;
+  options.rins = 10;
+  options.improve_start_time = mip_tol::kNone;
+  options.improve_start_gap = 0;
+  return options;
+}
+
+// A verdict for a search whose tree ran empty while the status was still open.
+SolveStatus settle(SearchState& state, SolveStatus status) {
+  if (status == SolveStatus::kLoaded) {
+    if (state.unexplored() > 0) {
+      state.log.unknown_termination();
+    } else if (state.lost_bound < mip_tol::kNone) {
+      // Subtrees were given up for numerical reasons: nothing is proven.
+      status = state.incumbents.empty() ? SolveStatus::kNumeric : SolveStatus::kSuboptimal;
+    } else {
+      status = state.incumbents.empty() ? SolveStatus::kInfeasible : SolveStatus::kOptimal;
+    }
+  }
+  const bool final = status == SolveStatus::kOptimal || status == SolveStatus::kInfeasible;
+  if (final && state.options.cutoff < mip_tol::kNone && state.incumbents.empty()) status = SolveStatus::kCutoff;
+  return status;
+}
+
+}  // namespace
+
+struct MipSolver::State {
+  State(MipProblem the_problem, LogSink& the_sink) : problem(std::move(the_problem)), sink(the_sink) {}
+
+  void open(const MipOptions& options, const std::atomic<int>* terminate, double start_time);
+  SolveStatus search_tree();
+  void publish(SolveStatus status);
+
+  MipProblem problem;
+  LogSink& sink;
+  std::unique_ptr<Search> search;
+  MipResult result;
+};
+
+MipSolver::MipSolver(MipProblem problem, LogSink& log) : state_(std::make_unique<State>(std::move(problem), log)) {}
+MipSolver::~MipSolver() = default;
+
+const MipResult& MipSolver::result() const { return state_->result; }
+
+void MipSolver::State::open(const MipOptions& options, const std::atomic<int>* terminate, double start_time) {
+  // Nodes cut off by a cutoff are gone: a weaker one needs a new search.
+  const bool resume = search && search->prepared && options.cutoff <= search->state.options.cutoff;
+  if (!resume) search = std::make_unique<Search>(problem, options, sink);
+  SearchState& state = search->state;
+  state.options = options;
+  state.start_time = start_time;
+  const double deadline = options.time_limit >= mip_tol::kNone ? kInf : start_time + options.time_limit;
+  state.stop = StopToken(terminate, deadline);
+  state.incumbents.configure(options.cutoff, state.model.granularity);
+  state.log.begin_call(state.explored, options.display_interval);
+  if (resume) {
+    state.log.continuing();
+  } else {
+    prepare_search(*search);
+  }
+}
+
+SolveStatus MipSolver::State::search_tree() {
+  SearchState& state = search->state;
+  if (search->infeasible) return SolveStatus::kInfeasible;
+  SolveStatus status = search->tree.run();
+  if (status == kImprovementPhase) {
+    state.log.improvement_phase();
+    state.log.begin_call(state.explored, state.options.display_interval);
+    const MipOptions saved = state.options;
+    state.options = improvement_options(saved);
+    state.improvement_focus = true;
+    status = search->tree.run();
+    state.improvement_focus = false;
+    state.options = saved;
+  }
+  if (search->tree.root_unbounded()) status = judge_unbounded(state);
+  return status;
+}
+
+void MipSolver::State::publish(SolveStatus status) {
+  const SearchState& state = search->state;
+  result.status = status;
+  result.objective = state.incumbents.best_objective();
+  result.bound = state.best_bound();
+  if (status == SolveStatus::kOptimal && state.node_bound() > result.objective) result.bound = result.objective;
+  if (status == SolveStatus::kUnbounded || status == SolveStatus::kInfOrUnbd) result.bound = -mip_tol::kNone;
+  result.nodes = state.explored;
+  result.iterations = state.total_iterations();
+  result.solutions.clear();
+  result.solution_objectives.clear();
+  for (const Incumbents::Solution& solution : state.incumbents.solutions()) {
+    result.solutions.push_back(solution.x);
+    result.solution_objectives.push_back(solution.objective);
+  }
+}
+
+const MipResult& MipSolver::run(const MipOptions& options, const std::atomic<int>* terminate, double start_time) {
+  State& self = *state_;
+  if (self.search && !is_limit(self.result.status)) return self.result;
+  SolveStatus status = SolveStatus::kLoaded;
+  self.result.error = kOk;
+  try {
+    self.open(options, terminate, start_time);
+    status = self.search_tree();
+    self.search->state.log.cut_summary(self.search->state.cuts.counts_by_type());
+    status = settle(self.search->state, status);
+  } catch (const std::bad_alloc&) {
+    self.result.error = kErrorOutOfMemory;
+    if (status == SolveStatus::kLoaded) status = SolveStatus::kInterrupted;
+    if (!self.search) {
+      self.result.status = status;
+      return self.result;
+    }
+  }
+  self.publish(status);
+  SearchState& state = self.search->state;
+  state.time_offset += now_seconds() - state.start_time;
+  return self.result;
+}
+
+}  // namespace zorvex

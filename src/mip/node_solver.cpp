@@ -1,0 +1,307 @@
+#include "mip/node_solver.hpp"
+
+#include <algorithm>
+#include <cmath>
+
+#include "mip/heuristic.hpp"
+#include "mip/separator.hpp"
+
+namespace zorvex {
+
+namespace {
+
+constexpr int kResolveRounds = 5;  // LP solves of a node because reduced costs moved bounds past its optimum
+constexpr int kMaxTightenings = 50;  // new starts of a node because strong branching tightened it
+
+}  // namespace
+
+// Moves the domain to the node along the longest common part of the paths.
+bool NodeSolver::enter(const Node& node) {
+  std::vector<std::shared_ptr<const PathStep>> path;
+  for (std::shared_ptr<const PathStep> step = node.path; step; step = step->parent) path.push_back(step);
+  std::reverse(path.begin(), path.end());
+  std::size_t common = 0;
+  if (state_.pending_global.empty()) {
+    while (common < path.size() && common < active_path_.size() && path[common] == active_path_[common]) ++common;
+  }
+  Domain& domain = state_.domain;
+  domain.backtrack(static_cast<int>(common));
+  active_path_.resize(common);
+  if (!state_.pending_global.empty()) {
+    for (const BoundChange& change : state_.pending_global) domain.apply(change, Reason::kRelaxation);
+    state_.pending_global.clear();
+    // With nothing left at the root no open node holds anything better than the incumbent.
+    if (!domain.propagate()) return false;
+  }
+  for (std::size_t k = common; k < path.size(); ++k) {
+    domain.push_level();
+    active_path_.push_back(path[k]);
+    for (const BoundChange& change : path[k]->changes) {
+      if (!domain.apply(change, Reason::kBranch)) return false;
+    }
+  }
+  return domain.propagate();
+}
+
+void NodeSolver::set_active_bound(const Node& node) {
+  (node.root() ? state_.root_bound : state_.active_bound) = node.bound;
+}
+
+void NodeSolver::keep_relaxation() {
+  const LpPoint& point = state_.lp->point();
+  relaxation_.x = point.x;
+  relaxation_.reduced_cost = point.reduced_cost;
+  relaxation_.objective = state_.lp->objective();
+  relaxation_.basis = state_.lp->save_basis();
+  lp_basis_ = relaxation_.basis;
+  lp_moved_ = false;
+}
+
+void NodeSolver::restore_lp() {
+  if (!lp_moved_) return;
+  state_.lp->sync_bounds(state_.domain);
+  state_.lp->load_basis(*relaxation_.basis);
+  lp_basis_ = relaxation_.basis;
+  lp_moved_ = false;
+}
+
+NodeSolver::Step NodeSolver::solve_lp(Node& node) {
+  restore_lp();
+  LpRelaxation& lp = *state_.lp;
+  lp.sync_bounds(state_.domain);
+  if (lp_basis_ != node.basis && node.basis && !learnt_) lp.load_basis(*node.basis);
+  const double started = now_seconds();
+  lp_basis_.reset();
+  lp_status_ = lp.solve(state_.objective_limit(), state_.remaining_iterations(), state_.stop);
+  if (node.root() && !state_.root_solved()) after_root_lp(node, lp_status_, now_seconds() - started);
+  switch (lp_status_) {
+    case SolveStatus::kOptimal: return Step::kGoOn;
+    case SolveStatus::kInfeasible: return Step::kInfeasible;
+    case SolveStatus::kCutoff: return Step::kCutoff;
+    case SolveStatus::kIterationLimit:
+    case SolveStatus::kTimeLimit:
+    case SolveStatus::kInterrupted: return Step::kStopped;
+    default: return Step::kTrouble;
+  }
+}
+
+void NodeSolver::after_root_lp(Node& node, SolveStatus status, double seconds) {
+  LpRelaxation& lp = *state_.lp;
+  const double objective = status == SolveStatus::kOptimal ? lp.objective() : node.bound;
+  state_.log.root_relaxation(status, objective, lp.total_iterations(), seconds, state_.elapsed());
+  const bool stopped = status == SolveStatus::kIterationLimit || status == SolveStatus::kTimeLimit ||
+                       status == SolveStatus::kInterrupted;
+  if (stopped) return;
+  state_.root_log.close();
+  state_.root_iterations = lp.total_iterations();
+}
+
+NodeSolver::Step NodeSolver::relax(Node& node) {
+  Domain& domain = state_.domain;
+  for (int round = 0;; ++round) {
+    if (!domain.propagate()) return Step::kInfeasible;
+    const Step step = solve_lp(node);
+    if (step != Step::kGoOn) return step;
+    keep_relaxation();
+    if (!learnt_ && node.branch_col >= 0) {
+      state_.pseudocosts.update(node.branch_col, node.branch_up,
+                                std::max(0.0, relaxation_.objective - node.parent_objective), node.branch_distance);
+    }
+    learnt_ = true;
+    node.bound = std::max(node.bound, relaxation_.objective);
+    set_active_bound(node);
+    if (state_.incumbents.prunes(node.bound)) return Step::kCutoff;
+    // The last solve moves no bounds, so that the optimum handed on lies in the domain.
+    if (round == kResolveRounds) return Step::kGoOn;
+    if (!fix_by_reduced_cost()) return Step::kCutoff;
+    if (relaxation_in_domain()) return Step::kGoOn;
+  }
+}
+
+// Every argument here rests on the cutoff: an empty domain means nothing better is left.
+bool NodeSolver::fix_by_reduced_cost() {
+  const ReducedCostArgument argument{relaxation_.x, relaxation_.reduced_cost, relaxation_.objective,
+                                     state_.incumbents.pruning_cutoff()};
+  Domain& domain = state_.domain;
+  for (const BoundChange& change : reduced_cost_bounds(state_.model, domain.lower(), domain.upper(), argument)) {
+    if (!domain.apply(change, Reason::kRelaxation)) return false;
+  }
+  return domain.propagate();
+}
+
+bool NodeSolver::relaxation_in_domain() const {
+  const double tolerance = state_.options.integrality_tol;
+  for (const Index col : state_.model.integer_cols) {
+    if (relaxation_.x[col] < state_.domain.lower(col) - tolerance) return false;
+    if (relaxation_.x[col] > state_.domain.upper(col) + tolerance) return false;
+  }
+  return true;
+}
+
+void NodeSolver::describe(const Node& node, NodeLine& line) const {
+  const double tolerance = state_.options.integrality_tol;
+  line.display = NodeDisplay::kSolved;
+  line.objective = node.bound;
+  line.fractional = static_cast<int>(fractional_columns(state_, relaxation_.x, tolerance).size()) +
+                    count_violated_gaps(state_.model, relaxation_.x, tolerance);
+  line.violated_sets = count_violated_sets(state_.model, relaxation_.x, tolerance);
+}
+
+NodeResult NodeSolver::process(Node& node) {
+  NodeResult result;
+  result.line.root = node.root();
+  result.line.depth = node.depth;
+  result.line.objective = node.bound;
+  learnt_ = false;
+  lp_moved_ = false;
+  set_active_bound(node);
+  const Step step = enter(node) ? work_on(node, result) : Step::kInfeasible;
+  result.root_status = lp_status_;
+  switch (step) {
+    case Step::kInfeasible: result.line.display = NodeDisplay::kInfeasible; break;
+    case Step::kCutoff:
+      if (result.line.display != NodeDisplay::kIncumbent) result.line.display = NodeDisplay::kCutoff;
+      break;
+    case Step::kStopped:
+      result.line.display = NodeDisplay::kPostponed;
+      result.unfinished = true;
+      break;
+    case Step::kTrouble:
+      result.line.display = NodeDisplay::kExploded;
+      result.lost = true;
+      break;
+    default: break;
+  }
+  if (lp_moved_) lp_basis_.reset();
+  state_.active_bound = mip_tol::kNone;
+  return result;
+}
+
+NodeSolver::Step NodeSolver::work_on(Node& node, NodeResult& result) {
+  for (int attempt = 0;; ++attempt) {
+    Step step = relax(node);
+    BranchDecision decision;
+    if (step == Step::kTrouble) {
+      // An unbounded root is the driver's to interpret; below it no relaxation can be unbounded.
+      if (node.root() && lp_status_ == SolveStatus::kUnbounded) return step;
+      if (!branch_undecided(state_, nullptr, decision)) return step;
+      relaxation_ = {};
+      relaxation_.objective = node.bound;
+      make_children(node, decision, result);
+      return Step::kDone;
+    }
+    if (step != Step::kGoOn) return step;
+    if (node.root()) {
+      state_.root_reduced_cost = relaxation_.reduced_cost;
+      state_.root_x = relaxation_.x;
+      state_.root_objective = relaxation_.objective;
+    }
+    describe(node, result.line);
+    if (result.line.fractional + result.line.violated_sets == 0) {
+      step = settle_integral(node, result, decision);
+      if (step != Step::kGoOn) return step;
+      return split(node, decision, result);
+    }
+    if (attempt == 0) {
+      step = separate(node);
+      if (step != Step::kGoOn) return step;
+      describe(node, result.line);
+      if (result.line.fractional + result.line.violated_sets == 0) continue;
+    }
+    step = run_node_heuristics(node);
+    if (step != Step::kGoOn) return step;
+    BranchContext context{state_, relaxation_, state_.options.integrality_tol};
+    BranchOutcome outcome = BranchOutcome::kNone;
+    restore_lp();
+    for (const Brancher* brancher : branchers()) {
+      outcome = brancher->branch(context, decision);
+      if (outcome != BranchOutcome::kNone) break;
+    }
+    lp_moved_ = true;
+    switch (outcome) {
+      case BranchOutcome::kBranched: return split(node, decision, result);
+      case BranchOutcome::kInfeasible: return Step::kCutoff;
+      case BranchOutcome::kStopped: return Step::kStopped;
+      case BranchOutcome::kNone: return Step::kTrouble;
+      case BranchOutcome::kTightened: break;
+    }
+    if (attempt >= kMaxTightenings && branch_undecided(state_, &relaxation_.x, decision)) {
+      return split(node, decision, result);
+    }
+  }
+}
+
+NodeSolver::Step NodeSolver::run_node_heuristics(Node& node) {
+  HeuristicContext context{state_, &relaxation_, &node};
+  run_heuristics(context);
+  lp_moved_ = lp_moved_ || context.lp_used;
+  if (state_.must_stop()) return Step::kStopped;
+  return state_.incumbents.prunes(node.bound) ? Step::kCutoff : Step::kGoOn;
+}
+
+// The relaxation is integral within the tolerance. Either that settles the node, or a decision to branch further is
+// made: on a column that is off by more than noise, then on anything undecided.
+NodeSolver::Step NodeSolver::settle_integral(Node& node, NodeResult& result, BranchDecision& decision) {
+  const Submission submission = state_.submit(relaxation_.x);
+  const bool feasible = submission == Submission::kImproved || submission == Submission::kNotBetter;
+  if (submission == Submission::kImproved) result.line.display = NodeDisplay::kIncumbent;
+  if (state_.incumbents.prunes(node.bound)) return Step::kCutoff;
+  if (state_.stop.stop_requested() && !feasible) return Step::kStopped;
+  BranchContext context{state_, relaxation_, mip_tol::kExactlyIntegral};
+  for (const Index col : fractional_columns(state_, relaxation_.x, mip_tol::kExactlyIntegral)) {
+    const double value = relaxation_.x[col];
+    decision.down.changes = {{col, true, std::floor(value)}};
+    decision.up.changes = {{col, false, std::ceil(value)}};
+    decision.up_first = value - std::floor(value) > 0.5;
+    return Step::kGoOn;
+  }
+  if (feasible) return result.line.display == NodeDisplay::kIncumbent ? Step::kDone : Step::kCutoff;
+  if (branch_undecided(state_, &relaxation_.x, decision)) return Step::kGoOn;
+  return submission == Submission::kInfeasible ? Step::kInfeasible : Step::kTrouble;
+}
+
+NodeSolver::Step NodeSolver::split(Node& node, BranchDecision& decision, NodeResult& result) {
+  make_children(node, decision, result);
+  return Step::kDone;
+}
+
+double NodeSolver::estimate_gain() const {
+  if (relaxation_.x.empty()) return 0;
+  double sum = 0;
+  for (const Index col : fractional_columns(state_, relaxation_.x, state_.options.integrality_tol)) {
+    const double fraction = relaxation_.x[col] - std::floor(relaxation_.x[col]);
+    sum += std::min(state_.pseudocosts.rate(col, false) * fraction, state_.pseudocosts.rate(col, true) * (1 - fraction));
+  }
+  return sum;
+}
+
+void NodeSolver::make_children(const Node& node, const BranchDecision& decision, NodeResult& result) {
+  std::unique_ptr<Node> down = make_child(node, decision.down, false, decision.col);
+  std::unique_ptr<Node> up = make_child(node, decision.up, true, decision.col);
+  const double rest = estimate_gain() - std::min(decision.down.gain, decision.up.gain);
+  down->estimate = std::max(down->bound, relaxation_.objective + rest + decision.down.gain);
+  up->estimate = std::max(up->bound, relaxation_.objective + rest + decision.up.gain);
+  result.first = std::move(decision.up_first ? up : down);
+  result.second = std::move(decision.up_first ? down : up);
+}
+
+std::unique_ptr<Node> NodeSolver::make_child(const Node& node, const Branch& branch, bool up, Index col) {
+  auto child = std::make_unique<Node>();
+  child->depth = node.depth + 1;
+  child->bound = std::max(node.bound, branch.bound);
+  child->basis = relaxation_.basis ? relaxation_.basis : node.basis;
+  auto step = std::make_shared<PathStep>();
+  step->parent = node.path;
+  step->depth = child->depth;
+  // What the relaxation proved about the parent holds below it; propagation finds its own consequences again.
+  if (!node.root()) step->changes = state_.domain.relaxation_changes();
+  step->changes.insert(step->changes.end(), branch.changes.begin(), branch.changes.end());
+  child->path = std::move(step);
+  child->branch_col = branch.distance > 0 ? col : -1;
+  child->branch_up = up;
+  child->branch_distance = branch.distance;
+  child->parent_objective = relaxation_.objective;
+  return child;
+}
+
+}  // namespace zorvex

@@ -1,0 +1,50 @@
+// The model the tree search works on: the columns of the problem, its rows tightened, and the sets and gaps that the
+// linear relaxation does not know.
+//   Invariant  same columns as the problem in the same order; every point feasible for the problem (integral where it
+//              must be) is feasible here, and the other way round. Fixings show as equal bounds.
+#pragma once
+
+#include <utility>
+#include <vector>
+
+#include "base/stop_token.hpp"
+#include "linalg/lp_data.hpp"
+#include "mip/mip_problem.hpp"
+
+namespace zorvex {
+
+struct SearchModel {
+  LpData lp;
+  SparseMatrix rows;                // row-wise twin of lp.matrix
+  std::vector<char> integer;        // num_cols: 1 where integral values are demanded
+  std::vector<char> branchable;     // 1 for integer, semi-continuous and SOS columns: their bounds follow the tree
+  std::vector<double> gap_lower, gap_upper;  // num_cols: values strictly between are forbidden; none when equal
+  std::vector<Index> gap_cols;      // columns with a gap
+  std::vector<SosSet> sos;          // members in increasing weight, duplicates and empty sets removed
+  std::vector<Index> sos_start, sos_list;  // CSR: sets of each column
+  std::vector<Index> integer_cols;
+  std::vector<Index> up_locks, down_locks;  // row sides that keep a column from growing, from shrinking
+  std::vector<Index> priority;      // empty or num_cols
+  double granularity = 0;  // the objective of feasible points is offset + a multiple of this; 0 unknown
+
+  [[nodiscard]] Index num_cols() const { return lp.num_cols(); }
+  [[nodiscard]] Index num_rows() const { return lp.num_rows(); }
+  [[nodiscard]] bool has_gap(Index col) const { return gap_lower[col] < gap_upper[col]; }
+  // Integer within [0, 1].
+  [[nodiscard]] bool binary(Index col) const {
+    return integer[col] && lp.col_lower[col] >= 0 && lp.col_upper[col] <= 1;
+  }
+  [[nodiscard]] std::size_t sos_begin(Index col) const { return static_cast<std::size_t>(sos_start[col]); }
+  [[nodiscard]] std::size_t sos_end(Index col) const { return static_cast<std::size_t>(sos_start[col + 1]); }
+};
+
+// The relaxation of the problem as given: semi-continuous bounds widened to include zero, integer bounds rounded.
+SearchModel make_search_model(const MipProblem& problem);
+
+// Counts the locks anew after the rows changed.
+void count_locks(SearchModel& model);
+
+// Largest g > 0 such that all feasible objectives lie in offset + g * integers; 0 if none is found.
+double objective_granularity(const SearchModel& model);
+
+}  // namespace zorvex

@@ -1,0 +1,114 @@
+#include "mip/search_state.hpp"
+
+#include <algorithm>
+#include <cmath>
+
+namespace zorvex {
+
+void RootLog::write(const char* text) {
+  if (!open_) return;
+  sink_.write(text);
+  log_.elapsed(now_seconds() - start_time_ + offset_);
+}
+
+SearchState::SearchState(const MipProblem& mip_problem, const MipOptions& mip_options, LogSink& log_sink)
+    : problem(mip_problem),
+      options(mip_options),
+      sink(log_sink),
+      log(log_sink, mip_problem.sense, mip_options.sub_mip),
+      root_log(log_sink, log),
+      model(make_search_model(mip_problem)),
+      checker(mip_problem, mip_options.simplex, mip_options.integrality_tol),
+      pseudocosts(mip_problem.lp.num_cols()),
+      domain(model),
+      random(0, "mip") {
+  incumbents.configure(options.cutoff, model.granularity);
+}
+
+Submission SearchState::submit(std::vector<double> x) {
+  std::vector<double> exact = x;
+  if (!checker.snap(exact)) return Submission::kUnknown;
+  if (checker.feasible(exact)) {
+    x = std::move(exact);
+  } else {
+    const Completion completion = checker.complete(exact, stop);
+    if (completion == Completion::kInfeasible) return Submission::kInfeasible;
+    if (completion == Completion::kUnknown) return Submission::kUnknown;
+    x = std::move(exact);
+  }
+  const double objective = checker.objective(x);
+  if (!incumbents.add(std::move(x), objective)) return Submission::kNotBetter;
+  on_improvement();
+  return Submission::kImproved;
+}
+
+bool SearchState::submit_heuristic(const std::vector<double>& x) {
+  if (submit(x) != Submission::kImproved) return false;
+  log.heuristic_solution(progress(), root_solved());
+  return true;
+}
+
+void SearchState::on_improvement() {
+  nodes.prune(incumbents.pruning_cutoff());
+  if (root_reduced_cost.empty()) return;
+  const std::vector<BoundChange> found =
+      reduced_cost_bounds(model, model.lp.col_lower, model.lp.col_upper,
+                          {root_x, root_reduced_cost, root_objective, incumbents.pruning_cutoff()});
+  pending_global.insert(pending_global.end(), found.begin(), found.end());
+}
+
+double SearchState::total_iterations() const {
+  return (lp ? lp->total_iterations() : 0) + checker.iterations() + sub_iterations;
+}
+
+double SearchState::node_bound() const {
+  double bound = std::min({nodes.best_bound(), active_bound, lost_bound, root_bound});
+  if (next) bound = std::min(bound, next->bound);
+  return bound;
+}
+
+double SearchState::best_bound() const { return std::min(node_bound(), incumbents.best_objective()); }
+
+double SearchState::unexplored() const { return static_cast<double>(nodes.size()) + (next ? 1 : 0); }
+
+Progress SearchState::progress() const {
+  Progress result;
+  result.explored = explored;
+  result.unexplored = unexplored();
+  result.incumbent = incumbents.best_objective();
+  result.bound = best_bound();
+  result.iterations = total_iterations();
+  result.root_iterations = std::max(0.0, root_iterations);
+  result.elapsed = elapsed();
+  return result;
+}
+
+bool SearchState::must_stop() const {
+  return stop.stop_requested() || total_iterations() >= options.iteration_limit ||
+         incumbents.found() >= options.solution_limit;
+}
+
+double SearchState::objective_limit() const {
+  const double cutoff = incumbents.pruning_cutoff();
+  return cutoff >= mip_tol::kNone ? kInf : cutoff;
+}
+
+std::vector<BoundChange> reduced_cost_bounds(const SearchModel& model, std::span<const double> lower,
+                                             std::span<const double> upper, const ReducedCostArgument& argument) {
+  std::vector<BoundChange> result;
+  const double gap = argument.cutoff - argument.objective;
+  if (argument.cutoff >= mip_tol::kNone || gap < 0) return result;
+  for (const Index col : model.integer_cols) {
+    const double d = argument.reduced_cost[col];
+    if (std::abs(d) < mip_tol::kReducedCost) continue;
+    // A column with a reduced cost sits at a bound of its relaxation; rounding removes the noise of the solve.
+    const double at = std::round(argument.x[col]);
+    if (std::abs(argument.x[col] - at) > mip_tol::kIntegerRounding) continue;
+    const double steps = std::floor(gap / std::abs(d) + mip_tol::kReducedCostRelax);
+    if (d > 0 && at + steps < upper[col]) result.push_back({col, true, at + steps});
+    if (d < 0 && at - steps > lower[col]) result.push_back({col, false, at - steps});
+  }
+  return result;
+}
+
+}  // namespace zorvex

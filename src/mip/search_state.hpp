@@ -1,0 +1,125 @@
+// Everything one search knows, shared by the node solver, branchers, separators and heuristics. Lives from the first
+// solve of a model through all resumed ones.
+#pragma once
+
+#include <memory>
+#include <span>
+#include <vector>
+
+#include "base/random_stream.hpp"
+#include "base/stop_token.hpp"
+#include "mip/cut_pool.hpp"
+#include "mip/domain.hpp"
+#include "mip/incumbents.hpp"
+#include "mip/lp_relaxation.hpp"
+#include "mip/mip_log.hpp"
+#include "mip/mip_problem.hpp"
+#include "mip/node_store.hpp"
+#include "mip/pseudocosts.hpp"
+#include "mip/solution_check.hpp"
+
+namespace zorvex {
+
+// Forwards the simplex log of the root relaxation, with the search's own signs of life; silent afterwards.
+class RootLog final : public LogSink {
+ public:
+  RootLog(LogSink& sink, MipLog& log) : sink_(sink), log_(log) {}
+  void open(double start_time, double offset) {
+    open_ = true;
+    start_time_ = start_time;
+    offset_ = offset;
+  }
+  void close() { open_ = false; }
+  void write(const char* text) override;
+  [[nodiscard]] bool enabled() const override { return open_ && sink_.enabled(); }
+  [[nodiscard]] bool diagnostics() const override { return open_ && sink_.diagnostics(); }
+
+ private:
+  LogSink& sink_;
+  MipLog& log_;
+  bool open_ = false;
+  double start_time_ = 0, offset_ = 0;
+};
+
+// What a submitted point turned out to be.
+enum class Submission {
+  kImproved,    // feasible and the new incumbent
+  kNotBetter,   // feasible, but not better than the incumbent or beyond the cutoff
+  kInfeasible,  // no feasible point has its integer part
+  kUnknown,     // could not be settled
+};
+
+struct SearchState {
+  SearchState(const MipProblem& problem, const MipOptions& options, LogSink& sink);
+
+  // --- solutions ---
+  // Judges x, which need be integral only within the tolerance, on the problem as given and installs it when it
+  // improves. Prints nothing.
+  Submission submit(std::vector<double> x);
+  // The same for heuristics: prints the solution line when it improved; returns whether it did.
+  bool submit_heuristic(const std::vector<double>& x);
+  // After an improvement: prunes open nodes and derives global bounds from the root's reduced costs.
+  void on_improvement();
+
+  // --- counters and bounds ---
+  [[nodiscard]] double total_iterations() const;
+  [[nodiscard]] double node_bound() const;  // over all open nodes, those in process and lost ones; kNone if none
+  [[nodiscard]] double best_bound() const;  // node_bound, capped by the incumbent
+  [[nodiscard]] double unexplored() const;
+  [[nodiscard]] double elapsed() const { return now_seconds() - start_time + time_offset; }
+  [[nodiscard]] Progress progress() const;
+  [[nodiscard]] bool root_solved() const { return root_iterations >= 0; }
+  // True when work inside a node must end now: time, interrupt, iteration or solution limit.
+  [[nodiscard]] bool must_stop() const;
+  [[nodiscard]] double remaining_iterations() const { return options.iteration_limit - total_iterations(); }
+  // For LpSolver: infinite while nothing prunes.
+  [[nodiscard]] double objective_limit() const;
+
+  const MipProblem& problem;
+  MipOptions options;
+  LogSink& sink;
+  MipLog log;
+  RootLog root_log;
+  SearchModel model;
+  SolutionChecker checker;
+  Incumbents incumbents;
+  Pseudocosts pseudocosts;
+  CutPool cuts;
+  NodeStore nodes;
+  Domain domain;  // of the node in process
+  std::unique_ptr<LpRelaxation> lp;  // made for the root
+  RandomStream random;
+  StopToken stop;
+
+  std::unique_ptr<Node> next;        // child to be explored next, not in the store
+  double active_bound = mip_tol::kNone;  // of the node in process
+  double lost_bound = mip_tol::kNone;    // least bound of a subtree that was given up
+  double root_bound = -mip_tol::kNone;   // of the root while it is not finished; kNone afterwards
+  double explored = 0;
+  double root_iterations = -1;       // negative until the root relaxation was solved
+  double sub_iterations = 0;         // simplex iterations of finished sub-searches
+  double strong_iterations = 0;      // of strong branching
+  double heuristic_iterations = 0;   // of heuristics on the node LP and of sub-searches
+  bool improvement_focus = false;
+
+  double start_time = 0;   // now_seconds() of the current optimize call
+  double time_offset = 0;  // seconds of earlier calls
+
+  // The root relaxation, for guided choices and global reduced-cost fixing.
+  std::vector<double> root_x, root_reduced_cost;
+  double root_objective = -mip_tol::kNone;
+  std::vector<BoundChange> pending_global;  // valid everywhere, not yet in the domain's lowest level
+};
+
+// Bounds of integer columns implied by the reduced costs of a relaxation with optimum x and value `objective` when
+// nothing above `cutoff` matters; only those that improve on [lower, upper].
+struct ReducedCostArgument {
+  const std::vector<double>& x;
+  const std::vector<double>& reduced_cost;
+  double objective;
+  double cutoff;
+};
+std::vector<BoundChange> reduced_cost_bounds(const SearchModel& model, std::span<const double> lower,
+                                             std::span<const double> upper, const ReducedCostArgument& argument);
+
+}  // namespace zorvex

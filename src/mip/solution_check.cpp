@@ -1,0 +1,167 @@
+#include "mip/solution_check.hpp"
+
+#include <algorithm>
+#include <cmath>
+
+#include "base/quality.hpp"
+#include "mip/mip_tolerances.hpp"
+
+namespace zorvex {
+
+namespace {
+
+ProblemView view_of(const LpData& lp) {
+  ProblemView view;
+  view.num_rows = lp.num_rows();
+  view.num_cols = lp.num_cols();
+  view.start = lp.matrix.start.data();
+  view.index = lp.matrix.index.data();
+  view.value = lp.matrix.value.data();
+  view.cost = lp.cost.data();
+  view.col_lower = lp.col_lower.data();
+  view.col_upper = lp.col_upper.data();
+  view.row_lower = lp.row_lower.data();
+  view.row_upper = lp.row_upper.data();
+  return view;
+}
+
+}  // namespace
+
+SolutionChecker::SolutionChecker(const MipProblem& problem, const SimplexOptions& options, double integrality_tol)
+    : model_(make_search_model(problem)), simplex_(options), integrality_tol_(integrality_tol) {
+  simplex_.root_log = false;
+}
+
+SolutionChecker::~SolutionChecker() = default;
+
+bool SolutionChecker::snap_set(const SosSet& set, std::vector<double>& x) const {
+  const auto count = set.member.size();
+  const auto width = static_cast<std::size_t>(set.type);
+  std::size_t best = 0;
+  double best_sum = -1;
+  for (std::size_t p = 0; p + width <= count; ++p) {
+    double sum = 0;
+    for (std::size_t q = p; q < p + width; ++q) sum += std::abs(x[set.member[q]]);
+    if (sum > best_sum) {
+      best_sum = sum;
+      best = p;
+    }
+  }
+  for (std::size_t p = 0; p < count; ++p) {
+    if (p >= best && p < best + width) continue;
+    if (std::abs(x[set.member[p]]) > integrality_tol_) return false;
+    x[set.member[p]] = 0;
+  }
+  return true;
+}
+
+bool SolutionChecker::snap(std::vector<double>& x) const {
+  for (Index col = 0; col < model_.num_cols(); ++col) {
+    double& value = x[col];
+    if (std::isnan(value)) return false;
+    if (model_.integer[col]) {
+      const double rounded = std::round(value);
+      if (std::abs(value - rounded) > integrality_tol_) return false;
+      value = rounded == 0 ? 0 : rounded;
+    }
+    value = std::clamp(value, model_.lp.col_lower[col], model_.lp.col_upper[col]);
+    if (!model_.has_gap(col)) continue;
+    const double low = model_.gap_lower[col];
+    const double high = model_.gap_upper[col];
+    if (value <= low || value >= high) continue;
+    if (std::min(value - low, high - value) > integrality_tol_) return false;
+    value = value - low < high - value ? low : high;
+  }
+  return std::all_of(model_.sos.begin(), model_.sos.end(), [&](const SosSet& set) { return snap_set(set, x); });
+}
+
+bool SolutionChecker::feasible(const std::vector<double>& x) const {
+  for (const Index col : model_.integer_cols) {
+    if (std::abs(x[col] - std::round(x[col])) > integrality_tol_) return false;
+  }
+  for (const Index col : model_.gap_cols) {
+    const double slack = std::min(simplex_.primal_feasibility_tol, model_.gap_upper[col] - model_.gap_lower[col]) / 2;
+    if (x[col] > model_.gap_lower[col] + slack && x[col] < model_.gap_upper[col] - slack) return false;
+  }
+  std::vector<double> copy = x;
+  if (!std::all_of(model_.sos.begin(), model_.sos.end(), [&](const SosSet& set) {
+        return snap_set(set, copy) && std::all_of(set.member.begin(), set.member.end(),
+                                                  [&](Index col) { return copy[col] == x[col]; });
+      })) {
+    return false;
+  }
+  const PrimalQuality quality = measure_primal(view_of(model_.lp), x, {});
+  return quality.bound.max <= simplex_.primal_feasibility_tol && quality.row.max <= simplex_.primal_feasibility_tol;
+}
+
+void SolutionChecker::restrict_to(const std::vector<double>& x, std::vector<double>& lower,
+                                  std::vector<double>& upper) const {
+  lower = model_.lp.col_lower;
+  upper = model_.lp.col_upper;
+  for (const Index col : model_.integer_cols) lower[col] = upper[col] = x[col];
+  for (const Index col : model_.gap_cols) {
+    if (model_.integer[col]) continue;
+    if (x[col] <= model_.gap_lower[col]) upper[col] = model_.gap_lower[col];
+    if (x[col] >= model_.gap_upper[col]) lower[col] = model_.gap_upper[col];
+  }
+  for (const SosSet& set : model_.sos) {
+    // The window of members that may be nonzero: the nonzero ones, extended to the set's width.
+    const auto count = set.member.size();
+    std::size_t first = count;
+    for (std::size_t p = 0; p < count; ++p) {
+      if (x[set.member[p]] != 0) {
+        first = p;
+        break;
+      }
+    }
+    first = std::min(first, count - static_cast<std::size_t>(set.type));
+    for (std::size_t p = 0; p < count; ++p) {
+      if (p >= first && p < first + static_cast<std::size_t>(set.type)) continue;
+      lower[set.member[p]] = upper[set.member[p]] = 0;
+    }
+  }
+}
+
+Completion SolutionChecker::complete(std::vector<double>& x, const StopToken& stop) {
+  std::vector<double> lower;
+  std::vector<double> upper;
+  restrict_to(x, lower, upper);
+  return complete_within(lower, upper, x, stop);
+}
+
+Completion SolutionChecker::complete_within(const std::vector<double>& lower, const std::vector<double>& upper,
+                                            std::vector<double>& x, const StopToken& stop) {
+  if (!lp_) lp_ = std::make_unique<LpSolver>(model_.lp, simplex_, quiet_);
+  const LpData& data = lp_->data();
+  for (Index col = 0; col < model_.num_cols(); ++col) {
+    if (lower[col] > upper[col]) return Completion::kInfeasible;
+    if (data.col_lower[col] != lower[col] || data.col_upper[col] != upper[col]) {
+      lp_->set_col_bounds(col, lower[col], upper[col]);
+    }
+  }
+  SolveStatus status = lp_->solve({}, stop);
+  if (status == SolveStatus::kNumeric) {
+    lp_->reset_to_slack_basis();
+    status = lp_->solve({}, stop);
+  }
+  if (status == SolveStatus::kInfeasible) return Completion::kInfeasible;
+  if (status != SolveStatus::kOptimal) return Completion::kUnknown;
+  x = lp_->point().x;
+  std::vector<double> exact = x;
+  if (snap(exact) && feasible(exact)) {
+    x = std::move(exact);
+    return Completion::kFeasible;
+  }
+  return feasible(x) ? Completion::kFeasible : Completion::kUnknown;
+}
+
+double SolutionChecker::objective(const std::vector<double>& x) const {
+  Extended sum = model_.lp.offset;
+  for (std::size_t col = 0; col < x.size(); ++col) sum += static_cast<Extended>(model_.lp.cost[col]) * x[col];
+  return static_cast<double>(sum);
+}
+
+double SolutionChecker::iterations() const { return lp_ ? lp_->total_iterations() : 0; }
+double SolutionChecker::work() const { return lp_ ? lp_->work() : 0; }
+
+}  // namespace zorvex
