@@ -4,7 +4,6 @@
 #include <cmath>
 
 #include "mip/heuristic.hpp"
-#include "mip/separator.hpp"
 
 namespace zorvex {
 
@@ -231,6 +230,8 @@ NodeSolver::Step NodeSolver::work_on(Node& node, NodeResult& result) {
   }
 }
 
+NodeSolver::Step NodeSolver::separate(Node&) { return Step::kGoOn; }
+
 NodeSolver::Step NodeSolver::run_node_heuristics(Node& node) {
   HeuristicContext context{state_, &relaxation_, &node};
   run_heuristics(context);
@@ -247,7 +248,6 @@ NodeSolver::Step NodeSolver::settle_integral(Node& node, NodeResult& result, Bra
   if (submission == Submission::kImproved) result.line.display = NodeDisplay::kIncumbent;
   if (state_.incumbents.prunes(node.bound)) return Step::kCutoff;
   if (state_.stop.stop_requested() && !feasible) return Step::kStopped;
-  BranchContext context{state_, relaxation_, mip_tol::kExactlyIntegral};
   for (const Index col : fractional_columns(state_, relaxation_.x, mip_tol::kExactlyIntegral)) {
     const double value = relaxation_.x[col];
     decision.down.changes = {{col, true, std::floor(value)}};
