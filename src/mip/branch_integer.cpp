@@ -10,11 +10,11 @@ namespace zorvex {
 
 namespace {
 
-constexpr int kReliable = 8;           // observations on both sides that make a pseudocost trusted
-constexpr int kLookahead = 8;          // tries without improvement that end the search
-constexpr int kMaxTries = 100;         // per node
-constexpr double kFreeIterations = 2000;  // strong branching iterations not counted against the tree
-constexpr double kShare = 0.5;         // of the tree's simplex iterations
+constexpr int kReliable = 8;                       // observations on both sides that make a pseudocost trusted
+constexpr int kLookahead = 8;                      // tries without improvement that end the search
+constexpr int kMaxTries = 100;                     // per node
+constexpr double kFreeIterations = 2000;           // strong branching iterations not counted against the tree
+constexpr double kShare = 0.5;                     // of the tree's simplex iterations
 constexpr double kMinLimit = 10, kMaxLimit = 500;  // iterations of one try
 
 struct Candidate {
@@ -68,8 +68,8 @@ Probe StrongBranching::probe(const Candidate& candidate, bool up) {
     if (status == SolveStatus::kOptimal) {
       result.bound = lp.objective();
       if (state_.incumbents.prunes(result.bound)) result.infeasible = true;
-      const double distance = up ? std::ceil(candidate.value) - candidate.value
-                                 : candidate.value - std::floor(candidate.value);
+      const double distance =
+          up ? std::ceil(candidate.value) - candidate.value : candidate.value - std::floor(candidate.value);
       state_.pseudocosts.update(col, up, result.gain, distance);
     }
   }
@@ -115,8 +115,9 @@ bool budget_left(const SearchState& state) {
 BranchOutcome conclude(SearchState& state, const Candidate& candidate, const Probe& down, const Probe& up) {
   if (down.infeasible && up.infeasible) return BranchOutcome::kInfeasible;
   if (down.infeasible || up.infeasible) {
-    const bool ok = down.infeasible ? state.domain.tighten_lower(candidate.col, std::ceil(candidate.value), Reason::kRelaxation)
-                                    : state.domain.tighten_upper(candidate.col, std::floor(candidate.value), Reason::kRelaxation);
+    const bool ok = down.infeasible
+                        ? state.domain.tighten_lower(candidate.col, std::ceil(candidate.value), Reason::kRelaxation)
+                        : state.domain.tighten_upper(candidate.col, std::floor(candidate.value), Reason::kRelaxation);
     return ok ? BranchOutcome::kTightened : BranchOutcome::kInfeasible;
   }
   return BranchOutcome::kBranched;

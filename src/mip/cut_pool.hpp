@@ -51,8 +51,8 @@ class CutPool {
  private:
   static std::uint64_t hash(const Cut& cut);
 
-  std::vector<Cut> cuts_;   // by id
-  std::vector<char> live_;  // by id
+  std::vector<Cut> cuts_;                                         // by id
+  std::vector<char> live_;                                        // by id
   std::unordered_multimap<std::uint64_t, std::int64_t> by_hash_;  // looked up, never iterated
   std::size_t held_ = 0;
 };

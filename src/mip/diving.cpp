@@ -8,9 +8,9 @@ namespace zorvex {
 namespace {
 
 constexpr int kMaxDepth = 500;
-constexpr int kMaxBacktracks = 8;          // second choices of one dive
-constexpr double kMinIterations = 500;     // effort of one dive
-constexpr double kRootShare = 2;           // or this share of the root's iterations, whichever is more
+constexpr int kMaxBacktracks = 8;       // second choices of one dive
+constexpr double kMinIterations = 500;  // effort of one dive
+constexpr double kRootShare = 2;        // or this share of the root's iterations, whichever is more
 
 class Dive {
  public:
@@ -52,7 +52,7 @@ void Dive::run() {
         count_violated_sets(state_.model, x_, tolerance) > 0) {
       continue;
     }
-    state_.submit_heuristic(x_);
+    state_.submit_heuristic(x_, false);
     break;
   }
   domain.backtrack(level);
@@ -140,7 +140,8 @@ Dive::Outcome Dive::attempt(const std::vector<BoundChange>& changes) {
     case SolveStatus::kCutoff:
       domain.backtrack(level);
       return Outcome::kDead;
-    default: return Outcome::kStop;
+    default:
+      return Outcome::kStop;
   }
 }
 

@@ -88,8 +88,14 @@ void Domain::recompute_activity(Index row) {
     const Index col = rows.index[k];
     const double at_min = a > 0 ? lower_[col] : upper_[col];
     const double at_max = a > 0 ? upper_[col] : lower_[col];
-    if (std::isinf(at_min)) ++act.min_inf; else act.min += a * at_min;
-    if (std::isinf(at_max)) ++act.max_inf; else act.max += a * at_max;
+    if (std::isinf(at_min))
+      ++act.min_inf;
+    else
+      act.min += a * at_min;
+    if (std::isinf(at_max))
+      ++act.max_inf;
+    else
+      act.max += a * at_max;
   }
   activity_[row] = act;
   work_.add(rows.end(row) - rows.begin(row));
@@ -105,8 +111,14 @@ void Domain::update_activities(Index col, bool upper, double old_value, double n
     const bool on_max = (a > 0) == upper;
     double& finite = on_max ? act.max : act.min;
     Index& infinite = on_max ? act.max_inf : act.min_inf;
-    if (old_inf) --infinite; else finite -= a * old_value;
-    if (new_inf) ++infinite; else finite += a * new_value;
+    if (old_inf)
+      --infinite;
+    else
+      finite -= a * old_value;
+    if (new_inf)
+      ++infinite;
+    else
+      finite += a * new_value;
   }
   work_.add(cols.end(col) - cols.begin(col));
 }
@@ -296,7 +308,8 @@ bool Domain::derive_upper(Index col, double value) {
   const double gain = upper_[col] - value;
   const double least = mip_tol::kMinTighteningAbs * std::max(1.0, std::min(std::abs(upper_[col]), std::abs(value)));
   const bool crosses = value < lower_[col];
-  if (!crosses && !(std::isinf(upper_[col]) || (gain > least && (std::isinf(range) || gain > mip_tol::kMinTightening * range)))) {
+  if (!crosses &&
+      !(std::isinf(upper_[col]) || (gain > least && (std::isinf(range) || gain > mip_tol::kMinTightening * range)))) {
     return true;
   }
   return tighten_upper(col, value, Reason::kPropagation);
@@ -310,7 +323,8 @@ bool Domain::derive_lower(Index col, double value) {
   const double gain = value - lower_[col];
   const double least = mip_tol::kMinTighteningAbs * std::max(1.0, std::min(std::abs(lower_[col]), std::abs(value)));
   const bool crosses = value > upper_[col];
-  if (!crosses && !(std::isinf(lower_[col]) || (gain > least && (std::isinf(range) || gain > mip_tol::kMinTightening * range)))) {
+  if (!crosses &&
+      !(std::isinf(lower_[col]) || (gain > least && (std::isinf(range) || gain > mip_tol::kMinTightening * range)))) {
     return true;
   }
   return tighten_lower(col, value, Reason::kPropagation);

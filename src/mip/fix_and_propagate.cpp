@@ -24,7 +24,8 @@ bool decide_gap(Domain& domain, Index col, double target) {
   for (const bool up : {up_first, !up_first}) {
     const int level = domain.level();
     domain.push_level();
-    const bool ok = up ? domain.tighten_lower(col, high, Reason::kBranch) : domain.tighten_upper(col, low, Reason::kBranch);
+    const bool ok =
+        up ? domain.tighten_lower(col, high, Reason::kBranch) : domain.tighten_upper(col, low, Reason::kBranch);
     if (ok && domain.propagate()) return true;
     domain.backtrack(level);
   }

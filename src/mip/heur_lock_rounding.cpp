@@ -23,7 +23,7 @@ void run(HeuristicContext& context) {
     objective += model.lp.cost[col] * (rounded - x[col]);
     x[col] = rounded;
   }
-  if (!state.incumbents.prunes(objective)) state.submit_heuristic(x);
+  if (!state.incumbents.prunes(objective)) state.submit_heuristic(x, true);
 }
 
 }  // namespace

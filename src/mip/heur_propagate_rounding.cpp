@@ -24,7 +24,7 @@ void run(HeuristicContext& context) {
   double objective = model.lp.offset;
   for (Index col = 0; col < model.num_cols(); ++col) objective += model.lp.cost[col] * x[col];
   const bool all_integer = model.integer_cols.size() == x.size();
-  if (!all_integer || !state.incumbents.prunes(objective)) state.submit_heuristic(x);
+  if (!all_integer || !state.incumbents.prunes(objective)) state.submit_heuristic(x, true);
 }
 
 }  // namespace

@@ -30,7 +30,7 @@ void run(HeuristicContext& context) {
       const double locks = static_cast<double>(model.up_locks[col] - model.down_locks[col]);
       target[col] = preferred(model, col, by_cost ? model.lp.cost[col] : locks);
     }
-    if (fix_and_propagate(state, model.integer_cols, target, x)) state.submit_heuristic(x);
+    if (fix_and_propagate(state, model.integer_cols, target, x)) state.submit_heuristic(x, true);
     if (state.must_stop()) return;
   }
 }

@@ -35,8 +35,10 @@ bool budget_left(const SearchState& state) {
 bool due(const SearchState& state, HeuristicTiming timing, std::size_t turn) {
   const double explored = state.explored;
   switch (timing) {
-    case HeuristicTiming::kBeforeRoot: return false;
-    case HeuristicTiming::kRelaxation: return true;
+    case HeuristicTiming::kBeforeRoot:
+      return false;
+    case HeuristicTiming::kRelaxation:
+      return true;
     case HeuristicTiming::kDive: {
       if (explored == 0) return true;
       // The dives take turns: one of them at every kDiveEvery-th node.

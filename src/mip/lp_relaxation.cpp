@@ -80,4 +80,15 @@ std::size_t LpRelaxation::remove_slack_cuts(CutPool& pool, int max_age) {
   return dropped;
 }
 
+void LpRelaxation::drop_cuts(CutPool& pool) {
+  const auto m = static_cast<std::size_t>(model_->num_rows());
+  std::vector<char> drop(m + cut_ids_.size(), 0);
+  for (std::size_t k = 0; k < cut_ids_.size(); ++k) {
+    drop[m + k] = 1;
+    pool.remove(cut_ids_[k]);
+  }
+  if (!cut_ids_.empty()) lp_.delete_rows(drop);
+  cut_ids_.clear();
+}
+
 }  // namespace zorvex

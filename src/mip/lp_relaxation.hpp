@@ -36,6 +36,9 @@ class LpRelaxation {
   // Valid after kOptimal; returns how many were removed.
   std::size_t remove_slack_cuts(CutPool& pool, int max_age);
 
+  // Removes all cuts from LP and pool.
+  void drop_cuts(CutPool& pool);
+
   [[nodiscard]] const LpPoint& point() const { return lp_.point(); }
   [[nodiscard]] double value(Index col) const { return lp_.point().x[col]; }
   [[nodiscard]] double objective() const { return lp_.objective(); }

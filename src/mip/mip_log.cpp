@@ -113,11 +113,20 @@ bool MipLog::node(const NodeLine& line, const Progress& progress) {
         objective = format_width10(shown(std::max(line.objective, progress.bound)));
         infeasibilities = text("%3d", line.fractional + line.violated_sets);
         break;
-      case NodeDisplay::kPostponed: objective = "postponed"; break;
-      case NodeDisplay::kInfeasible: objective = "infeasible"; break;
-      case NodeDisplay::kCutoff: objective = "cutoff"; break;
-      case NodeDisplay::kExploded: objective = "exploded"; break;
-      default: break;
+      case NodeDisplay::kPostponed:
+        objective = "postponed";
+        break;
+      case NodeDisplay::kInfeasible:
+        objective = "infeasible";
+        break;
+      case NodeDisplay::kCutoff:
+        objective = "cutoff";
+        break;
+      case NodeDisplay::kExploded:
+        objective = "exploded";
+        break;
+      default:
+        break;
     }
     const std::string incumbent = progress.incumbent >= kNone ? "-" : format_width10(shown(progress.incumbent));
     sink_.print(" %5.0f %5.0f %10s %4d %4s %10s %10s %6s %5s %5s\n", progress.explored, progress.unexplored,
@@ -152,17 +161,39 @@ void MipLog::elapsed(double seconds) {
 void MipLog::root_relaxation(SolveStatus status, double objective, double iterations, double seconds, double elapsed) {
   std::string word;
   switch (status) {
-    case SolveStatus::kOptimal: word = text("objective %.6e", shown(objective)); break;
-    case SolveStatus::kInfeasible: word = "infeasible"; break;
-    case SolveStatus::kInfOrUnbd: word = "infeasible or unbounded"; break;
-    case SolveStatus::kUnbounded: word = "unbounded"; break;
-    case SolveStatus::kCutoff: word = "cutoff"; break;
-    case SolveStatus::kIterationLimit: word = "iteration limit"; break;
-    case SolveStatus::kTimeLimit: word = "time limit"; break;
-    case SolveStatus::kInterrupted: word = "interrupted"; break;
-    case SolveStatus::kNumeric: word = "numerical trouble"; break;
-    case SolveStatus::kSuboptimal: word = "sub-optimal"; break;
-    default: word = "unknown termination status"; break;
+    case SolveStatus::kOptimal:
+      word = text("objective %.6e", shown(objective));
+      break;
+    case SolveStatus::kInfeasible:
+      word = "infeasible";
+      break;
+    case SolveStatus::kInfOrUnbd:
+      word = "infeasible or unbounded";
+      break;
+    case SolveStatus::kUnbounded:
+      word = "unbounded";
+      break;
+    case SolveStatus::kCutoff:
+      word = "cutoff";
+      break;
+    case SolveStatus::kIterationLimit:
+      word = "iteration limit";
+      break;
+    case SolveStatus::kTimeLimit:
+      word = "time limit";
+      break;
+    case SolveStatus::kInterrupted:
+      word = "interrupted";
+      break;
+    case SolveStatus::kNumeric:
+      word = "numerical trouble";
+      break;
+    case SolveStatus::kSuboptimal:
+      word = "sub-optimal";
+      break;
+    default:
+      word = "unknown termination status";
+      break;
   }
   if (sub_mip_) word = text("objective %.6e", shown(objective));
   sink_.print("\nRoot relaxation: %s, %.0f iterations, %.2f seconds\n", word.c_str(), iterations, seconds);
@@ -175,9 +206,9 @@ void MipLog::cut_summary(const std::array<int, kNumCutTypes>& counts) {
     const char* label;
   };
   static constexpr Line kLines[] = {
-      {0, "User"},       {1, "Learned"},   {2, "Gomory"},     {3, "Cover"},     {4, "Implied bound"},
-      {5, "Clique"},     {6, "MIR"},       {7, "Flow cover"}, {8, "Flow path"}, {9, "GUB cover"},
-      {11, "Zero half"}, {14, "Mod-K"},    {13, "Network"},
+      {0, "User"},       {1, "Learned"}, {2, "Gomory"},     {3, "Cover"},     {4, "Implied bound"},
+      {5, "Clique"},     {6, "MIR"},     {7, "Flow cover"}, {8, "Flow path"}, {9, "GUB cover"},
+      {11, "Zero half"}, {14, "Mod-K"},  {13, "Network"},
   };
   int total = 0;
   for (const int count : counts) total += count;

@@ -27,9 +27,9 @@ struct NodeLine {
   NodeDisplay display = NodeDisplay::kNothing;
   bool root = false;
   int depth = 0;
-  double objective = 0;  // of the relaxation
-  int fractional = 0;    // integer variables
-  int violated_sets = 0; // SOS constraints
+  double objective = 0;   // of the relaxation
+  int fractional = 0;     // integer variables
+  int violated_sets = 0;  // SOS constraints
 };
 
 // The search as one progress line sees it.

@@ -31,11 +31,11 @@ struct SosSet {
 // Minimisation form. The bounds of a semi-continuous column in `lp` are those of its nonzero branch.
 struct MipProblem {
   LpData lp;
-  std::vector<VarType> type;         // num_cols
+  std::vector<VarType> type;  // num_cols
   std::vector<SosSet> sos;
-  std::vector<Index> priority;       // empty, or num_cols: higher branches first
-  std::vector<double> start;         // empty, or num_cols: MIP start, 1e101 where undefined
-  int sense = 1;                     // for printing only: +1 minimise, -1 maximise
+  std::vector<Index> priority;  // empty, or num_cols: higher branches first
+  std::vector<double> start;    // empty, or num_cols: MIP start, 1e101 where undefined
+  int sense = 1;                // for printing only: +1 minimise, -1 maximise
 };
 
 struct MipOptions {
@@ -44,8 +44,8 @@ struct MipOptions {
   double integrality_tol = 1e-5;
   double node_limit = 1e100, iteration_limit = 1e100, time_limit = 1e100;
   int solution_limit = 2000000000;
-  double cutoff = 1e100;            // minimisation form; 1e100 none
-  double hidden_time_limit = 1e100; // accumulated search seconds
+  double cutoff = 1e100;             // minimisation form; 1e100 none
+  double hidden_time_limit = 1e100;  // accumulated search seconds
   double heuristics = 0.05;
   int rins = -1;
   int branch_dir = 0;
@@ -53,18 +53,18 @@ struct MipOptions {
   int presolve = -1;
   double improve_start_time = 1e100, improve_start_gap = 0;
   int display_interval = 5;
-  double nodefile_start = 1e100;    // gigabytes
+  double nodefile_start = 1e100;  // gigabytes
   std::string nodefile_dir = ".";
   int threads = 1;
-  bool sub_mip = false;             // quieter log, no variable-type report
+  bool sub_mip = false;  // quieter log, no variable-type report
   int cuts = -1;
 };
 
 struct MipResult {
   SolveStatus status = SolveStatus::kLoaded;
   int error = 0;
-  double objective = 1e100;    // incumbent, minimisation form, offset included; 1e100 none
-  double bound = -1e100;       // minimisation form
+  double objective = 1e100;  // incumbent, minimisation form, offset included; 1e100 none
+  double bound = -1e100;     // minimisation form
   double nodes = 0;
   double iterations = 0;
   std::vector<std::vector<double>> solutions;  // best first, original space

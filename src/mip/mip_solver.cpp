@@ -30,8 +30,10 @@ bool is_limit(SolveStatus status) {
     case SolveStatus::kNodeLimit:
     case SolveStatus::kTimeLimit:
     case SolveStatus::kSolutionLimit:
-    case SolveStatus::kInterrupted: return true;
-    default: return false;
+    case SolveStatus::kInterrupted:
+      return true;
+    default:
+      return false;
   }
 }
 

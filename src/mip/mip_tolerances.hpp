@@ -30,24 +30,26 @@ inline constexpr double kGcdTolerance = 1e-9;     // relative distance of a cost
 inline constexpr double kRedundantRow = 1e-9;     // activity inside a row side by this much, scaled: redundant
 
 // --- pruning ---
-inline constexpr double kCutoffDelta = 1e-9;        // a node must beat the incumbent by this, scaled by max(1, |z|)
-inline constexpr double kGranularitySlack = 1e-6;   // share of the objective granularity left for LP noise
-inline constexpr double kReducedCost = 1e-7;        // reduced costs below this fix nothing
-inline constexpr double kReducedCostRelax = 1e-6;   // steps are rounded down after adding this
+inline constexpr double kCutoffDelta = 1e-9;       // a node must beat the incumbent by this, scaled by max(1, |z|)
+inline constexpr double kGranularitySlack = 1e-6;  // share of the objective granularity left for LP noise
+inline constexpr double kReducedCost = 1e-7;       // reduced costs below this fix nothing
+inline constexpr double kReducedCostRelax = 1e-6;  // steps are rounded down after adding this
 
 // --- integrality beyond the user's tolerance ---
 inline constexpr double kExactlyIntegral = 1e-9;  // below this a value is an integer up to the noise of the LP
+
+inline constexpr double kCleanFeasibility = 1e-9;  // violation up to which a candidate solution is taken as it is
 
 // --- branching ---
 inline constexpr double kScoreEps = 1e-6;  // keeps products of gains positive
 inline constexpr double kInfeasibleScore = 1e6;
 
 // --- cuts ---
-inline constexpr double kCutDrop = 1e-9;          // smaller coefficients (relative to the largest) are relaxed away
-inline constexpr double kCutDynamism = 1e6;       // largest over smallest coefficient kept in a cut
-inline constexpr double kCutViolation = 1e-4;     // minimum violation divided by the norm
-inline constexpr double kCutRhsRelax = 1e-9;      // right-hand sides are moved outward by this, relative
+inline constexpr double kCutDrop = 1e-9;           // smaller coefficients (relative to the largest) are relaxed away
+inline constexpr double kCutDynamism = 1e6;        // largest over smallest coefficient kept in a cut
+inline constexpr double kCutViolation = 1e-4;      // minimum violation divided by the norm
+inline constexpr double kCutRhsRelax = 1e-9;       // right-hand sides are moved outward by this, relative
 inline constexpr double kCutFractionality = 0.01;  // distance of f0 from 0 and 1 needed for rounding cuts
-inline constexpr double kCutParallel = 0.9;       // cosine above which two cuts are not taken together
+inline constexpr double kCutParallel = 0.9;        // cosine above which two cuts are not taken together
 
 }  // namespace zorvex::mip_tol

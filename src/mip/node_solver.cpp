@@ -4,13 +4,23 @@
 #include <cmath>
 
 #include "mip/heuristic.hpp"
+#include "mip/separator.hpp"
 
 namespace zorvex {
 
 namespace {
 
 constexpr int kResolveRounds = 5;  // LP solves of a node because reduced costs moved bounds past its optimum
-constexpr int kMaxTightenings = 50;  // new starts of a node because strong branching tightened it
+constexpr int kStallRounds = 4;    // cut rounds without progress that end separation
+constexpr double kStallGain = 1.0 / (1 << 13);  // relative rise of the bound that counts as progress
+constexpr int kMaxCutAge = 2;                   // rounds a cut may stay in the LP without being tight
+constexpr int kMaxTightenings = 50;             // new starts of a node because strong branching tightened it
+
+int cut_rounds(const MipOptions& options) {
+  if (options.cuts == 0) return 0;
+  if (options.cuts > 0) return 20 * options.cuts;
+  return options.sub_mip ? 5 : 20;
+}
 
 }  // namespace
 
@@ -51,6 +61,10 @@ void NodeSolver::keep_relaxation() {
   relaxation_.x = point.x;
   relaxation_.reduced_cost = point.reduced_cost;
   relaxation_.objective = state_.lp->objective();
+  save_basis();
+}
+
+void NodeSolver::save_basis() {
   relaxation_.basis = state_.lp->save_basis();
   lp_basis_ = relaxation_.basis;
   lp_moved_ = false;
@@ -74,13 +88,18 @@ NodeSolver::Step NodeSolver::solve_lp(Node& node) {
   lp_status_ = lp.solve(state_.objective_limit(), state_.remaining_iterations(), state_.stop);
   if (node.root() && !state_.root_solved()) after_root_lp(node, lp_status_, now_seconds() - started);
   switch (lp_status_) {
-    case SolveStatus::kOptimal: return Step::kGoOn;
-    case SolveStatus::kInfeasible: return Step::kInfeasible;
-    case SolveStatus::kCutoff: return Step::kCutoff;
+    case SolveStatus::kOptimal:
+      return Step::kGoOn;
+    case SolveStatus::kInfeasible:
+      return Step::kInfeasible;
+    case SolveStatus::kCutoff:
+      return Step::kCutoff;
     case SolveStatus::kIterationLimit:
     case SolveStatus::kTimeLimit:
-    case SolveStatus::kInterrupted: return Step::kStopped;
-    default: return Step::kTrouble;
+    case SolveStatus::kInterrupted:
+      return Step::kStopped;
+    default:
+      return Step::kTrouble;
   }
 }
 
@@ -157,7 +176,9 @@ NodeResult NodeSolver::process(Node& node) {
   const Step step = enter(node) ? work_on(node, result) : Step::kInfeasible;
   result.root_status = lp_status_;
   switch (step) {
-    case Step::kInfeasible: result.line.display = NodeDisplay::kInfeasible; break;
+    case Step::kInfeasible:
+      result.line.display = NodeDisplay::kInfeasible;
+      break;
     case Step::kCutoff:
       if (result.line.display != NodeDisplay::kIncumbent) result.line.display = NodeDisplay::kCutoff;
       break;
@@ -169,7 +190,8 @@ NodeResult NodeSolver::process(Node& node) {
       result.line.display = NodeDisplay::kExploded;
       result.lost = true;
       break;
-    default: break;
+    default:
+      break;
   }
   if (lp_moved_) lp_basis_.reset();
   state_.active_bound = mip_tol::kNone;
@@ -218,11 +240,16 @@ NodeSolver::Step NodeSolver::work_on(Node& node, NodeResult& result) {
     }
     lp_moved_ = true;
     switch (outcome) {
-      case BranchOutcome::kBranched: return split(node, decision, result);
-      case BranchOutcome::kInfeasible: return Step::kCutoff;
-      case BranchOutcome::kStopped: return Step::kStopped;
-      case BranchOutcome::kNone: return Step::kTrouble;
-      case BranchOutcome::kTightened: break;
+      case BranchOutcome::kBranched:
+        return split(node, decision, result);
+      case BranchOutcome::kInfeasible:
+        return Step::kCutoff;
+      case BranchOutcome::kStopped:
+        return Step::kStopped;
+      case BranchOutcome::kNone:
+        return Step::kTrouble;
+      case BranchOutcome::kTightened:
+        break;
     }
     if (attempt >= kMaxTightenings && branch_undecided(state_, &relaxation_.x, decision)) {
       return split(node, decision, result);
@@ -230,7 +257,37 @@ NodeSolver::Step NodeSolver::work_on(Node& node, NodeResult& result) {
   }
 }
 
-NodeSolver::Step NodeSolver::separate(Node&) { return Step::kGoOn; }
+// Cut rounds at the root, until nothing is found or the bound stalls.
+NodeSolver::Step NodeSolver::separate(Node& node) {
+  if (!node.root()) return Step::kGoOn;
+  LpRelaxation& lp = *state_.lp;
+  NodeLine line;
+  line.root = true;
+  describe(node, line);
+  state_.log.node(line, state_.progress());
+  const int rounds = cut_rounds(state_.options);
+  int stalled = 0;
+  for (int round = 0; round < rounds && stalled < kStallRounds; ++round) {
+    const std::vector<std::int64_t> ids = separate_round(state_, relaxation_);
+    if (ids.empty()) break;
+    const double before = relaxation_.objective;
+    lp.add_cuts(state_.cuts, ids);
+    Step step = relax(node);
+    if (step == Step::kTrouble) {
+      lp.drop_cuts(state_.cuts);
+      return relax(node);
+    }
+    if (step != Step::kGoOn) return step;
+    const double gain = relaxation_.objective - before;
+    stalled = gain > kStallGain * std::max(1.0, std::abs(relaxation_.objective)) ? 0 : stalled + 1;
+    if (lp.remove_slack_cuts(state_.cuts, kMaxCutAge) > 0) save_basis();
+    describe(node, line);
+    state_.log.node(line, state_.progress());
+    if (line.fractional + line.violated_sets == 0 || state_.must_stop()) break;
+  }
+  if (lp.remove_slack_cuts(state_.cuts, 0) > 0) save_basis();
+  return state_.must_stop() ? Step::kStopped : Step::kGoOn;
+}
 
 NodeSolver::Step NodeSolver::run_node_heuristics(Node& node) {
   HeuristicContext context{state_, &relaxation_, &node};
@@ -243,7 +300,7 @@ NodeSolver::Step NodeSolver::run_node_heuristics(Node& node) {
 // The relaxation is integral within the tolerance. Either that settles the node, or a decision to branch further is
 // made: on a column that is off by more than noise, then on anything undecided.
 NodeSolver::Step NodeSolver::settle_integral(Node& node, NodeResult& result, BranchDecision& decision) {
-  const Submission submission = state_.submit(relaxation_.x);
+  const Submission submission = state_.submit(relaxation_.x, false);
   const bool feasible = submission == Submission::kImproved || submission == Submission::kNotBetter;
   if (submission == Submission::kImproved) result.line.display = NodeDisplay::kIncumbent;
   if (state_.incumbents.prunes(node.bound)) return Step::kCutoff;
@@ -270,7 +327,8 @@ double NodeSolver::estimate_gain() const {
   double sum = 0;
   for (const Index col : fractional_columns(state_, relaxation_.x, state_.options.integrality_tol)) {
     const double fraction = relaxation_.x[col] - std::floor(relaxation_.x[col]);
-    sum += std::min(state_.pseudocosts.rate(col, false) * fraction, state_.pseudocosts.rate(col, true) * (1 - fraction));
+    sum +=
+        std::min(state_.pseudocosts.rate(col, false) * fraction, state_.pseudocosts.rate(col, true) * (1 - fraction));
   }
   return sum;
 }

@@ -13,8 +13,8 @@ namespace zorvex {
 struct NodeResult {
   NodeLine line;
   std::unique_ptr<Node> first, second;  // children, the preferred one first; null when the subtree is settled
-  bool unfinished = false;  // a limit ended the work: the node must go back to the store
-  bool lost = false;        // the subtree was given up without proof
+  bool unfinished = false;              // a limit ended the work: the node must go back to the store
+  bool lost = false;                    // the subtree was given up without proof
   SolveStatus root_status = SolveStatus::kOptimal;  // of the root relaxation
 };
 
@@ -34,6 +34,7 @@ class NodeSolver {
   void after_root_lp(Node& node, SolveStatus status, double seconds);
   void set_active_bound(const Node& node);
   void keep_relaxation();
+  void save_basis();
   bool fix_by_reduced_cost();
   [[nodiscard]] bool relaxation_in_domain() const;
   Step separate(Node& node);
@@ -49,8 +50,8 @@ class NodeSolver {
 
   SearchState& state_;
   NodeRelaxation relaxation_;
-  bool learnt_ = false;     // pseudocosts of this node's making were updated
-  bool lp_moved_ = false;   // the LP no longer holds the node's basis
+  bool learnt_ = false;                                       // pseudocosts of this node's making were updated
+  bool lp_moved_ = false;                                     // the LP no longer holds the node's basis
   std::vector<std::shared_ptr<const PathStep>> active_path_;  // one step per domain level
   std::shared_ptr<const PackedBasis> lp_basis_;               // basis the LP holds, when known
   SolveStatus lp_status_ = SolveStatus::kLoaded;

@@ -50,8 +50,8 @@ class PackedBasis {
 struct Node {
   std::int64_t id = 0;
   int depth = 0;
-  double bound = -1e100;     // proven for the whole subtree
-  double estimate = -1e100;  // of the best solution in it
+  double bound = -1e100;                 // proven for the whole subtree
+  double estimate = -1e100;              // of the best solution in it
   std::shared_ptr<const PathStep> path;  // null at the root
   std::shared_ptr<const PackedBasis> basis;
   // How it was made, to learn pseudocosts from its relaxation; branch_col < 0 when nothing is to be learnt.

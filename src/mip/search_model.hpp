@@ -15,16 +15,16 @@ namespace zorvex {
 
 struct SearchModel {
   LpData lp;
-  SparseMatrix rows;                // row-wise twin of lp.matrix
-  std::vector<char> integer;        // num_cols: 1 where integral values are demanded
-  std::vector<char> branchable;     // 1 for integer, semi-continuous and SOS columns: their bounds follow the tree
+  SparseMatrix rows;             // row-wise twin of lp.matrix
+  std::vector<char> integer;     // num_cols: 1 where integral values are demanded
+  std::vector<char> branchable;  // 1 for integer, semi-continuous and SOS columns: their bounds follow the tree
   std::vector<double> gap_lower, gap_upper;  // num_cols: values strictly between are forbidden; none when equal
-  std::vector<Index> gap_cols;      // columns with a gap
-  std::vector<SosSet> sos;          // members in increasing weight, duplicates and empty sets removed
-  std::vector<Index> sos_start, sos_list;  // CSR: sets of each column
+  std::vector<Index> gap_cols;               // columns with a gap
+  std::vector<SosSet> sos;                   // members in increasing weight, duplicates and empty sets removed
+  std::vector<Index> sos_start, sos_list;    // CSR: sets of each column
   std::vector<Index> integer_cols;
   std::vector<Index> up_locks, down_locks;  // row sides that keep a column from growing, from shrinking
-  std::vector<Index> priority;      // empty or num_cols
+  std::vector<Index> priority;              // empty or num_cols
   double granularity = 0;  // the objective of feasible points is offset + a multiple of this; 0 unknown
 
   [[nodiscard]] Index num_cols() const { return lp.num_cols(); }

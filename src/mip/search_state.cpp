@@ -25,16 +25,20 @@ SearchState::SearchState(const MipProblem& mip_problem, const MipOptions& mip_op
   incumbents.configure(options.cutoff, model.granularity);
 }
 
-Submission SearchState::submit(std::vector<double> x) {
-  std::vector<double> exact = x;
-  if (!checker.snap(exact)) return Submission::kUnknown;
-  if (checker.feasible(exact)) {
-    x = std::move(exact);
-  } else {
-    const Completion completion = checker.complete(exact, stop);
-    if (completion == Completion::kInfeasible) return Submission::kInfeasible;
-    if (completion == Completion::kUnknown) return Submission::kUnknown;
-    x = std::move(exact);
+Submission SearchState::submit(std::vector<double> x, bool optimise_rest) {
+  if (!checker.snap(x)) return Submission::kUnknown;
+  const double violation = checker.violation(x);
+  const double tolerance = options.simplex.primal_feasibility_tol;
+  const bool has_rest = model.integer_cols.size() < x.size();
+  // A point that leans on the tolerances is worth less than it seems: its continuous part is solved anew.
+  if (violation > tolerance || (has_rest && (optimise_rest || violation > mip_tol::kCleanFeasibility))) {
+    std::vector<double> completed = x;
+    const Completion completion = checker.complete(completed, stop);
+    if (completion == Completion::kFeasible) {
+      x = std::move(completed);
+    } else if (violation > tolerance) {
+      return completion == Completion::kInfeasible ? Submission::kInfeasible : Submission::kUnknown;
+    }
   }
   const double objective = checker.objective(x);
   if (!incumbents.add(std::move(x), objective)) return Submission::kNotBetter;
@@ -42,8 +46,8 @@ Submission SearchState::submit(std::vector<double> x) {
   return Submission::kImproved;
 }
 
-bool SearchState::submit_heuristic(const std::vector<double>& x) {
-  if (submit(x) != Submission::kImproved) return false;
+bool SearchState::submit_heuristic(const std::vector<double>& x, bool optimise_rest) {
+  if (submit(x, optimise_rest) != Submission::kImproved) return false;
   log.heuristic_solution(progress(), root_solved());
   return true;
 }

@@ -54,10 +54,10 @@ struct SearchState {
 
   // --- solutions ---
   // Judges x, which need be integral only within the tolerance, on the problem as given and installs it when it
-  // improves. Prints nothing.
-  Submission submit(std::vector<double> x);
+  // improves. Prints nothing. With `optimise_rest` the continuous part of x counts as a mere guess.
+  Submission submit(std::vector<double> x, bool optimise_rest);
   // The same for heuristics: prints the solution line when it improved; returns whether it did.
-  bool submit_heuristic(const std::vector<double>& x);
+  bool submit_heuristic(const std::vector<double>& x, bool optimise_rest);
   // After an improvement: prunes open nodes and derives global bounds from the root's reduced costs.
   void on_improvement();
 
@@ -86,20 +86,20 @@ struct SearchState {
   Pseudocosts pseudocosts;
   CutPool cuts;
   NodeStore nodes;
-  Domain domain;  // of the node in process
+  Domain domain;                     // of the node in process
   std::unique_ptr<LpRelaxation> lp;  // made for the root
   RandomStream random;
   StopToken stop;
 
-  std::unique_ptr<Node> next;        // child to be explored next, not in the store
+  std::unique_ptr<Node> next;            // child to be explored next, not in the store
   double active_bound = mip_tol::kNone;  // of the node in process
   double lost_bound = mip_tol::kNone;    // least bound of a subtree that was given up
   double root_bound = -mip_tol::kNone;   // of the root while it is not finished; kNone afterwards
   double explored = 0;
-  double root_iterations = -1;       // negative until the root relaxation was solved
-  double sub_iterations = 0;         // simplex iterations of finished sub-searches
-  double strong_iterations = 0;      // of strong branching
-  double heuristic_iterations = 0;   // of heuristics on the node LP and of sub-searches
+  double root_iterations = -1;      // negative until the root relaxation was solved
+  double sub_iterations = 0;        // simplex iterations of finished sub-searches
+  double strong_iterations = 0;     // of strong branching
+  double heuristic_iterations = 0;  // of heuristics on the node LP and of sub-searches
   bool improvement_focus = false;
 
   double start_time = 0;   // now_seconds() of the current optimize call

@@ -75,23 +75,26 @@ bool SolutionChecker::snap(std::vector<double>& x) const {
   return std::all_of(model_.sos.begin(), model_.sos.end(), [&](const SosSet& set) { return snap_set(set, x); });
 }
 
-bool SolutionChecker::feasible(const std::vector<double>& x) const {
+double SolutionChecker::violation(const std::vector<double>& x) const {
   for (const Index col : model_.integer_cols) {
-    if (std::abs(x[col] - std::round(x[col])) > integrality_tol_) return false;
+    if (std::abs(x[col] - std::round(x[col])) > integrality_tol_) return kInf;
   }
   for (const Index col : model_.gap_cols) {
     const double slack = std::min(simplex_.primal_feasibility_tol, model_.gap_upper[col] - model_.gap_lower[col]) / 2;
-    if (x[col] > model_.gap_lower[col] + slack && x[col] < model_.gap_upper[col] - slack) return false;
+    if (x[col] > model_.gap_lower[col] + slack && x[col] < model_.gap_upper[col] - slack) return kInf;
   }
-  std::vector<double> copy = x;
-  if (!std::all_of(model_.sos.begin(), model_.sos.end(), [&](const SosSet& set) {
-        return snap_set(set, copy) && std::all_of(set.member.begin(), set.member.end(),
-                                                  [&](Index col) { return copy[col] == x[col]; });
-      })) {
-    return false;
+  for (const SosSet& set : model_.sos) {
+    const auto nonzero = [&](Index col) { return x[col] != 0; };
+    const auto first = std::find_if(set.member.begin(), set.member.end(), nonzero);
+    const auto last = std::find_if(set.member.rbegin(), set.member.rend(), nonzero).base();
+    if (first != set.member.end() && last - first > set.type) return kInf;
   }
   const PrimalQuality quality = measure_primal(view_of(model_.lp), x, {});
-  return quality.bound.max <= simplex_.primal_feasibility_tol && quality.row.max <= simplex_.primal_feasibility_tol;
+  return std::max(quality.bound.max, quality.row.max);
+}
+
+bool SolutionChecker::feasible(const std::vector<double>& x) const {
+  return violation(x) <= simplex_.primal_feasibility_tol;
 }
 
 void SolutionChecker::restrict_to(const std::vector<double>& x, std::vector<double>& lower,

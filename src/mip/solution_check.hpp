@@ -26,6 +26,8 @@ class SolutionChecker {
   // members an SOS set does not need to zero. False when x is not within the integrality tolerance of such a point.
   bool snap(std::vector<double>& x) const;
 
+  // Largest violation of a row, bound, gap or set by a snapped x; infinite when a set or gap is broken.
+  [[nodiscard]] double violation(const std::vector<double>& x) const;
   // Rows and bounds within the feasibility tolerance, integrality within the integrality tolerance, sets and gaps kept.
   [[nodiscard]] bool feasible(const std::vector<double>& x) const;
 

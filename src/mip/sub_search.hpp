@@ -1,4 +1,5 @@
-// A smaller problem cut out of the one being solved by fixing columns, searched without a log and within its own limits.
+// A smaller problem cut out of the one being solved by fixing columns, searched without a log and within its own
+// limits.
 #pragma once
 
 #include <vector>

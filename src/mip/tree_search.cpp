@@ -7,7 +7,7 @@ namespace zorvex {
 
 namespace {
 
-constexpr int kMinPlunge = 4;          // nodes of a dive that are explored whatever their bound
+constexpr int kMinPlunge = 4;             // nodes of a dive that are explored whatever their bound
 constexpr double kPlungeQuotient = 0.25;  // beyond that, share of the gap a child's bound may use up
 
 }  // namespace

@@ -1,0 +1,29 @@
+// Small random mixed-integer problems of all kinds, and their answers by enumeration.
+#pragma once
+
+#include "base/random_stream.hpp"
+#include "mip/mip_problem.hpp"
+
+namespace zorvex::testing {
+
+struct RandomMipShape {
+  Index max_rows = 6;
+  Index max_cols = 7;
+  double integer_share = 0.7;
+  double semi_share = 0;       // of the columns
+  double sos_share = 0;        // of the problems have sets
+  double unbounded_share = 0;  // of the columns lack an upper bound (continuous only)
+};
+
+MipProblem random_mip(RandomStream& random, const RandomMipShape& shape);
+
+struct EnumeratedMip {
+  SolveStatus status = SolveStatus::kInfeasible;  // kOptimal, kInfeasible or kUnbounded
+  double objective = 1e100;
+};
+
+// Every assignment of the integer columns (their bounds must be finite), gap branches and SOS windows, the continuous
+// rest by the dense oracle.
+EnumeratedMip enumerate_mip(const MipProblem& problem);
+
+}  // namespace zorvex::testing
