@@ -101,6 +101,11 @@ bool branch_undecided(const SearchState& state, const std::vector<double>* x, Br
     decision.up.changes = {{best, false, value + 1}};
     return true;
   }
+  return branch_undecided_structure(state, decision);
+}
+
+bool branch_undecided_structure(const SearchState& state, BranchDecision& decision) {
+  const Domain& domain = state.domain;
   for (const Index col : state.model.gap_cols) {
     if (domain.upper(col) <= state.model.gap_lower[col] || domain.lower(col) >= state.model.gap_upper[col]) continue;
     decision.down.changes = {{col, true, state.model.gap_lower[col]}};

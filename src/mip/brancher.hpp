@@ -59,5 +59,7 @@ int count_violated_gaps(const SearchModel& model, const std::vector<double>& x, 
 // Splits the domain of some column, gap or set that is not decided yet, with no relaxation to go by or where the one at
 // hand is integral: `x` may be null. False when all is decided.
 bool branch_undecided(const SearchState& state, const std::vector<double>* x, BranchDecision& decision);
+// The same for gaps and sets only.
+bool branch_undecided_structure(const SearchState& state, BranchDecision& decision);
 
 }  // namespace zorvex

@@ -6,14 +6,11 @@
 #include "mip/mip_problem.hpp"
 #include "mip/mip_start.hpp"
 #include "mip/prepare.hpp"
-#include "mip/sub_search.hpp"
 #include "mip/tree_search.hpp"
 
 namespace zorvex {
 
 namespace {
-
-constexpr double kUnboundedNodes = 1000;  // of the search for a feasible point when the relaxation is unbounded
 
 struct Search {
   Search(const MipProblem& problem, const MipOptions& options, LogSink& sink)
@@ -68,56 +65,6 @@ void prepare_search(Search& search) {
   simplex.log_start_time = state.start_time - state.time_offset;
   simplex.display_interval = state.options.display_interval;
   state.lp = std::make_unique<LpRelaxation>(state.model, simplex, state.root_log);
-}
-
-// The columns of sets and gaps decided as in x: a polyhedron whose recession directions are those of the problem
-// around x.
-SubSearch branch_of(const SearchState& state, const std::vector<double>& x) {
-  const SearchModel& model = state.checker.model();
-  SubSearch result;
-  result.lower = model.lp.col_lower;
-  result.upper = model.lp.col_upper;
-  for (const Index col : model.gap_cols) {
-    if (x[col] <= model.gap_lower[col]) result.upper[col] = model.gap_lower[col];
-    if (x[col] >= model.gap_upper[col]) result.lower[col] = model.gap_upper[col];
-  }
-  for (const SosSet& set : model.sos) {
-    for (const Index col : set.member) {
-      if (x[col] == 0) result.lower[col] = result.upper[col] = 0;
-    }
-  }
-  return result;
-}
-
-// With rational data an unbounded relaxation and a feasible integer point make the problem unbounded: the integer hull
-// has the same recession cone as the relaxation (R. Meyer, Math. Program. 7 (1974) 223-235). Sets and gaps are unions
-// of such problems; there the relaxation restricted to the point's own branch has to be unbounded too.
-SolveStatus judge_unbounded(SearchState& state) {
-  const SearchModel& model = state.checker.model();
-  SubSearch search;
-  search.lower = model.lp.col_lower;
-  search.upper = model.lp.col_upper;
-  search.node_limit = kUnboundedNodes;
-  search.solution_limit = 1;
-  search.feasibility_only = true;
-  const SubSearchResult found = run_sub_search(state, search);
-  if (found.status == SolveStatus::kInfeasible) return SolveStatus::kInfeasible;
-  if (found.x.empty()) {
-    const SolveStatus polled = state.stop.poll();
-    return polled == SolveStatus::kLoaded ? SolveStatus::kInfOrUnbd : polled;
-  }
-  if (model.gap_cols.empty() && model.sos.empty()) return SolveStatus::kUnbounded;
-  const SubSearch branch = branch_of(state, found.x);
-  LpData restricted = model.lp;
-  restricted.col_lower = branch.lower;
-  restricted.col_upper = branch.upper;
-  QuietLog quiet;
-  SimplexOptions simplex = state.options.simplex;
-  simplex.root_log = false;
-  LpSolver lp(restricted, simplex, quiet);
-  const SolveStatus status = lp.solve({}, state.stop);
-  state.sub_iterations += lp.total_iterations();
-  return status == SolveStatus::kUnbounded ? SolveStatus::kUnbounded : SolveStatus::kInfOrUnbd;
 }
 
 MipOptions improvement_options(MipOptions options) {
@@ -197,7 +144,6 @@ SolveStatus MipSolver::State::search_tree() {
     state.improvement_focus = false;
     state.options = saved;
   }
-  if (search->tree.root_unbounded()) status = judge_unbounded(state);
   return status;
 }
 

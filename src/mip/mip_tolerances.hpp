@@ -30,7 +30,7 @@ inline constexpr double kGcdTolerance = 1e-9;     // relative distance of a cost
 inline constexpr double kRedundantRow = 1e-9;     // activity inside a row side by this much, scaled: redundant
 
 // --- pruning ---
-inline constexpr double kCutoffDelta = 1e-9;       // a node must beat the incumbent by this, scaled by max(1, |z|)
+inline constexpr double kCutoffDelta = 1e-7;       // a node must beat the incumbent by this, scaled by max(1, |z|)
 inline constexpr double kGranularitySlack = 1e-6;  // share of the objective granularity left for LP noise
 inline constexpr double kReducedCost = 1e-7;       // reduced costs below this fix nothing
 inline constexpr double kReducedCostRelax = 1e-6;  // steps are rounded down after adding this

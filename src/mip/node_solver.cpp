@@ -5,6 +5,7 @@
 
 #include "mip/heuristic.hpp"
 #include "mip/separator.hpp"
+#include "mip/sub_search.hpp"
 
 namespace zorvex {
 
@@ -14,6 +15,7 @@ constexpr int kResolveRounds = 5;  // LP solves of a node because reduced costs 
 constexpr int kStallRounds = 4;    // cut rounds without progress that end separation
 constexpr double kStallGain = 1.0 / (1 << 13);  // relative rise of the bound that counts as progress
 constexpr int kMaxCutAge = 2;                   // rounds a cut may stay in the LP without being tight
+constexpr double kUnboundedNodes = 1000;        // of the search for a feasible point when a relaxation is unbounded
 constexpr int kMaxTightenings = 50;             // new starts of a node because strong branching tightened it
 
 int cut_rounds(const MipOptions& options) {
@@ -202,15 +204,7 @@ NodeSolver::Step NodeSolver::work_on(Node& node, NodeResult& result) {
   for (int attempt = 0;; ++attempt) {
     Step step = relax(node);
     BranchDecision decision;
-    if (step == Step::kTrouble) {
-      // An unbounded root is the driver's to interpret; below it no relaxation can be unbounded.
-      if (node.root() && lp_status_ == SolveStatus::kUnbounded) return step;
-      if (!branch_undecided(state_, nullptr, decision)) return step;
-      relaxation_ = {};
-      relaxation_.objective = node.bound;
-      make_children(node, decision, result);
-      return Step::kDone;
-    }
+    if (step == Step::kTrouble) return work_blind(node, result);
     if (step != Step::kGoOn) return step;
     if (node.root()) {
       state_.root_reduced_cost = relaxation_.reduced_cost;
@@ -289,6 +283,36 @@ NodeSolver::Step NodeSolver::separate(Node& node) {
   return state_.must_stop() ? Step::kStopped : Step::kGoOn;
 }
 
+// Without a usable relaxation the node is split by bounds alone, sets and gaps first when the relaxation is unbounded:
+// once they are decided, one feasible point settles the matter.
+NodeSolver::Step NodeSolver::work_blind(Node& node, NodeResult& result) {
+  BranchDecision decision;
+  const bool unbounded = lp_status_ == SolveStatus::kUnbounded;
+  if (unbounded ? !branch_undecided_structure(state_, decision) : !branch_undecided(state_, nullptr, decision)) {
+    return unbounded ? judge_unbounded() : Step::kTrouble;
+  }
+  relaxation_ = {};
+  relaxation_.objective = node.bound;
+  make_children(node, decision, result);
+  return Step::kDone;
+}
+
+// With rational data an unbounded relaxation and a feasible integer point make the node unbounded: the integer hull has
+// the recession cone of the relaxation (R. Meyer, Math. Program. 7 (1974) 223-235).
+NodeSolver::Step NodeSolver::judge_unbounded() {
+  SubSearch search;
+  search.lower.assign(state_.domain.lower().begin(), state_.domain.lower().end());
+  search.upper.assign(state_.domain.upper().begin(), state_.domain.upper().end());
+  search.node_limit = kUnboundedNodes;
+  search.solution_limit = 1;
+  search.feasibility_only = true;
+  const SubSearchResult found = run_sub_search(state_, search);
+  if (found.status == SolveStatus::kInfeasible) return Step::kInfeasible;
+  if (found.x.empty() && state_.must_stop()) return Step::kStopped;
+  state_.unbounded = found.x.empty() ? SolveStatus::kInfOrUnbd : SolveStatus::kUnbounded;
+  return Step::kTrouble;
+}
+
 NodeSolver::Step NodeSolver::run_node_heuristics(Node& node) {
   HeuristicContext context{state_, &relaxation_, &node};
   run_heuristics(context);
@@ -306,7 +330,9 @@ NodeSolver::Step NodeSolver::settle_integral(Node& node, NodeResult& result, Bra
   if (state_.incumbents.prunes(node.bound)) return Step::kCutoff;
   if (state_.stop.stop_requested() && !feasible) return Step::kStopped;
   for (const Index col : fractional_columns(state_, relaxation_.x, mip_tol::kExactlyIntegral)) {
-    const double value = relaxation_.x[col];
+    // A value beyond its bound by the noise of the LP is not branched on.
+    const double value = std::clamp(relaxation_.x[col], state_.domain.lower(col), state_.domain.upper(col));
+    if (std::abs(value - std::round(value)) <= mip_tol::kExactlyIntegral) continue;
     decision.down.changes = {{col, true, std::floor(value)}};
     decision.up.changes = {{col, false, std::ceil(value)}};
     decision.up_first = value - std::floor(value) > 0.5;

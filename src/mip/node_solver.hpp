@@ -39,6 +39,8 @@ class NodeSolver {
   [[nodiscard]] bool relaxation_in_domain() const;
   Step separate(Node& node);
   Step work_on(Node& node, NodeResult& result);
+  Step work_blind(Node& node, NodeResult& result);
+  Step judge_unbounded();
   Step settle_integral(Node& node, NodeResult& result, BranchDecision& decision);
   Step split(Node& node, BranchDecision& decision, NodeResult& result);
   void make_children(const Node& node, const BranchDecision& decision, NodeResult& result);

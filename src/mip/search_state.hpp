@@ -101,6 +101,8 @@ struct SearchState {
   double strong_iterations = 0;     // of strong branching
   double heuristic_iterations = 0;  // of heuristics on the node LP and of sub-searches
   bool improvement_focus = false;
+  // kUnbounded once some node was shown unbounded, kInfOrUnbd when that could not be settled; kLoaded otherwise.
+  SolveStatus unbounded = SolveStatus::kLoaded;
 
   double start_time = 0;   // now_seconds() of the current optimize call
   double time_offset = 0;  // seconds of earlier calls

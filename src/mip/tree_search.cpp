@@ -14,6 +14,7 @@ constexpr double kPlungeQuotient = 0.25;  // beyond that, share of the gap a chi
 
 SolveStatus TreeSearch::test() const {
   TerminationInput input;
+  input.status = state_.unbounded;
   input.interrupted = state_.stop.terminate_flag() != nullptr && state_.stop.terminate_flag()->load() != 0;
   input.incumbent = state_.incumbents.best_objective();
   input.node_bound = state_.node_bound();
@@ -30,10 +31,6 @@ SolveStatus TreeSearch::test() const {
 void TreeSearch::process_root() {
   auto root = std::make_unique<Node>();
   NodeResult result = solver_.process(*root);
-  if (result.lost && result.root_status == SolveStatus::kUnbounded) {
-    root_unbounded_ = root_done_ = true;
-    return;
-  }
   if (result.unfinished) {
     // Nothing is stored for an unfinished root: a resumed call starts it again from the basis the LP holds.
     state_.root_bound = root->bound;
@@ -44,16 +41,13 @@ void TreeSearch::process_root() {
   if (result.lost) state_.lost_bound = std::min(state_.lost_bound, root->bound);
   place_children(result);
   const bool silent = !state_.root_solved() || result.line.display == NodeDisplay::kInfeasible ||
-                      result.root_status == SolveStatus::kInfeasible || result.root_status == SolveStatus::kCutoff;
+                      result.root_status != SolveStatus::kOptimal;
   if (!silent) state_.log.node(result.line, state_.progress());
   if (state_.next || !state_.nodes.empty()) ++state_.explored;
 }
 
 SolveStatus TreeSearch::run() {
-  if (!root_done_) {
-    process_root();
-    if (root_unbounded_) return SolveStatus::kUnbounded;
-  }
+  if (!root_done_) process_root();
   bool stopped = false;
   for (;;) {
     const SolveStatus status = test();

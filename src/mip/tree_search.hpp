@@ -19,8 +19,6 @@ class TreeSearch {
   SolveStatus run();
 
   [[nodiscard]] bool root_done() const { return root_done_; }
-  // The root relaxation was proven unbounded: what that means for the problem is not for the tree to say.
-  [[nodiscard]] bool root_unbounded() const { return root_unbounded_; }
 
  private:
   void process_root();
@@ -35,7 +33,6 @@ class TreeSearch {
   SearchState& state_;
   NodeSolver solver_;
   bool root_done_ = false;
-  bool root_unbounded_ = false;
   int plunge_depth_ = 0;
   std::int64_t selections_ = 0;
 };
