@@ -10,6 +10,7 @@
 #include "model/messages.hpp"
 #include "model/model.hpp"
 #include "opt/closing_report.hpp"
+#include "opt/presolved_dump.hpp"
 #include "opt/problem_data.hpp"
 #include "opt/publish.hpp"
 #include "opt/solver_options.hpp"
@@ -92,7 +93,10 @@ int solve_continuous(ZLPmodel& model, double start_time) {
   EnvironmentLog log(*model.env);
   const LpData lp = make_lp_data(model.data);
   const Basis start = make_start_basis(model);
-  const LpDriverOptions options = make_lp_options(env, model.data.sense, start_time);
+  LpDriverOptions options = make_lp_options(env, model.data.sense, start_time);
+  if (param<Param::ZORV_PAR_WRITEPREMODEL>(env) != 0) {
+    options.dump_presolved = [&model](const LpData& reduced) { dump_presolved(*model.env, reduced, model.data.sense); };
+  }
   LpDriverResult result =
       solve_lp(lp, options, start.empty() ? nullptr : &start, make_stop_token(env, start_time), log);
   const int error = result.error;

@@ -11,6 +11,7 @@
 #include <string>
 #include <thread>
 
+#include "env/environment.hpp"
 #include "opt/tiny_model.hpp"
 #include "support/models.hpp"
 
@@ -164,21 +165,19 @@ TEST(OptimizeInterrupt, RequestsWithoutASolveAreForgotten) {
   EXPECT_EQ(ZLP_OPTIMAL, int_attr(model.get(), "Status"));
 }
 
+// The signal comes with the second message, when the solve has certainly begun.
 TEST(OptimizeInterrupt, ConsoleSignal) {
   const Env env = quiet_env();
   const Model model = build(env.get(), market_split(5, 40));
-  ASSERT_EQ(0, ZLPsetintparam(ZLPgetenv(model.get()), "OutputFlag", 0));
+  ZLPenv* own = ZLPgetenv(model.get());
+  int messages = 0;
+  own->callback_data = std::make_unique<CallbackData>();
+  own->callback_data->user = &messages;
+  own->message_callback = [](CallbackData& data, int) {
+    if (++*static_cast<int*>(data.user) == 2) std::raise(SIGINT);
+  };
   ASSERT_EQ(0, ZLPsetsignal(model.get()));
-  std::atomic<bool> done{false};
-  // The handler takes one signal only, so it is sent when the solve has certainly begun: not before a second thread
-  // sees the call on the model refused.
-  std::thread sender([&] {
-    while (!done && ZLPcheckmodel(model.get()) != 10017) std::this_thread::yield();
-    if (!done) kill(getpid(), SIGINT);
-  });
   EXPECT_EQ("\nInterrupt request received\n", printed([&] { EXPECT_EQ(0, ZLPoptimize(model.get())); }));
-  done = true;
-  sender.join();
   EXPECT_EQ(ZLP_INTERRUPTED, int_attr(model.get(), "Status"));
 }
 

@@ -2,6 +2,7 @@
 #include <string>
 
 #include "opt/tiny_model.hpp"
+#include "support/models.hpp"
 
 namespace zorvex {
 namespace {
@@ -121,6 +122,25 @@ TEST(OptimizeFiles, DebugDump) {
   const char* name = nullptr;
   ASSERT_EQ(0, ZLPgetstrattrelement(copy.get(), "VarName", 1, &name));
   EXPECT_STREQ("C0000001", name);
+}
+
+// The presolved model has the same optimum as the model it came from.
+TEST(OptimizeFiles, PresolvedModelOnRequest) {
+  ZORVEX_NEED_MODEL(path, "lp/adlittle.mps.gz");
+  const ScratchDirectory scratch;
+  const auto env = quiet_env();
+  const Model model = testing::read_model(env.get(), path);
+  ASSERT_EQ(0, ZLPoptimize(model.get()));
+  EXPECT_FALSE(std::filesystem::exists("junk.mps"));
+  ASSERT_EQ(0, ZLPresetmodel(model.get()));
+  ASSERT_EQ(0, ZLPsetintparam(ZLPgetenv(model.get()), "ZORV_PAR_WRITEPREMODEL", 1));
+  ASSERT_EQ(0, ZLPoptimize(model.get()));
+  const Model reduced = testing::read_model(env.get(), "junk.mps");
+  ASSERT_NE(nullptr, reduced);
+  EXPECT_LT(testing::int_attr(reduced.get(), "NumConstrs"), testing::int_attr(model.get(), "NumConstrs"));
+  ASSERT_EQ(0, ZLPoptimize(reduced.get()));
+  const double optimum = testing::dbl_attr(model.get(), "ObjVal");
+  EXPECT_NEAR(optimum, testing::dbl_attr(reduced.get(), "ObjVal"), 1e-6 * std::abs(optimum));
 }
 
 }  // namespace
