@@ -5,33 +5,14 @@
 #include <atomic>
 #include <chrono>
 #include <csignal>
-#include <cstdlib>
-#include <new>
 #include <random>
 #include <string>
 #include <thread>
 
 #include "env/environment.hpp"
+#include "opt/failing_allocation.hpp"
 #include "opt/tiny_model.hpp"
 #include "support/models.hpp"
-
-namespace {
-
-// Allocations of this thread until one fails; negative: none does.
-thread_local long allocations_left = -1;
-
-}  // namespace
-
-void* operator new(std::size_t size) {
-  if (allocations_left >= 0 && allocations_left-- == 0) {
-    allocations_left = 0;  // memory stays exhausted until the test says otherwise
-    throw std::bad_alloc();
-  }
-  if (void* memory = std::malloc(size == 0 ? 1 : size)) return memory;
-  throw std::bad_alloc();
-}
-void operator delete(void* memory) noexcept { std::free(memory); }
-void operator delete(void* memory, std::size_t) noexcept { std::free(memory); }
 
 namespace zorvex {
 namespace {
@@ -270,9 +251,10 @@ TEST(OptimizeMemory, ExhaustionAtEveryPoint) {
       for (long allowed = 0; code != 0; ++allowed) {
         ASSERT_LT(allowed, 100000);
         ASSERT_EQ(0, ZLPresetmodel(model.get()));
-        allocations_left = allowed;
-        code = ZLPoptimize(model.get());
-        allocations_left = -1;
+        {
+          const testing::FailingAllocations failing(allowed);
+          code = ZLPoptimize(model.get());
+        }
         if (code == 0) break;
         ASSERT_EQ(10001, code) << "after " << allowed << " allocations";
         EXPECT_STREQ("Optimization exhausted available memory", ZLPgetmerrormsg(model.get()));

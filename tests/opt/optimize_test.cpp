@@ -69,7 +69,9 @@ void expect_answer(const Known& c, ZLPmodel* model) {
   double value = 0;
   if (c.status != ZLP_OPTIMAL) {
     EXPECT_EQ(10005, ZLPgetdblattr(model, "ObjVal", &value));
-    if (int_attr(model, "NumVars") > 0) EXPECT_EQ(10005, ZLPgetdblattrarray(model, "X", 0, 1, &value));
+    if (int_attr(model, "NumVars") > 0) {
+      EXPECT_EQ(10005, ZLPgetdblattrarray(model, "X", 0, 1, &value));
+    }
     EXPECT_EQ(0, int_attr(model, "SolCount"));
     return;
   }
@@ -242,7 +244,9 @@ TEST(OptimizeMip, KnownAnswers) {
       EXPECT_NEAR(c.objective, dbl_attr(model.get(), "ObjBound"), 1e-3);
       EXPECT_GE(int_attr(model.get(), "SolCount"), 1);
       double pi = 0;
-      if (int_attr(model.get(), "NumConstrs") > 0) EXPECT_EQ(10005, ZLPgetdblattrarray(model.get(), "Pi", 0, 1, &pi));
+      if (int_attr(model.get(), "NumConstrs") > 0) {
+        EXPECT_EQ(10005, ZLPgetdblattrarray(model.get(), "Pi", 0, 1, &pi));
+      }
     }
   }
 }
