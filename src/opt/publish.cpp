@@ -105,6 +105,7 @@ bool holds_result_point(const LpData& lp, const LpDriverResult& result, double f
     case SolveStatus::kLoaded:
     case SolveStatus::kInfeasible:
     case SolveStatus::kInfOrUnbd:
+    case SolveStatus::kUnbounded:
     case SolveStatus::kCutoff:
       return false;
     default:

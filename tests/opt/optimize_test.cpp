@@ -173,13 +173,13 @@ TEST(OptimizeLp, ProofsWhenAskedFor) {
     EXPECT_GT(least - (lambda[0] * 1 + lambda[1] * 2), 1e-9);
     EXPECT_GT(dbl_attr(model.get(), "FarkasProof"), 0);
 
-    const Model unbounded = build(env.get(), {-1, {1, 1}, {{{1, -1}, '<', 1}, {{1, -2}, '>', -8}}});
+    const Model unbounded = build(env.get(), {-1, {1, 1}, {{{1, -1}, '<', 1}, {{2, -1}, '>', -8}}});
     ASSERT_EQ(0, ZLPoptimize(unbounded.get()));
     ASSERT_EQ(ZLP_UNBOUNDED, int_attr(unbounded.get(), "Status"));
     const std::vector<double> ray = dbl_array(unbounded.get(), "UnbdRay", "NumVars");
     EXPECT_GT(ray[0] + ray[1], 1e-9);
     EXPECT_LE(ray[0] - ray[1], 1e-9);
-    EXPECT_GE(ray[0] - 2 * ray[1], -1e-9);
+    EXPECT_GE(2 * ray[0] - ray[1], -1e-9);
     EXPECT_GE(std::min(ray[0], ray[1]), -1e-9);
   }
 }
