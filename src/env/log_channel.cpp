@@ -93,10 +93,13 @@ int open_log_file(ZLPenv* env, const char* name, bool banner) {
   return kOk;
 }
 
-bool EnvironmentLog::diagnostics() const { return param<Param::ZORV_PAR_ITEST>(*env_) != 0; }
+// A search kept with a model may still close its files while the model, its environment record gone, is taken down.
+bool EnvironmentLog::alive() const { return env_->magic.load(std::memory_order_acquire) == kEnvironmentMagic; }
+
+bool EnvironmentLog::diagnostics() const { return alive() && param<Param::ZORV_PAR_ITEST>(*env_) != 0; }
 
 bool EnvironmentLog::enabled() const {
-  return param<Param::OutputFlag>(*env_) > 0 || env_->message_callback != nullptr;
+  return alive() && (param<Param::OutputFlag>(*env_) > 0 || env_->message_callback != nullptr);
 }
 
 }  // namespace zorvex

@@ -22,7 +22,7 @@ int open_log_file(ZLPenv* env, const char* name, bool banner);
 // Lets go of the current file and adopts an open stream, which receives the banner, or none. Throws std::bad_alloc.
 void adopt_log_file(ZLPenv& env, std::FILE* stream);
 
-// The log channel as the solver layers see it. Refers to a record that outlives it.
+// The log channel as the solver layers see it. Drops everything once its record is dead.
 class EnvironmentLog final : public LogSink {
  public:
   explicit EnvironmentLog(ZLPenv& env) : env_(&env) {}
@@ -31,6 +31,8 @@ class EnvironmentLog final : public LogSink {
   [[nodiscard]] bool enabled() const override;
 
  private:
+  [[nodiscard]] bool alive() const;
+
   ZLPenv* env_;
 };
 

@@ -118,6 +118,17 @@ TEST(Log, DiagnosticsFollowTheirParameter) {
   EXPECT_EQ("detail\n", printed([&] { log.diagnose("detail\n"); }));
 }
 
+TEST(Log, SinkOutlivesItsRecord) {
+  const auto master = load();
+  EnvironmentPtr model = new_model_environment(*master);
+  EnvironmentLog log(*model);
+  EXPECT_TRUE(log.enabled());
+  model.reset();
+  EXPECT_FALSE(log.enabled());
+  EXPECT_FALSE(log.diagnostics());
+  EXPECT_EQ("", printed([&] { log.write("lost\n"); }));
+}
+
 TEST(Log, StreamsAreAdoptedAndClosed) {
   const ScratchDirectory scratch;
   const auto env = load("a.log");
