@@ -13,7 +13,6 @@ bool MpsColumns::select(std::string_view name, bool integer) {
     return (data_->vtype[current_] == 'I') == integer;
   }
   if (current_ > 0) data_->start.push_back(static_cast<Offset>(data_->index.size()));
-  column_start_ = static_cast<Offset>(data_->index.size());
   data_->obj.push_back(0);
   data_->vtype.push_back(integer ? 'I' : 'C');
   has_objective_.push_back(0);
@@ -22,17 +21,11 @@ bool MpsColumns::select(std::string_view name, bool integer) {
 
 void MpsColumns::add(Index row, double value) {
   ++num_entries_;
-  if (is_late_) {
+  if (is_late_ || last_column_[row] == current_) {
     late_.push_back({current_, row, value});
     return;
   }
-  Offset& position = last_position_[row];
-  if (position >= column_start_) {
-    warn_duplicate(current_, data_->rows[row]);
-    data_->value[position] += value;
-    return;
-  }
-  position = static_cast<Offset>(data_->index.size());
+  last_column_[row] = current_;
   data_->index.push_back(row);
   data_->value.push_back(value);
 }
@@ -59,24 +52,24 @@ void MpsColumns::finish() {
   MpsData merged;
   merged.index.reserve(data_->index.size() + late_.size());
   merged.value.reserve(data_->index.size() + late_.size());
-  std::fill(last_position_.begin(), last_position_.end(), -1);
+  std::vector<Offset> position(last_column_.size(), -1);  // per row: where its last entry stands in `merged`
   std::size_t next = 0;
   for (Index col = 0; col < num_cols; ++col) {
     const auto first = static_cast<Offset>(merged.index.size());
     for (Offset k = data_->start[col]; k < data_->start[col + 1]; ++k) {
-      last_position_[data_->index[k]] = static_cast<Offset>(merged.index.size());
+      position[data_->index[k]] = static_cast<Offset>(merged.index.size());
       merged.index.push_back(data_->index[k]);
       merged.value.push_back(data_->value[k]);
     }
     for (; next < late_.size() && late_[next].col == col; ++next) {
-      Offset& position = last_position_[late_[next].row];
-      if (position >= first) {
-        warn_duplicate(col, data_->rows[late_[next].row]);
-        merged.value[position] += late_[next].value;
+      const Index row = late_[next].row;
+      if (position[row] >= first) {
+        warn_duplicate(col, data_->rows[row]);
+        merged.value[position[row]] += late_[next].value;
         continue;
       }
-      position = static_cast<Offset>(merged.index.size());
-      merged.index.push_back(late_[next].row);
+      position[row] = static_cast<Offset>(merged.index.size());
+      merged.index.push_back(row);
       merged.value.push_back(late_[next].value);
     }
     merged.start.push_back(static_cast<Offset>(merged.index.size()));

@@ -9,17 +9,14 @@
 
 namespace zorvex {
 
-// Columns usually stand together and are stored as they come. One that is taken up again later is kept aside in
-// `late_` and merged by finish().
+// Columns usually stand together and are stored as they come. What does not fit, entries of a column that is taken up
+// again later and entries of a place that has one, is kept aside in `late_` and merged by finish().
 class MpsColumns {
  public:
   MpsColumns(MpsData* data, MpsDiagnostics* diagnostics) : data_(data), diagnostics_(diagnostics) {}
 
   // Call once all rows are known.
-  void start(Index num_rows) {
-    last_position_.assign(static_cast<std::size_t>(num_rows), -1);
-    column_start_ = 0;
-  }
+  void start(Index num_rows) { last_column_.assign(static_cast<std::size_t>(num_rows), -1); }
 
   // Makes `name` the current column. False when it belongs both to an integer block and to none.
   bool select(std::string_view name, bool integer);
@@ -44,10 +41,9 @@ class MpsColumns {
   MpsData* data_;
   MpsDiagnostics* diagnostics_;
   Index current_ = -1;
-  bool is_late_ = false;               // the current column is not the last one
-  Offset column_start_ = 0;            // where the last column begins in data_->index
-  std::vector<Offset> last_position_;  // per row: where its last entry stands in data_->index
-  std::vector<char> has_objective_;    // per column
+  bool is_late_ = false;             // the current column is not the last one
+  std::vector<Index> last_column_;   // per row: the column of its last entry; small, as every entry touches it
+  std::vector<char> has_objective_;  // per column
   std::vector<Late> late_;
   Offset num_entries_ = 0;
 };

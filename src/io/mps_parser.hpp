@@ -12,6 +12,7 @@
 //   Cost      one pass; O(1) per entry.
 #pragma once
 
+#include <array>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -107,6 +108,7 @@ class MpsParser {
   bool full_quadratic_ = false;  // in QMATRIX
 
   MpsPairs pairs_;
+  std::array<NameTable::Key, MpsPairs::kMax> key_;  // of the names in pairs_
 };
 
 }  // namespace zorvex

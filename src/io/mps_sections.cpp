@@ -107,10 +107,11 @@ bool MpsParser::columns_line(std::string_view line) {
     return diagnostics_.fail("Warning: number of variables exceeds two billion\n",
                              "MPS reader: number of variables exceeds two billion\n", line_number_);
   }
+  for (int k = 0; k < pairs_.count; ++k) key_[k] = data_.rows.prepare(pairs_.name[k]);
   for (int k = 0; k < pairs_.count; ++k) {
     double value;
     if (!number(pairs_.number[k], &value)) return false;
-    const Index row = data_.rows.find(pairs_.name[k]);
+    const Index row = data_.rows.find(pairs_.name[k], key_[k]);
     if (row >= 0) {
       columns_.add(row, value);
       continue;

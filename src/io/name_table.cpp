@@ -6,14 +6,14 @@ Index NameTable::insert(std::string_view name) {
   const Key key = key_of(name);
   std::size_t at = locate(name, key);
   if (slots_[at].index >= 0) return slots_[at].index;
-  if ((end_.size() + 1) * 2 > slots_.size()) {
+  if ((end_.size() + 1) * 3 > slots_.size() * 2) {
     rehash(slots_.size() * 2);
     at = locate(name, key);
   }
   const Index index = size();
   arena_.insert(arena_.end(), name.begin(), name.end());
   end_.push_back(arena_.size());
-  slots_[at] = {key.prefix, key.hash, index};
+  slots_[at] = {{key.head[0], key.head[1]}, key.hash, index};
   return index;
 }
 
