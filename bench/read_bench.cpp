@@ -47,10 +47,11 @@ void write_example(const std::string& name, double megabytes) {
   std::fputs("COLUMNS\n", out);
   int cols = 0;
   for (; static_cast<double>(std::ftell(out)) < megabytes * 1e6; ++cols) {
-    std::fprintf(out, "    x%d  COST  %g  row_%d  1\n", cols, random() % 1000 / 8.0, cols % kRows);
+    std::fprintf(out, "    x%d  COST  %g  row_%d  1\n", cols, static_cast<int>(random() % 1000) / 8.0, cols % kRows);
     for (int k = 0; k < 3; ++k) {
       std::fprintf(out, "    x%d  row_%d  %d  row_%d  %.15g\n", cols, static_cast<int>(random() % kRows),
-                   static_cast<int>(random() % 99) + 1, static_cast<int>(random() % kRows), random() / 4294967296.0);
+                   static_cast<int>(random() % 99) + 1, static_cast<int>(random() % kRows),
+                   static_cast<double>(random()) / 4294967296.0);
     }
   }
   std::fputs("RHS\n", out);
