@@ -80,6 +80,7 @@ typename DualRatioTest<Real>::Result DualRatioTest<Real>::choose(const SimplexCo
   collect(core, alpha_row, rho, sign, min_pivot, result);
   if (candidates_.empty()) return result;
   const std::size_t reachable = select_reachable(core, infeasibility);
+  if (reachable == 0) return result;  // values that are not numbers: the caller recomputes
   const Real tolerance = core.dual_tol;
   const auto ratio = [&](const DualCandidate<Real>& c) { return (std::max<Real>(c.slack, 0) + tolerance) / c.alpha; };
   std::sort(candidates_.begin(), candidates_.begin() + static_cast<std::ptrdiff_t>(reachable),

@@ -151,12 +151,10 @@ bool LpDriver::finish_from(const Presolve& presolve, const PresolvePoint& reduce
   return true;
 }
 
-// A proof over the presolved model often holds for the original one with zeros where something was removed.
+// Carries a proof over the presolved model back; a ray often holds with zeros where columns were removed.
 bool LpDriver::lift_proof(const Presolve& presolve, const LpSolver& solver) {
   if (solver.status() == SolveStatus::kInfeasible) {
-    result_.farkas.assign(static_cast<std::size_t>(lp_.num_rows()), 0.0);
-    const std::vector<Index>& rows = presolve.original_rows();
-    for (std::size_t i = 0; i < rows.size(); ++i) result_.farkas[rows[i]] = solver.farkas()[i];
+    result_.farkas = presolve.postsolve_farkas(solver.farkas());
     return proves_infeasible(lp_, result_.farkas, result_.farkas_violation);
   }
   result_.ray.assign(static_cast<std::size_t>(lp_.num_cols()), 0.0);
