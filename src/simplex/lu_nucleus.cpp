@@ -8,7 +8,10 @@
 namespace zorvex {
 
 namespace {
-constexpr int kMaxCandidates = 4;     // lists searched with success before the best pivot so far is taken
+constexpr int kMaxCandidates = 4;   // lists searched with success before the best pivot so far is taken
+constexpr double kSafeRatio = 0.1;  // magnitude over the row's largest below which the search looks for better ones
+constexpr double kStrictRatio = 0.5;
+constexpr double kGrowthStep = 1e3;   // growth of the largest entry over that of the basis at which the threshold rises
 constexpr Index kMinDenseTail = 64;   // rows from which a dense end pays
 constexpr double kTailDensity = 0.6;  // of the active part; dense elimination is about four times faster per entry
 }  // namespace
@@ -75,7 +78,12 @@ bool LuNucleus<Real>::load(const ColumnView<Real>& columns, std::span<const Inde
     live_ += cols_.length(pos);
     col_lists_.insert(pos, cols_.length(pos));
   }
-  for (const Index row : active_rows_) row_lists_.insert(row, rows_.length(row));
+  Real largest = 0;
+  for (const Index row : active_rows_) {
+    row_lists_.insert(row, rows_.length(row));
+    if (row_max_[row] > largest) largest = row_max_[row];
+  }
+  growth_limit_ = kGrowthStep * largest;
   return !poll.spend(2 * nonzeros);
 }
 
@@ -108,22 +116,22 @@ LuStatus LuNucleus<Real>::finish_dense(LuPoll& poll) {
 template <class Real>
 auto LuNucleus<Real>::find_pivot() -> Pivot {
   Pivot best;
-  Offset merit = std::numeric_limits<Offset>::max();
   int candidates = 0;
   search_work_ = 0;
+  const auto good_enough = [](const Pivot& p, Offset least) { return p.merit <= least && p.ratio >= kSafeRatio; };
   for (Index count = 1; count <= size_; ++count) {
     const Offset least_in_col = static_cast<Offset>(count - 1) * (count - 1);
     const Offset least_in_row = static_cast<Offset>(count - 1) * count;
     for (Index pos = col_lists_.first(count); pos != LuCountLists::kNone;) {
       const Index next = col_lists_.next(pos);
-      if (search_column(pos, best, merit)) ++candidates;
-      if (best.row >= 0 && (candidates >= kMaxCandidates || merit <= least_in_col)) return best;
+      if (search_column(pos, best)) ++candidates;
+      if (good_enough(best, least_in_col) || (best.row >= 0 && candidates >= kMaxCandidates)) return best;
       pos = next;
     }
     for (Index row = row_lists_.first(count); row != LuCountLists::kNone;) {
       const Index next = row_lists_.next(row);
-      if (search_row(row, best, merit)) ++candidates;
-      if (best.row >= 0 && (candidates >= kMaxCandidates || merit <= least_in_row)) return best;
+      if (search_row(row, best)) ++candidates;
+      if (good_enough(best, least_in_row) || (best.row >= 0 && candidates >= kMaxCandidates)) return best;
       row = next;
     }
   }
@@ -132,7 +140,7 @@ auto LuNucleus<Real>::find_pivot() -> Pivot {
 
 // Both searches return false if the line has no acceptable entry at all; it then left the lists.
 template <class Real>
-bool LuNucleus<Real>::search_column(Index pos, Pivot& best, Offset& merit) {
+bool LuNucleus<Real>::search_column(Index pos, Pivot& best) {
   using std::abs;
   bool hopeless = true;
   const Offset count = cols_.length(pos);
@@ -140,24 +148,25 @@ bool LuNucleus<Real>::search_column(Index pos, Pivot& best, Offset& merit) {
   for (Index k = range.begin; k < range.end; ++k) {
     const Index row = cols_.index()[k];
     const Offset cost = (rows_.length(row) - 1) * (count - 1);
-    if (cost >= merit) {
+    if (cost > best.merit) {
       hopeless = false;
       continue;
     }
     const Index slot = rows_.find(row, pos);
     search_work_ += slot - rows_.range(row).begin;
     const Real magnitude = abs(rows_.value()[slot]);
-    if (magnitude < LuTraits<Real>::kAbsolutePivot || magnitude < threshold_ * row_max_[row]) continue;
+    // A column singleton changes no other entry: any magnitude is as safe as the largest.
+    const Real ratio = count == 1 ? Real(1) : magnitude / row_max_[row];
+    if (magnitude < LuTraits<Real>::kAbsolutePivot || ratio < threshold_) continue;
     hopeless = false;
-    best = {row, pos};
-    merit = cost;
+    if (best.worse_than(cost, ratio)) best = {row, pos, cost, ratio};
   }
   if (hopeless) col_lists_.remove(pos);
   return !hopeless;
 }
 
 template <class Real>
-bool LuNucleus<Real>::search_row(Index row, Pivot& best, Offset& merit) {
+bool LuNucleus<Real>::search_row(Index row, Pivot& best) {
   using std::abs;
   using std::max;
   if (row_max_[row] < LuTraits<Real>::kAbsolutePivot) {
@@ -171,9 +180,9 @@ bool LuNucleus<Real>::search_row(Index row, Pivot& best, Offset& merit) {
   for (Index k = range.begin; k < range.end; ++k) {
     const Index pos = rows_.index()[k];
     const Offset cost = (cols_.length(pos) - 1) * (count - 1);
-    if (cost >= merit || abs(rows_.value()[k]) < least) continue;
-    best = {row, pos};
-    merit = cost;
+    const Real magnitude = abs(rows_.value()[k]);
+    if (cost > best.merit || magnitude < least) continue;
+    if (best.worse_than(cost, magnitude / row_max_[row])) best = {row, pos, cost, magnitude / row_max_[row]};
   }
   return true;
 }
@@ -274,7 +283,16 @@ void LuNucleus<Real>::eliminate_row(Index row, Index pos, Real pivot) {
   }
   if (unmet > 0) add_fill(row, multiplier, max);
   row_max_[row] = max;
+  if (max > growth_limit_) tighten_threshold();
   row_lists_.move(row, rows_.length(row));
+}
+
+// Growth of the entries is lost accuracy: pivots are chosen more carefully from here on.
+template <class Real>
+void LuNucleus<Real>::tighten_threshold() {
+  using std::max;
+  threshold_ = max(threshold_, Real(threshold_ < kSafeRatio ? kSafeRatio : kStrictRatio));
+  growth_limit_ *= kGrowthStep;
 }
 
 // Entries of the pivot row that the row had not.

@@ -6,6 +6,7 @@
 //   Source   U. Suhl, L. Suhl, ORSA J. Comput. 2 (1990) 325-335, section 4.
 #pragma once
 
+#include <limits>
 #include <span>
 #include <vector>
 
@@ -33,23 +34,31 @@ class LuNucleus {
   struct Pivot {
     Index row = -1;
     Index pos = -1;
+    Offset merit = std::numeric_limits<Offset>::max();  // (row count - 1)(column count - 1)
+    Real ratio = 0;                                     // magnitude over the largest in its row
+
+    [[nodiscard]] bool worse_than(Offset other_merit, Real other_ratio) const {
+      return other_merit < merit || (other_merit == merit && other_ratio > ratio);
+    }
   };
 
   [[nodiscard]] bool load(const ColumnView<Real>& columns, std::span<const Index> head, const LuPeel<Real>& peel,
                           LuPoll& poll);
   [[nodiscard]] Pivot find_pivot();
-  bool search_column(Index pos, Pivot& best, Offset& merit);
-  bool search_row(Index row, Pivot& best, Offset& merit);
+  [[nodiscard]] bool search_column(Index pos, Pivot& best);
+  [[nodiscard]] bool search_row(Index row, Pivot& best);
   [[nodiscard]] bool is_dense() const;
   [[nodiscard]] LuStatus finish_dense(LuPoll& poll);
   [[nodiscard]] LuStatus eliminate(Pivot pivot, LuPoll& poll);
   [[nodiscard]] Real take_pivot_row(Pivot pivot);
   void eliminate_row(Index row, Index pos, Real pivot);
+  void tighten_threshold();
   void add_fill(Index row, Real multiplier, Real& max);
 
   LuFactors<Real>* factors_ = nullptr;
   Real threshold_ = 0;
-  Index size_ = 0;  // rows (and columns) at the start
+  Real growth_limit_ = 0;  // magnitude of an active entry at which the threshold rises
+  Index size_ = 0;         // rows (and columns) at the start
   Index first_pivot_ = 0;
   LuLines<Real, true> rows_;
   LuLines<Real, false> cols_;

@@ -259,6 +259,25 @@ TYPED_TEST(BasisLuTest, SolvesEveryShape) {
   }
 }
 
+// A long staircase at the loosest threshold: entries would grow by many orders of magnitude if nothing watched them.
+TYPED_TEST(BasisLuTest, GrowthIsContained) {
+  RandomStream random(7, "growth");
+  Instance<TypeParam> instance;
+  instance.m = 3000;
+  for (Index k = 0; k < instance.m; ++k) {
+    instance.entry(k, magnitude(random, 1));
+    for (Index row = std::max<Index>(0, k - 25); row < std::min(instance.m, k + 26); ++row) {
+      if (row != k && random.below(8) == 0) instance.entry(row, magnitude(random, 1.5));
+    }
+    instance.end_column();
+  }
+  instance.head.resize(instance.m);
+  std::iota(instance.head.begin(), instance.head.end(), 0);
+  BasisLu<TypeParam> lu;
+  while (lu.factor(instance.view(), instance.head, 1e-4, StopToken()) == LuStatus::kSpaceTooSmall) lu.grow_space();
+  expect_solves(lu, instance, random, 0.01 * kResidual<TypeParam>);
+}
+
 TYPED_TEST(BasisLuTest, EmptyBasis) {
   Instance<TypeParam> instance;
   BasisLu<TypeParam> lu;
