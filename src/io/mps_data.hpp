@@ -1,7 +1,7 @@
 // What an MPS file says, before it becomes a model.
 #pragma once
 
-#include <cstdint>
+#include <cstddef>
 #include <string>
 #include <vector>
 
@@ -9,6 +9,8 @@
 #include "io/name_table.hpp"
 
 namespace zorvex {
+
+inline constexpr std::size_t kMaxNameLength = 255;  // of models, rows and columns
 
 struct MpsSos {
   int type = 1;  // 1 or 2

@@ -8,8 +8,6 @@ namespace zorvex {
 
 namespace {
 
-constexpr std::size_t kMaxNameLength = 255;
-
 std::string upper_case(std::string_view text) {
   std::string out(text);
   for (char& c : out) {

@@ -9,7 +9,6 @@ namespace zorvex {
 
 namespace {
 
-constexpr std::size_t kMaxNameLength = 255;
 constexpr double kRhsInfinity = 1e30;
 
 constexpr unsigned char kLowerGiven = 1, kUpperGiven = 2, kAnyGiven = 4;
