@@ -172,7 +172,7 @@ SimplexOutcome LpKernel<Real>::run(const SimplexOptions& options, const SimplexL
   }
   if (outcome == SimplexOutcome::kOtherAlgorithm) outcome = SimplexOutcome::kNumeric;
   if (outcome == SimplexOutcome::kOptimal || log.settings().display_interval > 0) {
-    log.iteration(core_.iterations + iteration_offset, static_cast<double>(core_.objective(core_.cost)) / cost_factor_,
+    log.iteration(core_.iterations + iteration_offset, static_cast<double>(core_.objective(core_.cost)),
                   static_cast<double>(core_.sum_primal_infeasibility()),
                   static_cast<double>(core_.sum_dual_infeasibility()), true);
   }

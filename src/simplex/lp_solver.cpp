@@ -197,8 +197,9 @@ bool LpSolver::State::attempt(const Attempt& how, const SimplexLimits& limits, c
   if (!how.extended) scaled = how.scaled;
   if (reload || has_pending || was_exact != use_exact) lp_kernel.set_basis(start);
   has_pending = false;
-  SimplexLimits rest = limits;
-  const SimplexOutcome outcome = lp_kernel.run(options, rest, how.share, stop, simplex_log, iterations);
+  SimplexLimits kernel_limits = limits;  // the kernel does not know the objective's constant
+  kernel_limits.objective -= data.offset;
+  const SimplexOutcome outcome = lp_kernel.run(options, kernel_limits, how.share, stop, simplex_log, iterations);
   iterations += lp_kernel.core().iterations;
   work += lp_kernel.core().work;
   lp_kernel.core().work = 0;
@@ -222,6 +223,8 @@ SolveStatus LpSolver::State::solve(const SimplexLimits& limits, const StopToken&
   settings.display_interval = options.display_interval;
   settings.root = options.root_log;
   settings.sense = options.sense;
+  settings.cost_factor = cost_factor();
+  settings.offset = data.offset;
   SimplexLog simplex_log(log, settings);
   bool announced = false;
   for (const Attempt& how : kAttempts) {

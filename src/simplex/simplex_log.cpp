@@ -31,7 +31,8 @@ void SimplexLog::iteration(double iteration, double objective, double primal_inf
     return;
   }
   header();
-  sink_.print(" %7.0f   %14.7e  %13.6e  %13.6e %6.0fs\n", iteration, settings_.sense * objective, primal_inf, dual_inf,
+  sink_.print(" %7.0f   %14.7e  %13.6e  %13.6e %6.0fs\n", iteration,
+              settings_.sense * (objective / settings_.cost_factor + settings_.offset), primal_inf, dual_inf,
               std::floor(time));
   last_time_ = time;
   last_iteration_ = iteration;

@@ -24,6 +24,8 @@ class SimplexLog {
     bool root = false;            // the log of a root relaxation
     bool crossover = false;       // iteration lines follow a crossover log
     int sense = 1;                // objectives are multiplied by it
+    double cost_factor = 1;       // the solver's objective is this times the model's ...
+    double offset = 0;            // ... without its constant
   };
 
   SimplexLog(LogSink& sink, const Settings& settings) : sink_(sink), settings_(settings) {}

@@ -257,8 +257,15 @@ TEST(LpSolver, WarmStartNeedsNoIterationsAndObjectiveLimitCutsOff) {
   ASSERT_EQ(second.solve({}, {}), SolveStatus::kOptimal);
   EXPECT_EQ(second.iterations(), 0);
   EXPECT_NEAR(second.objective(), first.objective(), 1e-9 * first.objective());
-  LpSolver third(first.data(), {}, log);
-  EXPECT_EQ(third.solve({kInf, 0.9 * first.objective()}, {}), SolveStatus::kCutoff);
+  // The limit is on the objective with its constant, whatever the sign of that.
+  for (const double offset : {0.0, 500.0, -500.0}) {
+    LpData shifted = first.data();
+    shifted.offset = offset;
+    LpSolver below(shifted, {}, log);
+    EXPECT_EQ(below.solve({kInf, 0.9 * first.objective() + offset}, {}), SolveStatus::kCutoff) << offset;
+    LpSolver above(shifted, {}, log);
+    EXPECT_EQ(above.solve({kInf, 1.01 * first.objective() + offset}, {}), SolveStatus::kOptimal) << offset;
+  }
 }
 
 TEST(LpSolver, RepairsBasesOfWrongCountAndSingularOnes) {
