@@ -79,7 +79,7 @@ RowClass classify_counting(const Row& row, const Traits& traits) {
 
 // Binary rows with whole coefficients, complemented so that all are positive: sum a x <= capacity.
 RowClass classify_weighted(const Row& row, const Traits& traits) {
-  if (row.is_equality()) return RowClass::kEqualityKnapsack;
+  if (row.is_equality()) return is_whole(row.upper) ? RowClass::kEqualityKnapsack : RowClass::kGeneral;
   double total = 0;
   for (const double coef : row.coef) total += std::fabs(coef);
   const bool at_most = std::isfinite(row.upper);
