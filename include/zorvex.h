@@ -96,37 +96,62 @@ extern "C" {
 typedef struct ZLPenv ZLPenv;     /* environment: parameters, log, error text */
 typedef struct ZLPmodel ZLPmodel; /* one model with its own copy of the parameters */
 
-/* --- environment --- */
+/* --- environment ---
+ * Free models before their environment: a model whose environment is gone fails every call with 10003 and can only be
+ * freed. A freed handle is refused with 10003 too, as long as its record has not been reused. */
+
+/* A new environment with every parameter at its default, then as the file zorvex.env in the working directory says.
+ * Logs to log_file too (appended to; null: none). *env is null on failure; the reason is in the log only. */
 ZLP_EXPORT int ZLPloadenv(ZLPenv** env, const char* log_file);
+/* Null is ignored, and so is the environment of a model, which goes with its model. */
 ZLP_EXPORT void ZLPfreeenv(ZLPenv* env);
+/* The environment record of the model, which holds its parameters; null for an invalid model. */
 ZLP_EXPORT ZLPenv* ZLPgetenv(ZLPmodel* model);
+/* Text of the most recent failure, "" for none or an invalid handle. Valid until the next call. */
 ZLP_EXPORT const char* ZLPgeterrormsg(ZLPenv* env);
 ZLP_EXPORT const char* ZLPgetmerrormsg(ZLPmodel* model);
+/* Writes the text to the log as it is. */
 ZLP_EXPORT void ZLPmsg(ZLPenv* env, const char* text);
+/* Replaces the log file by an open stream, which the environment closes later; null: none. */
 ZLP_EXPORT int ZLPsetlogfile(ZLPenv* env, FILE* stream);
 ZLP_EXPORT int ZLPgetlogfile(ZLPenv* env, FILE** stream);
+/* Null pointers are skipped. */
 ZLP_EXPORT void ZLPversion(int* major, int* minor, int* technical);
 ZLP_EXPORT const char* ZLPplatform(void);
+/* Asks the running ZLPoptimize of the model to stop with status 11; from any thread. Without one it does nothing. */
 ZLP_EXPORT void ZLPterminate(ZLPmodel* model);
+/* SIGINT becomes ZLPterminate of this model, once: the second one ends the process. One model per process. */
 ZLP_EXPORT int ZLPsetsignal(ZLPmodel* model);
+/* Gives the licence back: ZLPoptimize then fails with 10009. 10005 for the environment of a model. */
 ZLP_EXPORT int ZLPreleaselicense(ZLPenv* env);
 
-/* --- parameters --- */
+/* --- parameters ---
+ * docs/parameters.md lists them. Names are matched without regard to case and to underscores after the first character;
+ * unknown names and wrong types fail with 10007, values out of range with 10008 and no change. A model's parameters are
+ * those of ZLPgetenv(model). Integers are first clamped to +-2000000000, doubles to +-1e100. */
 ZLP_EXPORT int ZLPsetintparam(ZLPenv* env, const char* name, int value);
 ZLP_EXPORT int ZLPsetdblparam(ZLPenv* env, const char* name, double value);
 ZLP_EXPORT int ZLPsetstrparam(ZLPenv* env, const char* name, const char* value);
+/* A parameter of any type from text. */
 ZLP_EXPORT int ZLPsetparam(ZLPenv* env, const char* name, const char* value);
 ZLP_EXPORT int ZLPgetintparam(ZLPenv* env, const char* name, int* value);
 ZLP_EXPORT int ZLPgetdblparam(ZLPenv* env, const char* name, double* value);
+/* value holds ZLP_MAX_STRLEN bytes, here and below. */
 ZLP_EXPORT int ZLPgetstrparam(ZLPenv* env, const char* name, char* value);
+/* Current value, bounds and default; null pointers are skipped. */
 ZLP_EXPORT int ZLPgetintparaminfo(ZLPenv* env, const char* name, int* value, int* min, int* max, int* def);
 ZLP_EXPORT int ZLPgetdblparaminfo(ZLPenv* env, const char* name, double* value, double* min, double* max, double* def);
 ZLP_EXPORT int ZLPgetstrparaminfo(ZLPenv* env, const char* name, char* value, char* def);
+/* ZLP_PARAM_..., or -1 for an unknown name. */
 ZLP_EXPORT int ZLPgetparamtype(ZLPenv* env, const char* name);
+/* The number of public parameters; names are numbered from 0, and the text belongs to the library. */
 ZLP_EXPORT int ZLPgetnumparams(ZLPenv* env);
 ZLP_EXPORT int ZLPgetparamname(ZLPenv* env, int i, const char** name);
+/* All numeric parameters to their defaults; texts stay. */
 ZLP_EXPORT int ZLPresetparams(ZLPenv* env);
+/* Lines "NAME VALUE"; what cannot be applied is reported in the log and skipped. 10003: the file cannot be read. */
 ZLP_EXPORT int ZLPreadparams(ZLPenv* env, const char* filename);
+/* The numeric parameters that differ from their defaults. 10003: the file cannot be written. */
 ZLP_EXPORT int ZLPwriteparams(ZLPenv* env, const char* filename);
 
 /* --- building and changing models ---
@@ -271,6 +296,17 @@ ZLP_EXPORT int ZLPread(ZLPmodel* model, const char* filename);
 ZLP_EXPORT int ZLPwrite(ZLPmodel* model, const char* filename);
 
 /* --- solving --- */
+
+/* Applies pending changes and solves. Returns 0 whenever the solve ended with a Status (attribute), also infeasible or
+ * at a limit; the results are attributes:
+ *   X, ObjVal        a point within tolerance; after a limit only when one was found
+ *   Pi, RC           continuous models, in the user's sense: RC = Obj - A'Pi, Pi the change of ObjVal per unit of RHS
+ *   Slack            RHS - A x, for range rows the upper side - A x
+ *   VBasis, CBasis   where the next solve of a continuous model starts; with VDualNorm, CDualNorm when known
+ *   FarkasDual       status 3 with InfUnbdInfo: l >= 0 on '<' rows, <= 0 on '>' rows; l'A x > l'RHS within all bounds
+ *   UnbdRay          status 5 with InfUnbdInfo: a direction in which the objective improves for ever
+ * A tree search stopped by a limit or an interruption goes on at the next call unless the model was changed. Quadratic
+ * objectives: 10005. 10009: the licence was released. */
 ZLP_EXPORT int ZLPoptimize(ZLPmodel* model);
 
 #ifdef __cplusplus

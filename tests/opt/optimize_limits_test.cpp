@@ -3,8 +3,8 @@
 #include <unistd.h>
 
 #include <atomic>
-#include <chrono>
 #include <csignal>
+#include <ctime>
 #include <random>
 #include <string>
 #include <thread>
@@ -285,15 +285,15 @@ TEST(OptimizeLoop, ThousandSmallModels) {
       }
       tiny.rows.push_back(std::move(line));
     }
-    const auto start = std::chrono::steady_clock::now();
+    const std::clock_t start = std::clock();
     const Model model = build(env.get(), tiny);
     ASSERT_EQ(0, ZLPoptimize(model.get()));
-    seconds += std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+    seconds += static_cast<double>(std::clock() - start) / CLOCKS_PER_SEC;
     ASSERT_EQ(ZLP_OPTIMAL, int_attr(model.get(), "Status")) << "model " << k;
     testing::expect_lp_quality(model.get());
   }
   RecordProperty("microseconds_per_model", std::to_string(seconds * 1000));
-  std::printf("building and solving one model of 20 rows: %.1f microseconds\n", seconds * 1000);
+  std::printf("building and solving one model of 20 rows: %.1f microseconds of processor time\n", seconds * 1000);
 }
 
 }  // namespace
