@@ -1,7 +1,7 @@
 // C entry points: creation and end of environments, log, error text, version.
+#include <array>
 #include <cstdio>
-#include <fstream>
-#include <sstream>
+#include <string>
 
 #include "env/environment.hpp"
 #include "env/errors.hpp"
@@ -18,14 +18,18 @@ constexpr const char* kEnvironmentFile = "zorvex.env";
 
 // Settings for every environment made in this working directory.
 void apply_environment_file(ZLPenv& env) {
-  std::ifstream file(kEnvironmentFile);
-  if (!file) return;
-  std::ostringstream text;
-  text << file.rdbuf();
-  apply_parameter_lines(env, text.view(), kEnvironmentFile);
+  LogFile file(std::fopen(kEnvironmentFile, "r"));  // closes it whatever happens
+  if (file.file() == nullptr) return;
+  std::string text;
+  std::array<char, 4096> chunk;
+  while (const std::size_t count = std::fread(chunk.data(), 1, chunk.size(), file.file())) {
+    text.append(chunk.data(), count);
+  }
+  apply_parameter_lines(env, text, kEnvironmentFile);
 }
 
 int start_environment(ZLPenv& env, const char* log_file) {
+  make_error_buffer(env);
   if (log_file != nullptr) open_log_file(&env, log_file, true);  // goes on without a log file when that fails
   if (!processor_has_sse2()) {
     set_error(&env, kErrorNoLicense, true, "Processor does not support SSE2 instructions");
@@ -43,7 +47,7 @@ int load_environment(ZLPenv** result, const char* log_file) {
   if (code != kOk) {
     // The caller gets no handle to ask for the text, so the log has to tell.
     log_printf(env.get(), "\n");
-    log_printf(env.get(), "ERROR: %s\n", env->error_text->data());
+    log_printf(env.get(), "ERROR: %s\n", env->error_text == nullptr ? standard_text(code) : env->error_text->data());
     log_printf(env.get(), "\n");
     return code;
   }

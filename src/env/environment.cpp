@@ -16,12 +16,15 @@ EnvironmentPtr new_record() {
   env->magic.store(kEnvironmentMagic, std::memory_order_release);
   env->version_text = kVersionText;
   env->values = std::make_unique<ParameterValues>();
-  env->error_text = std::make_unique<ErrorBuffer>();
-  env->error_text->front() = '\0';
   return env;
 }
 
 }  // namespace
+
+void make_error_buffer(ZLPenv& env) {
+  env.error_text = std::make_unique<ErrorBuffer>();
+  env.error_text->front() = '\0';
+}
 
 EnvironmentPtr new_master_environment() {
   EnvironmentPtr env = new_record();
@@ -44,6 +47,7 @@ void build_parameters(ZLPenv& env) {
 
 EnvironmentPtr new_model_environment(ZLPenv& parent) {
   EnvironmentPtr env = new_record();
+  make_error_buffer(*env);
   ZLPenv& master = *parent.master;
   env->master = &master;
   env->master_magic = parent.master_magic;

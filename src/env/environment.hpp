@@ -87,8 +87,10 @@ struct EnvironmentDeleter {
 };
 using EnvironmentPtr = std::unique_ptr<ZLPenv, EnvironmentDeleter>;
 
-// A master record that is alive, logs to standard output, and has no store yet. Throws std::bad_alloc.
+// A master record that is alive and logs to standard output, still without error buffer and parameter store. Throws
+// std::bad_alloc.
 EnvironmentPtr new_master_environment();
+void make_error_buffer(ZLPenv& env);
 // Parameter store and defaults, keeping the log file name that is in place. Throws std::bad_alloc.
 void build_parameters(ZLPenv& env);
 

@@ -268,6 +268,38 @@ TEST(OptimizeMemory, ExhaustionAtEveryPoint) {
   }
 }
 
+TEST(OptimizeMemory, EnvironmentsAndModelsEndCleanlyToo) {
+  int code = 10001, failures = 0;
+  bool told = false;
+  for (long allowed = 0; code != 0; ++allowed) {
+    ZLPenv* env = nullptr;
+    const std::string log = printed([&] {
+      const testing::FailingAllocations failing(allowed);
+      code = ZLPloadenv(&env, nullptr);
+    });
+    EXPECT_EQ(code == 0, env != nullptr);
+    if (code != 0) {
+      ASSERT_EQ(10001, code);
+      told = told || log == "\nERROR: Out of memory\n\n";
+      ++failures;
+    }
+    ZLPfreeenv(env);
+  }
+  EXPECT_GT(failures, 5);
+  EXPECT_TRUE(told);
+
+  const Env env = quiet_env();
+  ZLPmodel* model = nullptr;
+  const double values[] = {1, 2, 3};
+  code = 10001;
+  for (long allowed = 0; code != 0; ++allowed) {
+    const testing::FailingAllocations failing(allowed);
+    code = ZLPnewmodel(env.get(), &model, "small", 3, values, nullptr, values, nullptr, nullptr);
+    ASSERT_TRUE(code == 0 || (code == 10001 && model == nullptr)) << code;
+  }
+  EXPECT_EQ(0, ZLPfreemodel(model));
+}
+
 // A thousand models of 20 rows: every answer is checked by its own quality figures, the time per model is recorded.
 TEST(OptimizeLoop, ThousandSmallModels) {
   std::mt19937 random(7);
