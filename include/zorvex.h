@@ -303,8 +303,9 @@ ZLP_EXPORT int ZLPwrite(ZLPmodel* model, const char* filename);
  *   Pi, RC           continuous models, in the user's sense: RC = Obj - A'Pi, Pi the change of ObjVal per unit of RHS
  *   Slack            RHS - A x, for range rows the upper side - A x
  *   VBasis, CBasis   where the next solve of a continuous model starts; with VDualNorm, CDualNorm when known
- *   FarkasDual       status 3 with InfUnbdInfo: l >= 0 on '<' rows, <= 0 on '>' rows; l'A x > l'RHS within all bounds
- *   UnbdRay          status 5 with InfUnbdInfo: a direction in which the objective improves for ever
+ *   FarkasDual       status 3, asked for by InfUnbdInfo: l >= 0 on '<' rows, <= 0 on '>' rows; l'A x > l'RHS within all
+ *                    bounds
+ *   UnbdRay          status 5, asked for by InfUnbdInfo: a direction in which the objective improves for ever
  * A tree search stopped by a limit or an interruption goes on at the next call unless the model was changed. Quadratic
  * objectives: 10005. 10009: the licence was released. */
 ZLP_EXPORT int ZLPoptimize(ZLPmodel* model);
