@@ -17,14 +17,25 @@ FailingAllocations::~FailingAllocations() { allocations_left = -1; }
 
 }  // namespace zorvex::testing
 
-void* operator new(std::size_t size) {
+// All forms that the library may end up in: a sanitizer brings its own for those that are missing here.
+void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
   long& left = zorvex::testing::allocations_left;
-  if (left == 0) throw std::bad_alloc();
+  if (left == 0) return nullptr;
   if (left > 0) --left;
-  if (void* memory = std::malloc(size == 0 ? 1 : size)) return memory;
+  return std::malloc(size == 0 ? 1 : size);
+}
+
+void* operator new(std::size_t size) {
+  if (void* memory = operator new(size, std::nothrow)) return memory;
   throw std::bad_alloc();
 }
 
-void operator delete(void* memory) noexcept { std::free(memory); }
+void* operator new[](std::size_t size, const std::nothrow_t& tag) noexcept { return operator new(size, tag); }
+void* operator new[](std::size_t size) { return operator new(size); }
 
+void operator delete(void* memory) noexcept { std::free(memory); }
 void operator delete(void* memory, std::size_t) noexcept { std::free(memory); }
+void operator delete(void* memory, const std::nothrow_t&) noexcept { std::free(memory); }
+void operator delete[](void* memory) noexcept { std::free(memory); }
+void operator delete[](void* memory, std::size_t) noexcept { std::free(memory); }
+void operator delete[](void* memory, const std::nothrow_t&) noexcept { std::free(memory); }
