@@ -9,9 +9,10 @@
 #pragma once
 
 #include <cstddef>
-#include <deque>
 #include <memory>
 #include <mutex>
+#include <utility>
+#include <vector>
 
 namespace zorvex {
 
@@ -29,25 +30,37 @@ class HandlePool {
   // A default-constructed record; magic is 0. Throws std::bad_alloc.
   Record* acquire() {
     const std::lock_guard<std::mutex> lock(mutex_);
-    if (released_.size() > kQuarantine) {
-      Record* record = released_.front();
-      released_.pop_front();
+    if (count_ > kQuarantine) {
+      Record* record = released_[first_];
+      first_ = (first_ + 1) % released_.size();
+      --count_;
       return record;
     }
+    if (records_.size() == released_.size()) grow();
     records_.push_back(std::make_unique<Record>());
     return records_.back().get();
   }
 
-  // `record` must be dead (magic 0) and otherwise as default-constructed.
-  void release(Record* record) {
+  // `record` must be dead (magic 0) and otherwise as default-constructed. Never fails: acquire() has made the room.
+  void release(Record* record) noexcept {
     const std::lock_guard<std::mutex> lock(mutex_);
-    released_.push_back(record);
+    released_[(first_ + count_++) % released_.size()] = record;
   }
 
  private:
+  void grow() {
+    std::vector<Record*> larger(2 * released_.size() + kQuarantine);
+    for (std::size_t k = 0; k < count_; ++k) larger[k] = released_[(first_ + k) % released_.size()];
+    released_ = std::move(larger);
+    first_ = 0;
+  }
+
   std::mutex mutex_;
-  std::deque<std::unique_ptr<Record>> records_;
-  std::deque<Record*> released_;
+  std::vector<std::unique_ptr<Record>> records_;
+  // Ring of released records, oldest at first_; it has room for all records there are.
+  std::vector<Record*> released_;
+  std::size_t first_ = 0;
+  std::size_t count_ = 0;
 };
 
 }  // namespace zorvex

@@ -1,0 +1,47 @@
+#include "env/handle_pool.hpp"
+
+#include <gtest/gtest.h>
+
+#include <deque>
+#include <set>
+
+namespace zorvex {
+namespace {
+
+struct Record {
+  int value = 0;
+};
+
+TEST(HandlePool, RecordsComeBackInOrderAndOnlyAfterTheQuarantine) {
+  HandlePool<Record> pool;
+  std::deque<Record*> alive, released;
+  std::set<Record*> ever;
+  const auto acquire = [&] {
+    Record* record = pool.acquire();
+    if (released.size() > HandlePool<Record>::kQuarantine) {
+      EXPECT_EQ(released.front(), record);
+      released.pop_front();
+    } else {
+      EXPECT_TRUE(ever.insert(record).second) << "a record that is still quarantined";
+    }
+    alive.push_back(record);
+  };
+  const auto release = [&] {
+    pool.release(alive.front());
+    released.push_back(alive.front());
+    alive.pop_front();
+  };
+  // Growing, shrinking and growing again, so that the ring wraps around at several sizes.
+  for (const int wanted : {10, 200, 3, 150, 0, 500, 1, 2}) {
+    while (static_cast<int>(alive.size()) < wanted) acquire();
+    for (int turn = 0; turn < 300 && !alive.empty(); ++turn) {
+      release();
+      acquire();
+    }
+    while (static_cast<int>(alive.size()) > wanted / 2) release();
+  }
+  EXPECT_EQ(ever.size(), alive.size() + released.size());
+}
+
+}  // namespace
+}  // namespace zorvex
