@@ -32,7 +32,11 @@ void Domain::reload() {
   is_changed_.assign(n, 0);
   infeasible_ = false;
   activity_.assign(m, {});
-  for (Index row = 0; row < model_->num_rows(); ++row) recompute_activity(row);
+  reach_.resize(m);
+  for (Index row = 0; row < model_->num_rows(); ++row) {
+    recompute_activity(row);
+    reach_[row] = largest_reach(row);
+  }
   for (Index col = 0; col < model_->num_cols(); ++col) {
     if (lower_[col] > upper_[col]) infeasible_ = true;
   }
@@ -99,6 +103,28 @@ void Domain::recompute_activity(Index row) {
   }
   activity_[row] = act;
   work_.add(rows.end(row) - rows.begin(row));
+}
+
+double Domain::largest_reach(Index row) const {
+  const SparseMatrix& rows = model_->rows;
+  double reach = 0;
+  for (Offset k = rows.begin(row); k < rows.end(row); ++k) {
+    const Index col = rows.index[k];
+    reach = std::max(reach, std::abs(rows.value[k]) * (upper_[col] - lower_[col]));
+  }
+  return reach;
+}
+
+// False when even the variable with the largest reach leaves the row satisfied whatever the others do. Long covering
+// and knapsack rows are mostly in this state; visiting them at every change would cost their length each time.
+bool Domain::can_tighten(Index row) const {
+  const Activity& act = activity_[row];
+  const double row_lower = model_->lp.row_lower[row];
+  const double row_upper = model_->lp.row_upper[row];
+  const double margin = mip_tol::kRowFeasibility * std::max({1.0, std::abs(act.min), std::abs(act.max)});
+  const bool upper_idle = std::isinf(row_upper) || (act.min_inf == 0 && act.min + reach_[row] <= row_upper + margin);
+  const bool lower_idle = std::isinf(row_lower) || (act.max_inf == 0 && act.max - reach_[row] >= row_lower - margin);
+  return !(upper_idle && lower_idle);
 }
 
 void Domain::update_activities(Index col, bool upper, double old_value, double new_value) {
@@ -247,7 +273,7 @@ bool Domain::propagate_row(Index row) {
   const bool upper_hopeless = std::isinf(row_upper) || stored.min_inf > 1;
   const bool lower_hopeless = std::isinf(row_lower) || stored.max_inf > 1;
   work_.add(1);
-  if (upper_hopeless && lower_hopeless) return true;
+  if ((upper_hopeless && lower_hopeless) || !can_tighten(row)) return true;
   recompute_activity(row);
   const Activity act = activity_[row];
   const double upper_slack = mip_tol::kRowFeasibility * std::max(1.0, std::abs(row_upper));

@@ -97,6 +97,8 @@ class Domain {
   void queue_col(Index col);
   bool fail();
   bool propagate_row(Index row);
+  [[nodiscard]] double largest_reach(Index row) const;
+  [[nodiscard]] bool can_tighten(Index row) const;
   bool propagate_entry(Index col, double coef, double row_lower, double row_upper, const Activity& act);
   bool derive_upper(Index col, double value);
   bool derive_lower(Index col, double value);
@@ -106,6 +108,7 @@ class Domain {
   const SearchModel* model_;
   std::vector<double> lower_, upper_;
   std::vector<Activity> activity_;
+  std::vector<double> reach_;  // per row: largest |a_j| (upper - lower) under the loosest bounds
   std::vector<Entry> trail_;
   std::vector<std::size_t> level_start_;
   std::vector<Index> row_queue_, sos_queue_;
