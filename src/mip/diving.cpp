@@ -12,6 +12,8 @@ constexpr int kMaxBacktracks = 8;       // second choices of one dive
 constexpr double kMinIterations = 500;  // effort of one dive
 constexpr double kRootShare = 2;        // or this share of the root's iterations, whichever is more
 
+constexpr double kFirstSolutionFactor = 8;  // more while there is no solution at all
+
 class Dive {
  public:
   Dive(HeuristicContext& context, DiveRule rule)
@@ -42,6 +44,7 @@ void Dive::run() {
   Domain& domain = state_.domain;
   const int level = domain.level();
   limit_ = std::max(kMinIterations, kRootShare * state_.root_iterations);
+  if (state_.incumbents.empty()) limit_ *= kFirstSolutionFactor;
   context_.lp_used = true;
   state_.lp->sync_bounds(domain);
   state_.lp->load_basis(*context_.relaxation->basis);

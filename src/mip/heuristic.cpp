@@ -21,15 +21,17 @@ std::span<const Heuristic* const> heuristics() {
 namespace {
 
 constexpr double kFreeIterations = 1000;  // of dives, not counted against the tree
+constexpr double kFreeRootShare = 10;     // or this share of the root's iterations
 constexpr double kShareFactor = 6;        // times the parameter Heuristics: dive iterations per tree iteration
 constexpr double kDiveEvery = 12;         // nodes between dives
 constexpr double kSubMipEvery = 100;
 
 // Effort that heuristics may have spent by now.
 bool budget_left(const SearchState& state) {
-  const double share = kShareFactor * state.options.heuristics;
+  const double share = kShareFactor * state.options.heuristics * (state.incumbents.empty() ? 3 : 1);
   const double tree = state.total_iterations() - state.heuristic_iterations;
-  return state.heuristic_iterations < kFreeIterations * std::min(1.0, 20 * state.options.heuristics) + share * tree;
+  const double free = std::max(kFreeIterations, kFreeRootShare * state.root_iterations);
+  return state.heuristic_iterations < free * std::min(1.0, 20 * state.options.heuristics) + share * tree;
 }
 
 bool due(const SearchState& state, HeuristicTiming timing, std::size_t turn) {

@@ -21,7 +21,7 @@ constexpr int kMaxTightenings = 50;             // new starts of a node because 
 int cut_rounds(const MipOptions& options) {
   if (options.cuts == 0) return 0;
   if (options.cuts > 0) return 20 * options.cuts;
-  return options.sub_mip ? 5 : 20;
+  return options.sub_mip ? 5 : 80;
 }
 
 }  // namespace

@@ -77,29 +77,30 @@ void NodeStore::push(std::unique_ptr<Node> node) {
     slot = free_.back();
     free_.pop_back();
   }
-  by_bound_.emplace(node->bound, slot);
-  by_estimate_.emplace(node->estimate, slot);
+  node->id = next_id_++;
+  by_bound_.insert({node->bound, node->id, slot});
+  by_estimate_.insert({node->estimate, node->id, slot});
   bytes_ += bytes_of(*node);
   slot_[static_cast<std::size_t>(slot)] = std::move(node);
 }
 
 std::unique_ptr<Node> NodeStore::take(std::int64_t slot) {
   std::unique_ptr<Node> node = std::move(slot_[static_cast<std::size_t>(slot)]);
-  by_bound_.erase({node->bound, slot});
-  by_estimate_.erase({node->estimate, slot});
+  by_bound_.erase({node->bound, node->id, slot});
+  by_estimate_.erase({node->estimate, node->id, slot});
   bytes_ -= bytes_of(*node);
   free_.push_back(slot);
   return node;
 }
 
-std::unique_ptr<Node> NodeStore::pop_best_bound() { return empty() ? nullptr : take(by_bound_.begin()->second); }
+std::unique_ptr<Node> NodeStore::pop_best_bound() { return empty() ? nullptr : take(by_bound_.begin()->slot); }
 
-std::unique_ptr<Node> NodeStore::pop_best_estimate() { return empty() ? nullptr : take(by_estimate_.begin()->second); }
+std::unique_ptr<Node> NodeStore::pop_best_estimate() { return empty() ? nullptr : take(by_estimate_.begin()->slot); }
 
 std::size_t NodeStore::prune(double cutoff) {
   std::size_t pruned = 0;
-  while (!empty() && by_bound_.rbegin()->first > cutoff) {
-    (void)take(by_bound_.rbegin()->second);
+  while (!empty() && by_bound_.rbegin()->value > cutoff) {
+    (void)take(by_bound_.rbegin()->slot);
     ++pruned;
   }
   return pruned;

@@ -48,7 +48,7 @@ class PackedBasis {
 };
 
 struct Node {
-  std::int64_t id = 0;
+  std::int64_t id = 0;  // given by the store, growing
   int depth = 0;
   double bound = -1e100;                 // proven for the whole subtree
   double estimate = -1e100;              // of the best solution in it
@@ -73,20 +73,27 @@ class NodeStore {
 
   [[nodiscard]] bool empty() const { return by_bound_.empty(); }
   [[nodiscard]] std::size_t size() const { return by_bound_.size(); }
-  [[nodiscard]] double best_bound() const { return empty() ? 1e100 : by_bound_.begin()->first; }
-  [[nodiscard]] double best_estimate() const { return empty() ? 1e100 : by_estimate_.begin()->first; }
+  [[nodiscard]] double best_bound() const { return empty() ? 1e100 : by_bound_.begin()->value; }
+  [[nodiscard]] double best_estimate() const { return empty() ? 1e100 : by_estimate_.begin()->value; }
   // Approximate bytes held by the open nodes; a shared part counts for each node that holds it.
   [[nodiscard]] std::size_t bytes() const { return bytes_; }
 
  private:
-  using Key = std::pair<double, std::int64_t>;
+  // Among equals the youngest node comes first: it is the deepest, and the nearest to the one just processed.
+  struct Key {
+    double value;
+    std::int64_t id;
+    std::int64_t slot;
+    bool operator<(const Key& other) const { return value != other.value ? value < other.value : id > other.id; }
+  };
   std::unique_ptr<Node> take(std::int64_t slot);
   static std::size_t bytes_of(const Node& node);
 
   std::vector<std::unique_ptr<Node>> slot_;
   std::vector<std::int64_t> free_;
-  std::set<Key> by_bound_;     // (bound, slot)
-  std::set<Key> by_estimate_;  // (estimate, slot)
+  std::set<Key> by_bound_;
+  std::set<Key> by_estimate_;
+  std::int64_t next_id_ = 0;
   std::size_t bytes_ = 0;
 };
 

@@ -32,8 +32,8 @@ class Aggregation {
 
  private:
   void start_from(Index row);
-  [[nodiscard]] double distance(Index col) const;
-  [[nodiscard]] Index choose_column() const;
+  [[nodiscard]] double distance(Index col, bool variable) const;
+  [[nodiscard]] Index choose_column(bool variable) const;
   [[nodiscard]] Index choose_row(Index col) const;
 
   SeparationContext& context_;
@@ -77,7 +77,10 @@ void Aggregation::start_from(Index start) {
       break;
     }
     if (joined.size() >= kMaxAggregated || row_.support().size() > kMaxSupport) break;
-    const Index col = choose_column();
+    // Where variable bounds are tight everywhere, as at the start of a fixed-charge problem, rows are joined along the
+    // largest flow instead.
+    Index col = choose_column(true);
+    if (col < 0) col = choose_column(false);
     const Index next = col < 0 ? -1 : choose_row(col);
     if (next < 0) break;
     const std::span<const Index> cols = context_.rows.index(next);
@@ -89,10 +92,11 @@ void Aggregation::start_from(Index start) {
   for (const Index row : joined) used_[row] = 0;
 }
 
-// Distance of a continuous column from its nearest bound, variable ones included.
-double Aggregation::distance(Index col) const {
+// Distance of a continuous column from its nearest bound, variable ones included if `variable`.
+double Aggregation::distance(Index col, bool variable) const {
   double lower = model_.lp.col_lower[col];
   double upper = model_.lp.col_upper[col];
+  if (!variable) return std::min(x_[col] - lower, upper - x_[col]);
   const VariableBound variable_upper = bounds_.tightest(col, true, x_);
   const VariableBound variable_lower = bounds_.tightest(col, false, x_);
   if (variable_upper.of >= 0) upper = std::min(upper, variable_upper.at(x_));
@@ -100,12 +104,12 @@ double Aggregation::distance(Index col) const {
   return std::min(x_[col] - lower, upper - x_[col]);
 }
 
-Index Aggregation::choose_column() const {
+Index Aggregation::choose_column(bool variable) const {
   Index best = -1;
   double best_distance = mip_tol::kRowFeasibility;
   for (const Index col : row_.support()) {
     if (model_.integer[col] || row_.coef(col) == 0) continue;
-    const double d = distance(col);
+    const double d = distance(col, variable);
     if (d <= best_distance) continue;
     if (choose_row(col) < 0) continue;
     best_distance = d;
