@@ -310,6 +310,21 @@ ZLP_EXPORT int ZLPwrite(ZLPmodel* model, const char* filename);
  * objectives: 10005. 10009: the licence was released. */
 ZLP_EXPORT int ZLPoptimize(ZLPmodel* model);
 
+/* --- derived models ---
+ * A new model made from another one as its last update left it. It carries over names, parameters, Start,
+ * BranchPriority and the basis for a warm start, but no results, queued edits or callback. The two are independent and
+ * may be freed in any order. *derived is null on failure. */
+
+/* The same model. */
+ZLP_EXPORT int ZLPcopymodel(ZLPmodel* model, ZLPmodel** derived);
+/* The continuous model that is left when every integer variable is fixed at its value in the best solution, every
+ * semicontinuous one kept in its branch, and every member of an SOS set that is zero kept at zero; its Pi and RC tell
+ * what the solution's continuous part is worth. 10005 when there is no solution. */
+ZLP_EXPORT int ZLPfixedmodel(ZLPmodel* model, ZLPmodel** derived);
+/* The continuous relaxation: no integrality, no SOS sets; binary variables within [0, 1], semicontinuous ones anywhere
+ * between zero and their farther bound. */
+ZLP_EXPORT int ZLPrelaxmodel(ZLPmodel* model, ZLPmodel** derived);
+
 #ifdef __cplusplus
 }
 #endif

@@ -90,6 +90,14 @@ int create_model(ZLPenv* env, ModelData&& data, ZLPmodel** model) {
   if (const int code = check_environment(env)) return code;
   return code_of([&] {
     to_stored_form(data);
+    return adopt_stored_data(env, std::move(data), model);
+  });
+}
+
+int adopt_stored_data(ZLPenv* env, ModelData&& data, ZLPmodel** model) {
+  *model = nullptr;
+  if (const int code = check_environment(env)) return code;
+  return code_of([&] {
     EnvironmentPtr own = new_model_environment(*env);
     std::unique_ptr<ZLPmodel, ModelDeleter> made(HandlePool<ZLPmodel>::instance().acquire());
     made->magic.store(kModelMagic);

@@ -95,6 +95,8 @@ namespace zorvex {
 // `env`. Bounds must already be stored values (stored_lower, stored_upper). Returns 0 or an error code; *model is null
 // on failure.
 int create_model(ZLPenv* env, ModelData&& data, ZLPmodel** model);
+// The same for data that is in stored form already, as that of another model is.
+int adopt_stored_data(ZLPenv* env, ModelData&& data, ZLPmodel** model);
 
 [[nodiscard]] inline bool has_pending_changes(const ZLPmodel& model) {
   return model.pending != nullptr && !model.pending->empty();
