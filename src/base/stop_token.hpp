@@ -4,6 +4,7 @@
 #include <atomic>
 #include <chrono>
 
+#include "base/solve_hooks.hpp"
 #include "base/status.hpp"
 #include "base/types.hpp"
 
@@ -15,16 +16,18 @@ inline double now_seconds() {
   return std::chrono::duration<double>(Clock::now().time_since_epoch()).count();
 }
 
-// A token is cheap to copy and may be polled from several threads. `terminate` is owned by the caller and outlives
-// the solve; null means that nobody can interrupt. A poll costs one clock read (tens of nanoseconds): call it once per
-// simplex iteration or per few thousand nonzeros of work, not per nonzero.
+// A token is cheap to copy and may be polled from several threads. `terminate` and `hooks` are owned by the caller and
+// outlive the solve; null means that nobody can interrupt, nobody listens. A poll costs one clock read (tens of
+// nanoseconds): call it once per simplex iteration or per few thousand nonzeros of work, not per nonzero.
 class StopToken {
  public:
   StopToken() = default;
-  StopToken(const std::atomic<int>* terminate, double deadline) : terminate_(terminate), deadline_(deadline) {}
+  StopToken(const std::atomic<int>* terminate, double deadline, SolveHooks* hooks = nullptr)
+      : terminate_(terminate), deadline_(deadline), hooks_(hooks) {}
 
   // kLoaded while the solve may go on, else kInterrupted or kTimeLimit.
   [[nodiscard]] SolveStatus poll() const {
+    if (hooks_ != nullptr) hooks_->poll();
     if (terminate_ != nullptr && terminate_->load(std::memory_order_relaxed) != 0) return SolveStatus::kInterrupted;
     if (deadline_ < kInf && now_seconds() > deadline_) return SolveStatus::kTimeLimit;
     return SolveStatus::kLoaded;
@@ -32,10 +35,13 @@ class StopToken {
   [[nodiscard]] bool stop_requested() const { return poll() != SolveStatus::kLoaded; }
   [[nodiscard]] double deadline() const { return deadline_; }
   [[nodiscard]] const std::atomic<int>* terminate_flag() const { return terminate_; }
+  // Who wants to hear of the solve, null for nobody.
+  [[nodiscard]] SolveHooks* hooks() const { return hooks_; }
 
  private:
   const std::atomic<int>* terminate_ = nullptr;
   double deadline_ = kInf;  // in now_seconds() time
+  SolveHooks* hooks_ = nullptr;
 };
 
 }  // namespace zorvex

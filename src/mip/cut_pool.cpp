@@ -5,29 +5,51 @@
 
 namespace zorvex {
 
-// Scaled by the largest coefficient, so that multiples of one cut meet.
-std::uint64_t CutPool::hash(const Cut& cut) {
+namespace {
+
+double largest_coefficient(const Cut& cut) {
   double largest = 0;
   for (const double value : cut.value) largest = std::max(largest, std::abs(value));
+  return largest;
+}
+
+// Coefficients relative to the largest one, on the grid of the hash.
+double on_grid(double value, double largest) { return std::round(value / largest * 0x1.0p30); }
+
+bool parallel(const Cut& a, double a_largest, const Cut& b, double b_largest) {
+  if (a.index != b.index) return false;
+  for (std::size_t k = 0; k < a.value.size(); ++k) {
+    if (on_grid(a.value[k], a_largest) != on_grid(b.value[k], b_largest)) return false;
+  }
+  return true;
+}
+
+}  // namespace
+
+// Scaled by the largest coefficient, so that multiples of one cut meet. The shift carries the sign bits down: a product
+// alone would keep them at the top, where two of them cancel.
+std::uint64_t CutPool::hash(const Cut& cut) {
+  const double largest = largest_coefficient(cut);
   std::uint64_t h = 0xCBF29CE484222325ULL;
-  const auto mix = [&h](std::uint64_t word) { h = (h ^ word) * 0x100000001B3ULL; };
+  const auto mix = [&h](std::uint64_t word) {
+    h = (h ^ word) * 0x100000001B3ULL;
+    h ^= h >> 32;
+  };
   for (std::size_t k = 0; k < cut.index.size(); ++k) {
     mix(static_cast<std::uint64_t>(cut.index[k]));
-    mix(std::bit_cast<std::uint64_t>(std::round(cut.value[k] / largest * 0x1.0p30)));
+    mix(std::bit_cast<std::uint64_t>(on_grid(cut.value[k], largest)));
   }
   return h;
 }
 
 std::int64_t CutPool::add(Cut cut) {
   const std::uint64_t key = hash(cut);
-  double largest = 0;
-  for (const double value : cut.value) largest = std::max(largest, std::abs(value));
+  const double largest = largest_coefficient(cut);
   const auto [first, last] = by_hash_.equal_range(key);
   for (auto it = first; it != last; ++it) {
     const Cut& held = this->cut(it->second);
-    if (held.index != cut.index) continue;
-    double held_largest = 0;
-    for (const double value : held.value) held_largest = std::max(held_largest, std::abs(value));
+    const double held_largest = largest_coefficient(held);
+    if ((cut.pinned && !held.pinned) || !parallel(held, held_largest, cut, largest)) continue;
     if (held.rhs / held_largest <= cut.rhs / largest) return -1;
   }
   const auto id = static_cast<std::int64_t>(cuts_.size());

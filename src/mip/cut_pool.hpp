@@ -36,11 +36,13 @@ struct Cut {
   CutType type = CutType::kUser;
   double efficacy = 0;  // violation divided by the norm, at the point it was separated from
   int age = 0;          // rounds in the LP without being tight
+  bool pinned = false;  // a constraint of the model: never leaves the pool and the LP
 };
 
 class CutPool {
  public:
-  // Returns the id, or -1 when a cut with the same left-hand side and no weaker right-hand side is held already.
+  // Returns the id, or -1 when a cut with the same left-hand side and no weaker right-hand side is held already (for a
+  // pinned cut: is pinned already).
   std::int64_t add(Cut cut);
   void remove(std::int64_t id);
   [[nodiscard]] const Cut& cut(std::int64_t id) const { return cuts_[static_cast<std::size_t>(id)]; }

@@ -13,7 +13,7 @@ void Incumbents::configure(double cutoff, double granularity, std::size_t capaci
 }
 
 bool Incumbents::add(std::vector<double> x, double objective) {
-  if (!(objective < best_objective()) || objective > user_cutoff_) return false;
+  if (!improves(objective)) return false;
   solutions_.insert(solutions_.begin(), Solution{std::move(x), objective});
   if (solutions_.size() > capacity_) solutions_.pop_back();
   ++found_;

@@ -19,6 +19,10 @@ class Incumbents {
   // solution is better by at least g.
   void configure(double cutoff, double granularity, std::size_t capacity = 10);
 
+  // Whether a solution of this value would be taken.
+  [[nodiscard]] bool improves(double objective) const {
+    return objective < best_objective() && objective <= user_cutoff_;
+  }
   // Takes x if it improves on the best; returns whether it did.
   bool add(std::vector<double> x, double objective);
 

@@ -67,7 +67,7 @@ std::size_t LpRelaxation::remove_slack_cuts(CutPool& pool, int max_age) {
   for (std::size_t k = 0; k < cut_ids_.size(); ++k) {
     Cut& cut = pool.cut(cut_ids_[k]);
     cut.age = basis.row[m + k] == BasisStatus::kBasic ? cut.age + 1 : 0;
-    if (cut.age > max_age) {
+    if (cut.age > max_age && !cut.pinned) {
       drop[m + k] = 1;
       ++dropped;
       pool.remove(cut_ids_[k]);
@@ -83,12 +83,17 @@ std::size_t LpRelaxation::remove_slack_cuts(CutPool& pool, int max_age) {
 void LpRelaxation::drop_cuts(CutPool& pool) {
   const auto m = static_cast<std::size_t>(model_->num_rows());
   std::vector<char> drop(m + cut_ids_.size(), 0);
+  std::size_t kept = 0;
   for (std::size_t k = 0; k < cut_ids_.size(); ++k) {
+    if (pool.cut(cut_ids_[k]).pinned) {
+      cut_ids_[kept++] = cut_ids_[k];
+      continue;
+    }
     drop[m + k] = 1;
     pool.remove(cut_ids_[k]);
   }
-  if (!cut_ids_.empty()) lp_.delete_rows(drop);
-  cut_ids_.clear();
+  if (kept < cut_ids_.size()) lp_.delete_rows(drop);
+  cut_ids_.resize(kept);
 }
 
 }  // namespace zorvex

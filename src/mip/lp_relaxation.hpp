@@ -32,11 +32,12 @@ class LpRelaxation {
 
   // Makes the cuts rows of the LP.
   void add_cuts(const CutPool& pool, const std::vector<std::int64_t>& ids);
-  // Ages the cuts by the slackness of their logicals and removes from LP and pool those older than `max_age`.
+  // Ages the cuts by the slackness of their logicals and removes from LP and pool those older than `max_age` that are
+  // not pinned.
   // Valid after kOptimal; returns how many were removed.
   std::size_t remove_slack_cuts(CutPool& pool, int max_age);
 
-  // Removes all cuts from LP and pool.
+  // Removes all cuts that are not pinned from LP and pool.
   void drop_cuts(CutPool& pool);
 
   [[nodiscard]] const LpPoint& point() const { return lp_.point(); }

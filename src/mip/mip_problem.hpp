@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "base/log_sink.hpp"
+#include "base/solve_hooks.hpp"
 #include "base/status.hpp"
 #include "base/stop_token.hpp"
 #include "linalg/lp_data.hpp"
@@ -58,6 +59,10 @@ struct MipOptions {
   int threads = 1;
   bool sub_mip = false;  // quieter log, no variable-type report
   int cuts = -1;
+  // Constraints that are not known yet may come during the search: no reduction may rely on a solution being
+  // replaceable by another one that is as good.
+  bool keep_all_solutions = false;
+  SolveHooks* hooks = nullptr;  // who listens to the search; outlives run()
 };
 
 struct MipResult {

@@ -55,6 +55,9 @@ void prepare_search(Search& search) {
   search.infeasible = preparation.infeasible;
   search.prepared = true;
   state.log.fixed_variables(preparation.fixed, state.model.num_cols());
+  if (state.options.hooks != nullptr) {
+    state.options.hooks->presolve({state.problem.lp.num_rows() - state.model.num_rows(), preparation.fixed});
+  }
   state.incumbents.configure(state.options.cutoff, state.model.granularity);
   state.domain.reload();
   if (search.infeasible) return;
@@ -120,7 +123,7 @@ void MipSolver::State::open(const MipOptions& options, const std::atomic<int>* t
   state.options = options;
   state.start_time = start_time;
   const double deadline = options.time_limit >= mip_tol::kNone ? kInf : start_time + options.time_limit;
-  state.stop = StopToken(terminate, deadline);
+  state.stop = StopToken(terminate, deadline, options.hooks);
   state.incumbents.configure(options.cutoff, state.model.granularity);
   state.log.begin_call(state.explored, options.display_interval);
   if (resume) {

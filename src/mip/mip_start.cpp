@@ -10,6 +10,7 @@ namespace zorvex {
 namespace {
 
 constexpr double kCompletionNodes = 500;
+constexpr int kCompletionRounds = 20;  // new attempts because constraints came up against the last one
 
 bool defined(double value) { return value < mip_tol::kUndefinedStart && !std::isnan(value); }
 
@@ -32,45 +33,60 @@ bool try_start(SearchState& state, const std::vector<double>& start) {
     if (start[col] < search.lower[col] - slack || start[col] > search.upper[col] + slack) return false;
     search.lower[col] = search.upper[col] = std::clamp(start[col], search.lower[col], search.upper[col]);
   }
-  std::vector<double> x = search.lower;
-  if (!complete && integers_given) {
-    if (state.checker.complete_within(search.lower, search.upper, x, state.stop) != Completion::kFeasible) return false;
-  } else if (!complete) {
-    x = run_sub_search(state, search).x;
-    if (x.empty()) return false;
+  for (int round = 0; round < kCompletionRounds; ++round) {
+    std::vector<double> x = search.lower;
+    if (!complete && integers_given) {
+      const Completion completion = state.checker.complete_within(search.lower, search.upper, x, state.stop);
+      if (completion != Completion::kFeasible) return false;
+    } else if (!complete) {
+      x = run_sub_search(state, search).x;
+      if (x.empty()) return false;
+    }
+    if (!state.checker.feasible(x)) return false;
+    const std::size_t known = state.side_cuts.size();
+    if (state.offer(std::move(x)) == Submission::kImproved) return true;
+    if (complete || state.side_cuts.size() == known) return false;
   }
-  if (!state.checker.feasible(x)) return false;
-  return state.incumbents.add(x, state.checker.objective(x));
+  return false;
+}
+
+// As it is meant first, then, if that is another point, as it was given.
+bool try_rounded(SearchState& state, const std::vector<double>& start) {
+  const std::vector<double> meant = round_start(state.problem, start);
+  return try_start(state, meant) || (meant != start && try_start(state, start));
 }
 
 }  // namespace
 
-std::vector<double> round_start(const MipProblem& problem, bool& changed) {
-  std::vector<double> start = problem.start;
-  changed = false;
+std::vector<double> round_start(const MipProblem& problem, const std::vector<double>& start) {
+  std::vector<double> result = start;
   for (std::size_t col = 0; col < start.size(); ++col) {
     if (!defined(start[col])) continue;
     const VarType type = problem.type[col];
-    if (type != VarType::kContinuous && type != VarType::kSemiContinuous) start[col] = std::floor(start[col] + 0.5);
+    if (type != VarType::kContinuous && type != VarType::kSemiContinuous) result[col] = std::floor(start[col] + 0.5);
     if (type == VarType::kSemiContinuous || type == VarType::kSemiInteger) {
       const double lower = problem.lp.col_lower[col];
-      start[col] = start[col] < lower / 2 ? 0 : std::max(start[col], lower);
+      result[col] = result[col] < lower / 2 ? 0 : std::max(result[col], lower);
     }
-    changed = changed || start[col] != problem.start[col];
   }
-  return start;
+  return result;
 }
 
 void load_mip_start(SearchState& state) {
   if (state.problem.start.empty()) return;
   if (std::none_of(state.problem.start.begin(), state.problem.start.end(), defined)) return;
-  bool changed = false;
-  const std::vector<double> rounded = round_start(state.problem, changed);
-  const bool loaded = try_start(state, rounded) || (changed && try_start(state, state.problem.start));
-  if (loaded) {
+  if (try_rounded(state, state.problem.start)) {
     state.log.start_loaded(state.incumbents.best_objective());
   } else {
     state.log.start_failed();
+  }
+}
+
+void accept_offered_points(SearchState& state) {
+  if (state.options.hooks == nullptr) return;
+  std::vector<double> x;
+  while (!state.must_stop() && state.options.hooks->take_offered(x)) {
+    if (try_rounded(state, x)) state.log.heuristic_solution(state.progress(), state.root_solved());
   }
 }
 

@@ -10,8 +10,10 @@ namespace zorvex {
 // Tries problem.start if there is one and logs the outcome.
 void load_mip_start(SearchState& state);
 
+// Treats the points that were offered from outside since the last call in the same way.
+void accept_offered_points(SearchState& state);
+
 // The start with integers rounded and semi-continuous values moved out of their gap; undefined values stay undefined.
-// `changed` tells whether rounding moved any defined value.
-std::vector<double> round_start(const MipProblem& problem, bool& changed);
+std::vector<double> round_start(const MipProblem& problem, const std::vector<double>& start);
 
 }  // namespace zorvex

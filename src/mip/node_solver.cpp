@@ -4,7 +4,9 @@
 #include <cmath>
 
 #include "mip/heuristic.hpp"
+#include "mip/mip_start.hpp"
 #include "mip/separator.hpp"
+#include "mip/side_rows.hpp"
 #include "mip/sub_search.hpp"
 
 namespace zorvex {
@@ -16,6 +18,8 @@ constexpr int kStallRounds = 4;    // cut rounds without progress that end separ
 constexpr double kStallGain = 1.0 / (1 << 13);  // relative rise of the bound that counts as progress
 constexpr int kMaxCutAge = 2;                   // rounds a cut may stay in the LP without being tight
 constexpr double kUnboundedNodes = 1000;        // of the search for a feasible point when a relaxation is unbounded
+constexpr int kRootListenRounds = 80;           // times a listener may cut off the root's relaxation ...
+constexpr int kListenRounds = 20;               // ... or another node's
 constexpr int kMaxTightenings = 50;             // new starts of a node because strong branching tightened it
 
 int cut_rounds(const MipOptions& options) {
@@ -80,7 +84,16 @@ void NodeSolver::restore_lp() {
   lp_moved_ = false;
 }
 
+// Constraints that came up since the last relaxation.
+void NodeSolver::add_side_cuts() {
+  if (state_.side_cuts_in_lp == state_.side_cuts.size()) return;
+  const auto first = state_.side_cuts.begin() + static_cast<std::ptrdiff_t>(state_.side_cuts_in_lp);
+  state_.lp->add_cuts(state_.cuts, {first, state_.side_cuts.end()});
+  state_.side_cuts_in_lp = state_.side_cuts.size();
+}
+
 NodeSolver::Step NodeSolver::solve_lp(Node& node) {
+  add_side_cuts();
   restore_lp();
   LpRelaxation& lp = *state_.lp;
   lp.sync_bounds(state_.domain);
@@ -201,7 +214,8 @@ NodeResult NodeSolver::process(Node& node) {
 }
 
 NodeSolver::Step NodeSolver::work_on(Node& node, NodeResult& result) {
-  for (int attempt = 0;; ++attempt) {
+  bool fresh = true;
+  for (int tightenings = 0;;) {
     Step step = relax(node);
     BranchDecision decision;
     if (step == Step::kTrouble) return work_blind(node, result);
@@ -213,12 +227,16 @@ NodeSolver::Step NodeSolver::work_on(Node& node, NodeResult& result) {
     }
     describe(node, result.line);
     if (result.line.fractional + result.line.violated_sets == 0) {
+      const std::size_t known = state_.side_cuts.size();
       step = settle_integral(node, result, decision);
+      if (state_.side_cuts.size() > known) continue;  // another optimum under the new constraints
       if (step != Step::kGoOn) return step;
       return split(node, decision, result);
     }
-    if (attempt == 0) {
+    if (fresh) {
+      fresh = false;
       step = separate(node);
+      if (step == Step::kGoOn) step = listen(node);
       if (step != Step::kGoOn) return step;
       describe(node, result.line);
       if (result.line.fractional + result.line.violated_sets == 0) continue;
@@ -245,7 +263,7 @@ NodeSolver::Step NodeSolver::work_on(Node& node, NodeResult& result) {
       case BranchOutcome::kTightened:
         break;
     }
-    if (attempt >= kMaxTightenings && branch_undecided(state_, &relaxation_.x, decision)) {
+    if (++tightenings > kMaxTightenings && branch_undecided(state_, &relaxation_.x, decision)) {
       return split(node, decision, result);
     }
   }
@@ -283,6 +301,34 @@ NodeSolver::Step NodeSolver::separate(Node& node) {
   return state_.must_stop() ? Step::kStopped : Step::kGoOn;
 }
 
+// Lets a listener cut off the relaxation, round by round.
+NodeSolver::Step NodeSolver::listen(Node& node) {
+  if (state_.options.hooks == nullptr) return Step::kGoOn;
+  LpRelaxation& lp = *state_.lp;
+  const int rounds = node.root() ? kRootListenRounds : kListenRounds;
+  for (int round = 0; round < rounds; ++round) {
+    NodeLine line;
+    describe(node, line);
+    if (line.fractional + line.violated_sets == 0) break;
+    std::vector<SideRow> rows;
+    state_.options.hooks->node(state_.search_progress(), node.depth, relaxation_.x, relaxation_.objective, rows);
+    accept_offered_points(state_);
+    if (state_.must_stop()) return Step::kStopped;
+    if (state_.incumbents.prunes(node.bound)) return Step::kCutoff;
+    const std::vector<std::int64_t> ids = add_listener_cuts(state_, rows, relaxation_.x);
+    if (ids.empty()) break;
+    lp.add_cuts(state_.cuts, ids);
+    const Step step = relax(node);
+    if (step == Step::kTrouble) {
+      lp.drop_cuts(state_.cuts);
+      return relax(node);
+    }
+    if (step != Step::kGoOn) return step;
+    if (lp.remove_slack_cuts(state_.cuts, kMaxCutAge) > 0) save_basis();
+  }
+  return Step::kGoOn;
+}
+
 // Without a usable relaxation the node is split by bounds alone, sets and gaps first when the relaxation is unbounded:
 // once they are decided, one feasible point settles the matter.
 NodeSolver::Step NodeSolver::work_blind(Node& node, NodeResult& result) {
@@ -309,7 +355,9 @@ NodeSolver::Step NodeSolver::judge_unbounded() {
   const SubSearchResult found = run_sub_search(state_, search);
   if (found.status == SolveStatus::kInfeasible) return Step::kInfeasible;
   if (found.x.empty() && state_.must_stop()) return Step::kStopped;
-  state_.unbounded = found.x.empty() ? SolveStatus::kInfOrUnbd : SolveStatus::kUnbounded;
+  // Constraints still to come may bound it.
+  const bool open = found.x.empty() || (state_.options.hooks != nullptr && state_.options.keep_all_solutions);
+  state_.unbounded = open ? SolveStatus::kInfOrUnbd : SolveStatus::kUnbounded;
   return Step::kTrouble;
 }
 

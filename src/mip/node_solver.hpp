@@ -38,6 +38,8 @@ class NodeSolver {
   bool fix_by_reduced_cost();
   [[nodiscard]] bool relaxation_in_domain() const;
   Step separate(Node& node);
+  Step listen(Node& node);
+  void add_side_cuts();
   Step work_on(Node& node, NodeResult& result);
   Step work_blind(Node& node, NodeResult& result);
   Step judge_unbounded();

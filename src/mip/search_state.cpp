@@ -3,7 +3,15 @@
 #include <algorithm>
 #include <cmath>
 
+#include "mip/side_rows.hpp"
+
 namespace zorvex {
+
+namespace {
+
+constexpr int kOfferRounds = 20;  // constraints against one integer part, one round after the other
+
+}  // namespace
 
 void RootLog::write(const char* text) {
   if (!open_) return;
@@ -40,10 +48,32 @@ Submission SearchState::submit(std::vector<double> x, bool optimise_rest) {
       return completion == Completion::kInfeasible ? Submission::kInfeasible : Submission::kUnknown;
     }
   }
-  const double objective = checker.objective(x);
-  if (!incumbents.add(std::move(x), objective)) return Submission::kNotBetter;
-  on_improvement();
-  return Submission::kImproved;
+  return offer(std::move(x));
+}
+
+Submission SearchState::offer(std::vector<double> x) {
+  const bool has_rest = model.integer_cols.size() < x.size();
+  for (int round = 0; round < kOfferRounds; ++round) {
+    const double objective = checker.objective(x);
+    if (!incumbents.improves(objective)) return Submission::kNotBetter;
+    std::vector<SideRow> rows;
+    if (options.hooks != nullptr && !options.hooks->solution(search_progress(), x, objective, rows)) break;
+    add_side_constraints(*this, rows);
+    double worst = 0;
+    for (const SideRow& row : rows) worst = std::max(worst, violation(row, x));
+    bool taken = worst <= (has_rest ? mip_tol::kCleanFeasibility : options.simplex.primal_feasibility_tol);
+    if (!taken && !has_rest) return Submission::kInfeasible;
+    if (!taken) {
+      const Completion completion = checker.complete(x, stop);
+      if (completion == Completion::kFeasible) continue;
+      taken = worst <= options.simplex.primal_feasibility_tol;
+      if (!taken) return completion == Completion::kInfeasible ? Submission::kInfeasible : Submission::kUnknown;
+    }
+    incumbents.add(std::move(x), objective);
+    on_improvement();
+    return Submission::kImproved;
+  }
+  return Submission::kUnknown;
 }
 
 bool SearchState::submit_heuristic(const std::vector<double>& x, bool optimise_rest) {
@@ -84,6 +114,18 @@ Progress SearchState::progress() const {
   result.iterations = total_iterations();
   result.root_iterations = std::max(0.0, root_iterations);
   result.elapsed = elapsed();
+  return result;
+}
+
+SearchProgress SearchState::search_progress() const {
+  SearchProgress result;
+  result.incumbent = incumbents.best_objective();
+  result.bound = std::max(best_bound(), -mip_tol::kNone);
+  result.nodes = explored;
+  result.open_nodes = unexplored();
+  result.iterations = total_iterations();
+  result.solutions = incumbents.found();
+  result.cuts = static_cast<int>(cuts.size());
   return result;
 }
 

@@ -56,7 +56,10 @@ struct SearchState {
   // Judges x, which need be integral only within the tolerance, on the problem as given and installs it when it
   // improves. Prints nothing. With `optimise_rest` the continuous part of x counts as a mere guess.
   Submission submit(std::vector<double> x, bool optimise_rest);
-  // The same for heuristics: prints the solution line when it improved; returns whether it did.
+  // The last step of submit: takes x, which the checker found feasible, when it improves and whoever listens to the
+  // search has no constraint against it. Such a constraint stays; the continuous part of x then adapts to it if it can.
+  Submission offer(std::vector<double> x);
+  // The same as submit for heuristics: prints the solution line when it improved; returns whether it did.
   bool submit_heuristic(const std::vector<double>& x, bool optimise_rest);
   // After an improvement: prunes open nodes and derives global bounds from the root's reduced costs.
   void on_improvement();
@@ -68,6 +71,7 @@ struct SearchState {
   [[nodiscard]] double unexplored() const;
   [[nodiscard]] double elapsed() const { return now_seconds() - start_time + time_offset; }
   [[nodiscard]] Progress progress() const;
+  [[nodiscard]] SearchProgress search_progress() const;
   [[nodiscard]] bool root_solved() const { return root_iterations >= 0; }
   // True when work inside a node must end now: time, interrupt, iteration or solution limit.
   [[nodiscard]] bool must_stop() const;
@@ -85,6 +89,8 @@ struct SearchState {
   Incumbents incumbents;
   Pseudocosts pseudocosts;
   CutPool cuts;
+  std::vector<std::int64_t> side_cuts;  // pinned cuts in the order they came
+  std::size_t side_cuts_in_lp = 0;      // the first so many are rows of the LP
   NodeStore nodes;
   Domain domain;                     // of the node in process
   std::unique_ptr<LpRelaxation> lp;  // made for the root

@@ -158,6 +158,24 @@ Completion SolutionChecker::complete_within(const std::vector<double>& lower, co
   return feasible(x) ? Completion::kFeasible : Completion::kUnknown;
 }
 
+void SolutionChecker::add_rows(const std::vector<SideRow>& rows) {
+  SparseMatrix added;
+  added.num_rows = model_.num_cols();
+  std::vector<double> lower;
+  std::vector<double> upper;
+  for (const SideRow& row : rows) {
+    added.append_col(row.index.data(), row.value.data(), static_cast<Index>(row.index.size()));
+    lower.push_back(row.lower);
+    upper.push_back(row.upper);
+  }
+  model_.lp.matrix.append_rows(added);
+  model_.rows = model_.lp.matrix.transpose();
+  model_.lp.row_lower.insert(model_.lp.row_lower.end(), lower.begin(), lower.end());
+  model_.lp.row_upper.insert(model_.lp.row_upper.end(), upper.begin(), upper.end());
+  count_locks(model_);
+  if (lp_) lp_->add_rows(added, lower, upper);
+}
+
 double SolutionChecker::objective(const std::vector<double>& x) const {
   Extended sum = model_.lp.offset;
   for (std::size_t col = 0; col < x.size(); ++col) sum += static_cast<Extended>(model_.lp.cost[col]) * x[col];

@@ -1,5 +1,6 @@
-// Judges and completes candidate solutions on the problem as it was given, never on the tightened search model: rows,
-// bounds and objective in long double, integer columns at exact integers, gaps and sets respected.
+// Judges and completes candidate solutions on the problem as it was given (and the constraints that came since), never
+// on the tightened search model: rows, bounds and objective in long double, integer columns at exact integers, gaps and
+// sets respected.
 #pragma once
 
 #include <memory>
@@ -37,6 +38,9 @@ class SolutionChecker {
   // As complete, but with bounds of the caller's choice on every column; x is the optimal point.
   Completion complete_within(const std::vector<double>& lower, const std::vector<double>& upper, std::vector<double>& x,
                              const StopToken& stop);
+
+  // Further constraints of the problem.
+  void add_rows(const std::vector<SideRow>& rows);
 
   [[nodiscard]] double objective(const std::vector<double>& x) const;
   [[nodiscard]] double iterations() const;  // simplex iterations spent so far

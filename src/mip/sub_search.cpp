@@ -105,6 +105,8 @@ SubSearchResult run_sub_search(SearchState& state, const SubSearch& search) {
   options.improve_start_time = mip_tol::kNone;
   options.rins = 0;
   options.simplex.root_log = false;
+  PollingHooks polling(options.hooks);
+  options.hooks = &polling;
   const double now = now_seconds();
   options.time_limit = std::isinf(state.stop.deadline()) ? mip_tol::kNone : std::max(0.0, state.stop.deadline() - now);
   std::vector<Index> original = std::move(sub.original);

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cmath>
 
+#include "mip/mip_start.hpp"
+
 namespace zorvex {
 
 namespace {
@@ -50,6 +52,10 @@ SolveStatus TreeSearch::run() {
   if (!root_done_) process_root();
   bool stopped = false;
   for (;;) {
+    if (state_.options.hooks != nullptr) {
+      state_.options.hooks->search(state_.search_progress());
+      accept_offered_points(state_);
+    }
     const SolveStatus status = test();
     if (status != SolveStatus::kLoaded) return status;
     std::unique_ptr<Node> node = root_done_ && !stopped ? select() : nullptr;

@@ -104,6 +104,7 @@ Outcome Presolve::State::run_passes(const StopToken& stop) {
     if (outcome == Outcome::kInfeasible || outcome == Outcome::kUnbounded) return outcome;
     if (outcome == Outcome::kChanged) outcome = run_dirty(stop);
     if (outcome == Outcome::kInfeasible || outcome == Outcome::kUnbounded) return outcome;
+    if (stop.hooks() != nullptr) stop.hooks()->presolve({changes->rows_removed(), changes->cols_removed()});
     const Index removed = changes->rows_removed() + changes->cols_removed() - before;
     const Index left = model->num_rows() + model->num_cols() - before;
     if (removed <= kWorthAnotherPass * left) break;

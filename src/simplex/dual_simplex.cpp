@@ -233,7 +233,7 @@ SimplexOutcome DualSimplex<Real>::rebuild(bool& stopped) {
   for (Index var = 0; var < core_.num_vars(); ++var) {
     if (!core_.is_basic(var)) dual_objective_ += core_.reduced_cost[var] * core_.value[var];
   }
-  if (core_.log->due() || core_.iterations + core_.iteration_offset == 0) {
+  if (core_.log->due() || core_.log->watched() || core_.iterations + core_.iteration_offset == 0) {
     core_.log->iteration(core_.iterations + core_.iteration_offset, static_cast<double>(dual_objective_),
                          static_cast<double>(core_.sum_primal_infeasibility()),
                          static_cast<double>(core_.sum_dual_infeasibility()), false);

@@ -225,6 +225,7 @@ SolveStatus LpSolver::State::solve(const SimplexLimits& limits, const StopToken&
   settings.sense = options.sense;
   settings.cost_factor = cost_factor();
   settings.offset = data.offset;
+  settings.hooks = stop.hooks();
   SimplexLog simplex_log(log, settings);
   bool announced = false;
   for (const Attempt& how : kAttempts) {

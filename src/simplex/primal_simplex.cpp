@@ -103,7 +103,7 @@ SimplexOutcome PrimalSimplex<Real>::rebuild(bool& stopped) {
   core_.fresh = true;
   rejected_.clear();
   list_candidates();
-  if (core_.log->due() || core_.iterations + core_.iteration_offset == 0) {
+  if (core_.log->due() || core_.log->watched() || core_.iterations + core_.iteration_offset == 0) {
     core_.log->iteration(core_.iterations + core_.iteration_offset, static_cast<double>(core_.objective(core_.cost)),
                          static_cast<double>(core_.sum_primal_infeasibility()),
                          static_cast<double>(core_.sum_dual_infeasibility()), false);

@@ -1,7 +1,9 @@
-// The iteration log shared by dual simplex, primal simplex and crossover: which lines are due and how they look.
+// The iteration log shared by dual simplex, primal simplex and crossover: which lines are due and how they look. Whoever
+// listens to the solve hears of the same iterations and of those in between at which the figures were known anyway.
 #pragma once
 
 #include "base/log_sink.hpp"
+#include "base/solve_hooks.hpp"
 #include "base/types.hpp"
 
 namespace zorvex {
@@ -26,12 +28,15 @@ class SimplexLog {
     int sense = 1;                // objectives are multiplied by it
     double cost_factor = 1;       // the solver's objective is this times the model's ...
     double offset = 0;            // ... without its constant
+    SolveHooks* hooks = nullptr;  // told only while the sink is enabled: sub-solves keep silent
   };
 
   SimplexLog(LogSink& sink, const Settings& settings) : sink_(sink), settings_(settings) {}
 
   // True when an unforced iteration line could be printed now: callers skip computing its figures otherwise.
   [[nodiscard]] bool due() const;
+  // True when somebody wants the figures whether or not a line is due.
+  [[nodiscard]] bool watched() const { return settings_.hooks != nullptr && sink_.enabled(); }
 
   // Iteration line; `iteration` includes the offset of earlier phases.
   void iteration(double iteration, double objective, double primal_inf, double dual_inf, bool force);
@@ -46,6 +51,7 @@ class SimplexLog {
  private:
   [[nodiscard]] double elapsed() const;
   void header();
+  void tell(double iteration, double objective, double primal_inf, double dual_inf);
 
   LogSink& sink_;
   Settings settings_;
@@ -53,6 +59,7 @@ class SimplexLog {
   bool crossover_header_printed_ = false;
   double last_time_ = -1;
   double last_iteration_ = -1;
+  double last_told_ = -1;  // iteration
   Kind last_push_ = Kind::kIteration;
 };
 
