@@ -1,5 +1,6 @@
-// The iteration log shared by dual simplex, primal simplex and crossover: which lines are due and how they look. Whoever
-// listens to the solve hears of the same iterations and of those in between at which the figures were known anyway.
+// The iteration log shared by dual simplex, primal simplex and crossover: which lines are due and how they look.
+// Whoever listens to the solve hears of the same iterations and of those in between at which the figures were known
+// anyway.
 #pragma once
 
 #include "base/log_sink.hpp"
