@@ -7,6 +7,7 @@
 #include "env/log_channel.hpp"
 #include "io/basis_file.hpp"
 #include "io/file_suffix.hpp"
+#include "io/lp_reader.hpp"
 #include "io/model_stream.hpp"
 #include "io/mps_reader.hpp"
 #include "io/mps_writer.hpp"
@@ -72,12 +73,8 @@ int read_model(ZLPenv& env, const char* filename, ZLPmodel** model) {
   const FoundFile file = probe_file(&env, filename, static_cast<int>(kProbeSuffixes.size()));
   if (file.name.empty()) return fail(kErrorInvalidArgument, kCannotOpen);
   const FileType type = type_of(file);
-  if (is_lp_type(type)) {
-    log_printf(&env, "Error: LP format is not available\n");
-    return kErrorFileRead;
-  }
-  if (!is_mps_type(type)) return fail(kErrorFileRead, kUnknownType);
-  *model = read_mps(&env, file.name);
+  if (!is_mps_type(type) && !is_lp_type(type)) return fail(kErrorFileRead, kUnknownType);
+  *model = is_lp_type(type) ? read_lp(&env, file.name) : read_mps(&env, file.name);
   if (*model == nullptr) return kErrorFileRead;
   announce(env, **model, file, type, std::chrono::duration<double>(Clock::now() - start).count());
   return kOk;

@@ -38,7 +38,7 @@ void MpsColumns::add_objective(double value, std::string_view objective_name) {
 }
 
 void MpsColumns::warn_duplicate(Index col, std::string_view row_name) {
-  diagnostics_->warn(MpsWarning::kDuplicateNonzero,
+  diagnostics_->warn(ReadWarning::kDuplicateNonzero,
                      format_text("Warning: duplicate nonzeros for column %s and row %s.\n",
                                  printable(data_->cols[col]).c_str(), printable(row_name).c_str()));
 }
@@ -49,7 +49,7 @@ void MpsColumns::finish() {
   if (late_.empty()) return;
   std::stable_sort(late_.begin(), late_.end(), [](const Late& a, const Late& b) { return a.col < b.col; });
 
-  MpsData merged;
+  ParsedModel merged;
   merged.index.reserve(data_->index.size() + late_.size());
   merged.value.reserve(data_->index.size() + late_.size());
   std::vector<Offset> position(last_column_.size(), -1);  // per row: where its last entry stands in `merged`

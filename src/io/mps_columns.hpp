@@ -4,8 +4,8 @@
 #include <string_view>
 #include <vector>
 
-#include "io/mps_data.hpp"
 #include "io/mps_diagnostics.hpp"
+#include "io/parsed_model.hpp"
 
 namespace zorvex {
 
@@ -13,7 +13,7 @@ namespace zorvex {
 // again later and entries of a place that has one, is kept aside in `late_` and merged by finish().
 class MpsColumns {
  public:
-  MpsColumns(MpsData* data, MpsDiagnostics* diagnostics) : data_(data), diagnostics_(diagnostics) {}
+  MpsColumns(ParsedModel* data, MpsDiagnostics* diagnostics) : data_(data), diagnostics_(diagnostics) {}
 
   // Call once all rows are known.
   void start(Index num_rows) { last_column_.assign(static_cast<std::size_t>(num_rows), -1); }
@@ -38,7 +38,7 @@ class MpsColumns {
   };
   void warn_duplicate(Index col, std::string_view row_name);
 
-  MpsData* data_;
+  ParsedModel* data_;
   MpsDiagnostics* diagnostics_;
   Index current_ = -1;
   bool is_late_ = false;             // the current column is not the last one

@@ -42,7 +42,7 @@ bool is_keyword(std::string_view word) {
 
 }  // namespace
 
-MpsParser::MpsParser(MpsLayout layout, const MpsLimits& limits)
+MpsParser::MpsParser(MpsLayout layout, const ReadLimits& limits)
     : scanner_(layout), limits_(limits), columns_(&data_, &diagnostics_) {}
 
 bool MpsParser::parse(ModelStream* stream) {
@@ -161,19 +161,19 @@ bool MpsParser::enter_columns() {
 
 void MpsParser::choose_objective() {
   if (free_rows_.size() == 0) {
-    diagnostics_.warn(MpsWarning::kNoObjective, "Warning: no objective.\n");
+    diagnostics_.warn(ReadWarning::kNoObjective, "Warning: no objective.\n");
     return;
   }
   if (!wanted_objective_.empty()) {
     objective_ = free_rows_.find(wanted_objective_);
     if (objective_ >= 0) return;
-    diagnostics_.warn(MpsWarning::kObjectiveNotFound, format_text("Warning: objective row %s is not an N row.\n",
-                                                                  printable(wanted_objective_).c_str()));
+    diagnostics_.warn(ReadWarning::kObjectiveNotFound, format_text("Warning: objective row %s is not an N row.\n",
+                                                                   printable(wanted_objective_).c_str()));
   }
   objective_ = 0;
   if (free_rows_.size() > 1) {
-    diagnostics_.warn(MpsWarning::kSeveralObjectives, "Warning: more than one unconstrainted rows,\n");
-    diagnostics_.warn(MpsWarning::kSeveralObjectives, "the first one is used for objective.\n");
+    diagnostics_.warn(ReadWarning::kSeveralObjectives, "Warning: more than one unconstrainted rows,\n");
+    diagnostics_.warn(ReadWarning::kSeveralObjectives, "the first one is used for objective.\n");
   }
 }
 
@@ -217,8 +217,8 @@ bool MpsParser::accept_set(std::string_view set, const char* section, std::optio
   if (set.empty()) return true;
   if (!first->has_value()) *first = std::string(set);
   if (**first == set) return true;
-  diagnostics_.warn_once(MpsWarning::kOtherSet, format_text("Warning: %s has several sets, only %s is used.\n", section,
-                                                            printable(**first).c_str()));
+  diagnostics_.warn_once(ReadWarning::kOtherSet, format_text("Warning: %s has several sets, only %s is used.\n",
+                                                             section, printable(**first).c_str()));
   return false;
 }
 
@@ -235,7 +235,21 @@ bool MpsParser::finish() {
                              line_number_);
   }
   apply_default_bounds();
+  settle_ranges();
   return quadratic_.finish(line_number_, &diagnostics_, &data_.quadratic);
+}
+
+// By the sense of the row and the sign of the range.
+void MpsParser::settle_ranges() {
+  if (range_.empty()) return;
+  for (Index row = 0; row < data_.num_rows(); ++row) {
+    if (std::isnan(range_[row])) continue;
+    const double rhs = data_.rhs[row];
+    const double width = std::fabs(range_[row]);
+    const char sense = data_.sense[row];
+    const bool downward = sense == '<' || (sense == '=' && range_[row] < 0);
+    data_.ranges.push_back(downward ? ParsedRange{row, rhs - width, rhs} : ParsedRange{row, rhs, rhs + width});
+  }
 }
 
 // A side that no bound line set keeps the default of its column.

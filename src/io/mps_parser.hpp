@@ -1,4 +1,4 @@
-// Reads the text of an MPS file in one layout into MpsData. Knows neither environment nor model.
+// Reads the text of an MPS file in one layout into ParsedModel. Knows neither environment nor model.
 //   Sections  NAME, ROWS, COLUMNS, RHS, RANGES, BOUNDS, SOS (or SETS), QMATRIX, QSECTION, QUADOBJ, ENDATA; OBJSENSE and
 //             OBJNAME with their word on the same or the next line; MAX and MIN alone on a line.
 //   Sets      the first named RHS, RANGES and BOUNDS set counts, others are skipped with a warning.
@@ -20,28 +20,22 @@
 
 #include "io/line_reader.hpp"
 #include "io/mps_columns.hpp"
-#include "io/mps_data.hpp"
 #include "io/mps_diagnostics.hpp"
 #include "io/mps_layout.hpp"
 #include "io/mps_quadratic.hpp"
+#include "io/parsed_model.hpp"
 
 namespace zorvex {
 
-// Counts beyond which a file is refused.
-struct MpsLimits {
-  static constexpr Offset kTwoBillion = 2'000'000'000;
-  Offset rows = kTwoBillion, cols = kTwoBillion, nonzeros = kTwoBillion, quadratic_terms = kTwoBillion;
-};
-
 class MpsParser {
  public:
-  MpsParser(MpsLayout layout, const MpsLimits& limits);
+  MpsParser(MpsLayout layout, const ReadLimits& limits);
 
   // Parses up to ENDATA. False after an error, which stands in diagnostics().
   bool parse(ModelStream* stream);
 
   // After parse() returned true. The parser is empty afterwards.
-  [[nodiscard]] MpsData take_data() { return std::move(data_); }
+  [[nodiscard]] ParsedModel take_data() { return std::move(data_); }
   [[nodiscard]] const MpsDiagnostics& diagnostics() const { return diagnostics_; }
 
  private:
@@ -74,6 +68,7 @@ class MpsParser {
   bool finish();
   void prepare_bounds();
   void apply_default_bounds();
+  void settle_ranges();
 
   bool number(std::string_view text, double* value);  // finite, or an error at this line
   // The set of a RHS, RANGES or BOUNDS line counts when it is unnamed or the first named one of its section.
@@ -83,9 +78,9 @@ class MpsParser {
   [[nodiscard]] bool is_objective(std::string_view row) const { return free_rows_.find(row) == objective_; }
 
   MpsLineScanner scanner_;
-  MpsLimits limits_;
+  ReadLimits limits_;
   MpsDiagnostics diagnostics_;
-  MpsData data_;
+  ParsedModel data_;
 
   Section section_ = Section::kNone;
   Awaited awaited_ = Awaited::kNothing;
@@ -100,6 +95,7 @@ class MpsParser {
   MpsColumns columns_;
 
   std::vector<char> rhs_given_;
+  std::vector<double> range_;  // empty without RANGES; NaN for rows without an entry
   bool objective_rhs_given_ = false;
   std::optional<std::string> rhs_set_, range_set_, bound_set_;
   std::vector<unsigned char> bound_given_;  // bits kLowerGiven, kUpperGiven, kAnyGiven per column

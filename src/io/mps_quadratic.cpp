@@ -6,7 +6,7 @@
 
 namespace zorvex {
 
-bool MpsQuadratic::finish(long line, MpsDiagnostics* diagnostics, std::vector<MpsQuadraticTerm>* terms) {
+bool MpsQuadratic::finish(long line, MpsDiagnostics* diagnostics, std::vector<ParsedQuadraticTerm>* terms) {
   // Entries of one unordered pair stand together, in the order of the file.
   std::vector<std::size_t> order(entries_.size());
   std::iota(order.begin(), order.end(), std::size_t{0});

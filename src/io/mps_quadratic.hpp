@@ -3,8 +3,8 @@
 
 #include <vector>
 
-#include "io/mps_data.hpp"
 #include "io/mps_diagnostics.hpp"
+#include "io/parsed_model.hpp"
 
 namespace zorvex {
 
@@ -17,7 +17,7 @@ class MpsQuadratic {
   // Turns the entries into terms, one per pair of a full matrix, in the order of the file. False with an error when
   // an entry occurs twice, in one section or in two, or a full matrix is not symmetric. A triangle may name a pair in
   // both orders: such entries are two terms. Cost O(n log n).
-  bool finish(long line, MpsDiagnostics* diagnostics, std::vector<MpsQuadraticTerm>* terms);
+  bool finish(long line, MpsDiagnostics* diagnostics, std::vector<ParsedQuadraticTerm>* terms);
 
  private:
   struct Entry {

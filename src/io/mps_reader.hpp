@@ -3,8 +3,9 @@
 
 #include <string>
 
-#include "io/mps_data.hpp"
+#include "io/model_builder.hpp"
 #include "io/mps_parser.hpp"
+#include "io/parsed_model.hpp"
 #include "model/model.hpp"
 
 namespace zorvex {
@@ -13,13 +14,10 @@ namespace zorvex {
 // that nothing defines, it is read once more in fixed layout, and the reading that fits better counts.
 struct MpsParseResult {
   bool ok = false;
-  MpsData data;  // when ok
+  ParsedModel data;  // when ok
   MpsDiagnostics diagnostics;
 };
-[[nodiscard]] MpsParseResult parse_mps_file(const std::string& name, const MpsLimits& limits = {});
-
-// The model in the user's form (see create_model). Row sides from senses, right-hand sides and ranges.
-[[nodiscard]] ModelData to_model_data(MpsData&& parsed);
+[[nodiscard]] MpsParseResult parse_mps_file(const std::string& name, const ReadLimits& limits = {});
 
 // Reads `name` as it stands. Warnings and errors go to the log, an error also into the error text. Null on failure.
 [[nodiscard]] ZLPmodel* read_mps(ZLPenv* env, const std::string& name);

@@ -117,7 +117,7 @@ bool MpsParser::columns_line(std::string_view line) {
     }
     const Index free_row = free_rows_.find(pairs_.name[k]);
     if (free_row < 0) {
-      diagnostics_.warn(MpsWarning::kUndefinedRowInColumns,
+      diagnostics_.warn(ReadWarning::kUndefinedRowInColumns,
                         format_text("Warning: row name %s in column section at line %ld not defined.\n",
                                     printable(pairs_.name[k]).c_str(), line_number_));
     } else if (free_row == objective_) {
@@ -132,7 +132,7 @@ bool MpsParser::columns_line(std::string_view line) {
 bool MpsParser::marker_line(std::string_view kind) {
   const bool opens = kind == "'INTORG'";
   if ((!opens && kind != "'INTEND'") || opens == in_integer_block_) {
-    diagnostics_.warn(MpsWarning::kWrongMarker, format_text("Warning: marker at line %ld is wrong.\n", line_number_));
+    diagnostics_.warn(ReadWarning::kWrongMarker, format_text("Warning: marker at line %ld is wrong.\n", line_number_));
     return true;
   }
   in_integer_block_ = opens;
@@ -155,13 +155,13 @@ bool MpsParser::add_rhs(Index row, std::string_view row_name, double value) {
   const bool objective = row < 0 && objective_ >= 0 && is_objective(row_name);
   if (row < 0 && !objective) {
     if (free_rows_.find(row_name) < 0) {
-      diagnostics_.warn(MpsWarning::kUndefinedRowInRhs,
+      diagnostics_.warn(ReadWarning::kUndefinedRowInRhs,
                         format_text("Warning: row name %s in rhs section not defined.\n", printable(row_name).c_str()));
     }
     return true;
   }
   if (objective ? objective_rhs_given_ : rhs_given_[row] != 0) {
-    diagnostics_.warn(MpsWarning::kDuplicateRhs,
+    diagnostics_.warn(ReadWarning::kDuplicateRhs,
                       format_text("Warning: duplicate row %s in rhs section.\n", printable(row_name).c_str()));
     return true;
   }
@@ -182,18 +182,18 @@ bool MpsParser::ranges_line(std::string_view line) {
   const LineShape shape = scanner_.pairs(line, true, data_.rows, &free_rows_, &pairs_);
   if (shape != LineShape::kGood) return fail_line(line, shape);
   if (!accept_set(pairs_.head, "RANGES", &range_set_)) return true;
-  if (data_.range.empty()) data_.range.assign(data_.sense.size(), std::numeric_limits<double>::quiet_NaN());
+  if (range_.empty()) range_.assign(data_.sense.size(), std::numeric_limits<double>::quiet_NaN());
   for (int k = 0; k < pairs_.count; ++k) {
     double value;
     if (!parse_number(pairs_.number[k], &value)) return fail_line();
     const Index row = data_.rows.find(pairs_.name[k]);
     const std::string name = printable(pairs_.name[k]);
-    if (row >= 0 && std::isnan(data_.range[row])) {
-      data_.range[row] = value;
+    if (row >= 0 && std::isnan(range_[row])) {
+      range_[row] = value;
     } else if (row >= 0) {
-      diagnostics_.warn(MpsWarning::kDuplicateRange, format_text("Warning: duplicate range row %s.\n", name.c_str()));
+      diagnostics_.warn(ReadWarning::kDuplicateRange, format_text("Warning: duplicate range row %s.\n", name.c_str()));
     } else if (free_rows_.find(pairs_.name[k]) < 0) {
-      diagnostics_.warn(MpsWarning::kUndefinedRowInRanges,
+      diagnostics_.warn(ReadWarning::kUndefinedRowInRanges,
                         format_text("Warning: row name %s in ranges section not defined.\n", name.c_str()));
     }
   }
@@ -212,8 +212,8 @@ bool MpsParser::bounds_line(std::string_view line) {
   double value;
   const bool known_type = bound_spec(bound.type) != nullptr;
   if (!known_type || (!bound.number.empty() && !parse_number(bound.number, &value))) return fail_line();
-  diagnostics_.warn(MpsWarning::kUndefinedColumn, format_text("Warning: column name %s in bound section not defined\n",
-                                                              printable(bound.column).c_str()));
+  diagnostics_.warn(ReadWarning::kUndefinedColumn, format_text("Warning: column name %s in bound section not defined\n",
+                                                               printable(bound.column).c_str()));
   return true;
 }
 
@@ -231,7 +231,7 @@ bool MpsParser::apply_bound(std::string_view type, std::string_view text, Index 
   }
   const unsigned char sides = (spec->sets_lower ? kLowerGiven : 0) | (spec->sets_upper ? kUpperGiven : 0);
   if ((bound_given_[col] & sides) != 0) {
-    diagnostics_.warn(MpsWarning::kDuplicateBound,
+    diagnostics_.warn(ReadWarning::kDuplicateBound,
                       format_text("Warning: duplicate bounds for column %s.\n", printable(data_.cols[col]).c_str()));
   }
   if (is_plain) {
@@ -245,7 +245,7 @@ bool MpsParser::apply_bound(std::string_view type, std::string_view text, Index 
   if (!spec->sets_lower && !spec->semicontinuous && value < 0 && data_.lower[col] == 0 &&
       (bound_given_[col] & kLowerGiven) == 0 && !is_plain) {
     data_.lower[col] = -kInf;
-    diagnostics_.warn(MpsWarning::kNegativeUpper,
+    diagnostics_.warn(ReadWarning::kNegativeUpper,
                       format_text("Warning: negative upper bound for column %s without lower bound, "
                                   "its lower bound becomes minus infinity.\n",
                                   printable(data_.cols[col]).c_str()));
@@ -284,7 +284,7 @@ bool MpsParser::sos_member(std::string_view line) {
   const Index col = data_.cols.find(member.column);
   const auto set = static_cast<Index>(data_.sos.size());
   if (col < 0 || set == 0 || sos_of_col_[col] == set) return fail_line();
-  MpsSos& sos = data_.sos.back();
+  ParsedSos& sos = data_.sos.back();
   // Without weights the order counts.
   double weight = static_cast<double>(sos.member.size() + 1);
   if (!member.weight.empty() && !number(member.weight, &weight)) return false;

@@ -7,7 +7,7 @@
 
 #include "env/log_channel.hpp"
 #include "io/line_reader.hpp"
-#include "io/mps_diagnostics.hpp"
+#include "io/read_diagnostics.hpp"
 #include "io/mps_layout.hpp"
 #include "io/name_table.hpp"
 #include "io/object_names.hpp"

@@ -1,7 +1,7 @@
 #include "io/side_file.hpp"
 
 #include "env/log_channel.hpp"
-#include "io/mps_diagnostics.hpp"
+#include "io/read_diagnostics.hpp"
 #include "io/object_names.hpp"
 #include "model/messages.hpp"
 

@@ -176,11 +176,11 @@ TEST(BrokenMps, SizeLimits) {
   const TempDir dir;
   const std::string path = dir.file("m.mps");
   write_text(path, with_tail("QUADOBJ\n x x 1\n x y 1\nENDATA\n"));
-  MpsLimits rows, cols, nonzeros, terms;
+  ReadLimits rows, cols, nonzeros, terms;
   rows.rows = cols.cols = terms.quadratic_terms = 1;
   nonzeros.nonzeros = 2;
   const struct {
-    MpsLimits limits;
+    ReadLimits limits;
     const char* what;
   } cases[] = {{rows, "constraints"}, {cols, "variables"}, {nonzeros, "nonzeros"}, {terms, "q terms"}};
   EXPECT_TRUE(parse_mps_file(path).ok);
