@@ -8,6 +8,7 @@
 #include "io/basis_file.hpp"
 #include "io/file_suffix.hpp"
 #include "io/lp_reader.hpp"
+#include "io/lp_writer.hpp"
 #include "io/model_stream.hpp"
 #include "io/mps_reader.hpp"
 #include "io/mps_writer.hpp"
@@ -111,11 +112,6 @@ int write_iis(ZLPmodel& model) {
   return kErrorDataNotAvailable;
 }
 
-int write_lp(ZLPmodel& model) {
-  log_printf(model.env, "Error: LP format is not available\n");
-  return kErrorFileWrite;
-}
-
 int write_by_type(ZLPmodel& model, FileType type, const std::string& name) {
   switch (type) {
     case FileType::kMps:
@@ -123,7 +119,7 @@ int write_by_type(ZLPmodel& model, FileType type, const std::string& name) {
       return write_mps(model, name);
     case FileType::kLp:
     case FileType::kRlp:
-      return write_lp(model);
+      return write_lp(model, name);
     case FileType::kIlp:
       return write_iis(model);
     case FileType::kMst:

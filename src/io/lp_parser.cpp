@@ -134,7 +134,9 @@ bool LpParser::constraint() {
     if (at(LpToken::kName) && lexer_.peek() == LpToken::kDoubleColon) return sos_of_line();
   }
   if (!expression()) return false;
-  if (expression_.empty()) return fail("a constraint is expected");
+  // A labelled row may be empty: "c: = 0".
+  if (expression_.empty() && label_ < 0) return fail("a constraint is expected");
+  if (expression_.empty()) return single_row();
   return expression_.terms().empty() ? reversed_row() : single_row();
 }
 

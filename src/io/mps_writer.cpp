@@ -6,9 +6,9 @@
 #include "env/log_channel.hpp"
 #include "io/file_suffix.hpp"
 #include "io/model_stream.hpp"
+#include "io/model_writer.hpp"
 #include "io/object_names.hpp"
 #include "io/text_writer.hpp"
-#include "model/messages.hpp"
 
 namespace zorvex {
 
@@ -235,28 +235,16 @@ void MpsTextWriter::quadratic() {
 
 }  // namespace
 
-void warn_of_pending_changes(ZLPmodel& model, const std::string& name) {
-  if (!has_pending_changes(model)) return;
-  log_printf(model.env, "Warning: model has pending changes.\n");
-  log_printf(model.env, "File '%s' does not contain these changes.\n", name.c_str());
-}
-
 int write_mps(ZLPmodel& model, const std::string& name) {
-  const auto fail = [&] {
-    set_model_error(&model, kErrorFileWrite, true, "Unable to write to file '%s'\n", name.c_str());
-    return kErrorFileWrite;
-  };
-  ObjectNames names(model.data, !wants_generic_names(name));
-  const auto stream = open_model_stream(name, 'w', nullptr);
-  if (stream == nullptr) return fail();
-  warn_of_pending_changes(model, name);
-  if (names.own() && !mps_can_carry_names(model.data)) {
-    log_printf(model.env, "Warning: names are not unique or hold characters unfit for MPS, generic names are used.\n");
-    names = ObjectNames(model.data, false);
-  }
-  const bool written = MpsTextWriter(model.data, std::move(names), stream.get()).write();
-  const bool closed = stream->close(nullptr);
-  return written && closed ? kOk : fail();
+  return write_model_file(model, name, [&](ModelStream* stream) {
+    ObjectNames names(model.data, !wants_generic_names(name));
+    if (names.own() && !mps_can_carry_names(model.data)) {
+      log_printf(model.env,
+                 "Warning: names are not unique or hold characters unfit for MPS, generic names are used.\n");
+      names = ObjectNames(model.data, false);
+    }
+    return MpsTextWriter(model.data, std::move(names), stream).write();
+  });
 }
 
 }  // namespace zorvex

@@ -12,7 +12,4 @@ namespace zorvex {
 // recorded.
 int write_mps(ZLPmodel& model, const std::string& name);
 
-// Logs the two lines that a writer owes a model with queued changes.
-void warn_of_pending_changes(ZLPmodel& model, const std::string& name);
-
 }  // namespace zorvex

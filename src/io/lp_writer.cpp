@@ -1,0 +1,229 @@
+#include "io/lp_writer.hpp"
+
+#include <algorithm>
+
+#include "env/log_channel.hpp"
+#include "io/file_suffix.hpp"
+#include "io/lp_line_writer.hpp"
+#include "io/lp_names.hpp"
+#include "io/model_writer.hpp"
+#include "io/read_diagnostics.hpp"
+
+namespace zorvex {
+
+namespace {
+
+bool wants_generic_names(const std::string& file_name) { return file_type_of(file_name) == FileType::kRlp; }
+
+// Whether the nonzero costs and then the rows name the columns in the order of their indices, each at least once.
+bool natural_order(const ModelData& data, const CompressedVectors& rows) {
+  Index next = 0;
+  std::vector<char> seen(static_cast<std::size_t>(data.num_cols()), 0);
+  const auto name = [&](Index col) {
+    if (seen[col]) return true;
+    seen[col] = 1;
+    return col == next++;
+  };
+  for (Index col = 0; col < data.num_cols(); ++col) {
+    if (data.obj[col] != 0 && !name(col)) return false;
+  }
+  for (const QuadraticTerm& term : data.quadratic) {
+    if (!name(term.first) || !name(term.second)) return false;
+  }
+  return std::all_of(rows.index.begin(), rows.index.end(), name) && next == data.num_cols();
+}
+
+class LpTextWriter {
+ public:
+  LpTextWriter(const ModelData& data, const CompressedVectors& rows, const LpNames& row_names, const LpNames& col_names,
+               ModelStream* stream)
+      : data_(data), rows_(rows), row_names_(row_names), col_names_(col_names), out_(stream) {}
+
+  bool write() {
+    if (!data_.name.empty()) out_.line("\\Problem name: " + printable(data_.name));
+    out_.line("");
+    objective();
+    out_.line("Subject To");
+    for (Index row = 0; row < data_.num_rows(); ++row) constraint(row);
+    bounds();
+    kinds("Generals", [this](Index col) { return kind(col) == 'I' || kind(col) == 'N'; });
+    kinds("Binaries", [this](Index col) { return kind(col) == 'B'; });
+    kinds("Semi-continuous", [this](Index col) { return kind(col) == 'S' || kind(col) == 'N'; });
+    sos();
+    out_.line("End");
+    return out_.flush();
+  }
+
+ private:
+  [[nodiscard]] std::string objective_name() const;
+  void objective();
+  void quadratic(bool first);
+  void constraint(Index row);
+  void bounds();
+  void bound(const std::string& name, double lower, double upper);
+  template <class Wanted>
+  void kinds(const char* header, Wanted wanted);
+  void sos();
+
+  // The type under which a column is written.
+  [[nodiscard]] char kind(Index col) const {
+    const char type = data_.vtype[col];
+    if (type != 'B') return type;
+    const Interval bounds = data_.column_bounds(col);
+    return bounds.lower == 0 && bounds.upper == 1 ? 'B' : 'I';
+  }
+
+  const ModelData& data_;
+  const CompressedVectors& rows_;
+  const LpNames& row_names_;
+  const LpNames& col_names_;
+  LpLineWriter out_;
+};
+
+// A name for the objective that no row has.
+std::string LpTextWriter::objective_name() const {
+  std::string name = "obj";
+  const auto is_taken = [&] {
+    for (Index row = 0; row < data_.num_rows(); ++row) {
+      if (row_names_[row] == name) return true;
+    }
+    return false;
+  };
+  while (is_taken()) name += '_';
+  return name;
+}
+
+void LpTextWriter::objective() {
+  out_.line(data_.sense < 0 ? "Maximize" : "Minimize");
+  out_.word(objective_name() + ":");
+  const bool all = !natural_order(data_, rows_);
+  bool first = true;
+  for (Index col = 0; col < data_.num_cols(); ++col) {
+    if (data_.obj[col] == 0 && !all) continue;
+    out_.term(data_.obj[col] == 0 ? 0.0 : data_.obj[col], col_names_[col], first);
+    first = false;
+  }
+  if (first && data_.num_cols() > 0) {
+    out_.term(0, col_names_[0], true);
+    first = false;
+  }
+  if (data_.obj_con != 0) {
+    out_.word(data_.obj_con < 0 ? "-" : "+").number(std::abs(data_.obj_con));
+    first = false;
+  }
+  if (!data_.quadratic.empty()) quadratic(first);
+  out_.end_line();
+}
+
+void LpTextWriter::quadratic(bool first) {
+  if (!first) out_.word("+");
+  out_.word("[");
+  first = true;
+  for (const QuadraticTerm& term : data_.quadratic) {
+    out_.term(term.value, col_names_[term.first], first);
+    if (term.first == term.second) {
+      out_.word("^").word("2");
+    } else {
+      out_.word("*").word(col_names_[term.second]);
+    }
+    first = false;
+  }
+  out_.word("]").word("/").word("2");
+}
+
+void LpTextWriter::constraint(Index row) {
+  out_.word(row_names_[row] + ":");
+  const bool range = data_.is_range(row);
+  if (range) out_.number(data_.range_lower[row]).word("<=");
+  const double sign = data_.row_sign(row);
+  for (Offset k = rows_.begin(row); k < rows_.end(row); ++k) {
+    out_.term(sign * rows_.value[k], col_names_[rows_.index[k]], k == rows_.begin(row));
+  }
+  if (rows_.begin(row) == rows_.end(row) && data_.num_cols() > 0) out_.term(0, col_names_[0], true);
+  const char sense = data_.row_sense[row];
+  out_.word(sense == '=' ? "=" : sense == '<' ? "<=" : ">=").number(data_.user_rhs(row) + 0.0);
+  out_.end_line();
+}
+
+void LpTextWriter::bounds() {
+  bool headed = false;
+  for (Index col = 0; col < data_.num_cols(); ++col) {
+    const Interval stored = {data_.lb[col], data_.ub[col]};
+    const auto [lower, upper] = data_.vtype[col] == 'B' ? data_.column_bounds(col) : stored;
+    if (kind(col) == 'B' || (lower == 0 && upper >= kStoredInfinity)) continue;
+    if (!headed) out_.line("Bounds");
+    headed = true;
+    bound(col_names_[col], lower, upper);
+    out_.end_line();
+  }
+}
+
+void LpTextWriter::bound(const std::string& name, double lower, double upper) {
+  const bool no_lower = lower <= -kStoredInfinity, no_upper = upper >= kStoredInfinity;
+  if (no_lower && no_upper) {
+    out_.word(name).word("free");
+  } else if (lower == upper) {
+    out_.word(name).word("=").number(lower);
+  } else if (no_upper) {
+    out_.word(name).word(">=").number(lower);
+  } else if (lower == 0 && upper > 0) {
+    out_.word(name).word("<=").number(upper);
+  } else {
+    if (no_lower) {
+      out_.word("-inf");
+    } else {
+      out_.number(lower);
+    }
+    out_.word("<=").word(name).word("<=").number(upper);
+  }
+}
+
+template <class Wanted>
+void LpTextWriter::kinds(const char* header, Wanted wanted) {
+  bool headed = false;
+  for (Index col = 0; col < data_.num_cols(); ++col) {
+    if (!wanted(col)) continue;
+    if (!headed) out_.line(header);
+    headed = true;
+    out_.word(col_names_[col]);
+  }
+  if (headed) out_.end_line();
+}
+
+void LpTextWriter::sos() {
+  if (data_.sos.empty()) return;
+  out_.line("SOS");
+  for (std::size_t k = 0; k < data_.sos.size(); ++k) {
+    const SosConstraint& set = data_.sos[k];
+    if (set.member.empty()) continue;
+    out_.word("s" + std::to_string(k) + ":").word(set.type == 1 ? "S1::" : "S2::");
+    for (std::size_t member = 0; member < set.member.size(); ++member) {
+      char weight[kNumberTextSize];
+      format_number(set.weight[member], weight);
+      out_.word(col_names_[set.member[member]] + ":" + weight);
+    }
+    out_.end_line();
+  }
+}
+
+void warn_of_replaced_names(const ZLPmodel& model, const LpNames& names, const char* what) {
+  if (names.num_replaced() == 0) return;
+  log_printf(model.env,
+             "Warning: %d names of %s are unfit for LP format or not unique, generic names stand for them.\n",
+             names.num_replaced(), what);
+}
+
+}  // namespace
+
+int write_lp(ZLPmodel& model, const std::string& name) {
+  return write_model_file(model, name, [&](ModelStream* stream) {
+    const bool own = !wants_generic_names(name);
+    const LpNames rows(model.data.constr_names, 'R', own);
+    const LpNames cols(model.data.var_names, 'C', own);
+    warn_of_replaced_names(model, rows, "constraints");
+    warn_of_replaced_names(model, cols, "variables");
+    return LpTextWriter(model.data, row_twin(model), rows, cols, stream).write();
+  });
+}
+
+}  // namespace zorvex
