@@ -1,5 +1,5 @@
 // Reading speed of model files: read_bench [FILE ...], files plain or gzipped. Without arguments it writes a model of
-// its own into the temporary directory (50 MB of MPS) and reads that, plain and gzipped.
+// its own into the temporary directory (50 MB of MPS) and reads that, as MPS and LP file, plain and gzipped.
 // Prints for each file the best of three reads: megabytes of text per second of processor time and of wall time.
 #include <stdlib.h>
 #include <time.h>
@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <cstddef>
 #include <cstdio>
 #include <filesystem>
 #include <random>
@@ -96,10 +97,11 @@ int main(int argc, char** argv) {
     const std::string plain = (own / "example.mps").string();
     write_example(plain, 50);
     ZLPmodel* model = nullptr;
-    const std::string packed = plain + ".gz";
-    if (ZLPreadmodel(env, plain.c_str(), &model) == 0) ZLPwrite(model, packed.c_str());
+    names = {plain, plain + ".gz", (own / "example.lp").string(), (own / "example.lp.gz").string()};
+    if (ZLPreadmodel(env, plain.c_str(), &model) == 0) {
+      for (std::size_t k = 1; k < names.size(); ++k) ZLPwrite(model, names[k].c_str());
+    }
     ZLPfreemodel(model);
-    names = {plain, packed};
   }
   bool good = true;
   for (const std::string& name : names) good = measure(env, name) && good;

@@ -25,13 +25,14 @@ LpKeyword LpParser::header() {
   if (!at(LpToken::kName)) return {};
   const std::string_view rest = lexer_.rest();
   const LpKeyword keyword = lp_keyword(rest);
-  if (keyword.section == LpSection::kNone) return {};
+  const bool is_sense = keyword.section == LpSection::kMinimize || keyword.section == LpSection::kMaximize;
+  if (keyword.section == LpSection::kNone || (is_sense && has_sense_)) return {};
   std::size_t next = keyword.length;
   while (next < rest.size() && is_blank(rest[next])) ++next;
   if (next == rest.size()) return keyword;
-  const bool takes_sign = keyword.section == LpSection::kMinimize || keyword.section == LpSection::kMaximize ||
-                          keyword.section == LpSection::kConstraints || keyword.section == LpSection::kBounds ||
-                          keyword.section == LpSection::kLazyConstraints || keyword.section == LpSection::kUserCuts;
+  const bool takes_sign = is_sense || keyword.section == LpSection::kConstraints ||
+                          keyword.section == LpSection::kBounds || keyword.section == LpSection::kLazyConstraints ||
+                          keyword.section == LpSection::kUserCuts;
   const std::string_view excluded = takes_sign ? ":<>=*^" : ":<>=*^+-";
   return excluded.find(rest[next]) == std::string_view::npos ? keyword : LpKeyword{};
 }
@@ -53,9 +54,6 @@ bool LpParser::section(const LpKeyword& keyword) {
   };
   if (keyword.section == LpSection::kLazyConstraints) special("lazy constraints");
   if (keyword.section == LpSection::kUserCuts) special("user cuts");
-  if (keyword.section == LpSection::kMinimize || keyword.section == LpSection::kMaximize) {
-    return fail("a section is expected");
-  }
   if (keyword.section == LpSection::kUnsupported) return fail("a section of this kind is not supported");
   lexer_.skip(keyword.length);
   switch (keyword.section) {
@@ -96,6 +94,7 @@ bool LpParser::objective_sense() {
   if (keyword.section != LpSection::kMinimize && keyword.section != LpSection::kMaximize) {
     return fail("Minimize or Maximize is expected");
   }
+  has_sense_ = true;
   data_.maximize = keyword.section == LpSection::kMaximize;
   lexer_.skip(keyword.length);
   return true;
@@ -119,9 +118,7 @@ bool LpParser::objective() {
 }
 
 bool LpParser::constraints() {
-  while (!at(LpToken::kEnd)) {
-    const LpSection next = header().section;
-    if (next != LpSection::kNone && next != LpSection::kMinimize && next != LpSection::kMaximize) return true;
+  while (!at(LpToken::kEnd) && header().section == LpSection::kNone) {
     if (!constraint()) return false;
   }
   return true;

@@ -117,6 +117,7 @@ class LpParser {
   LpExpression expression_;
   Index label_ = -1;               // of the constraint being read: its name in data_.rows
   std::vector<Index> sos_of_col_;  // last set (1-based) that a variable was put into
+  bool has_sense_ = false;
   bool in_objective_ = false;
   bool ended_ = false;
 };

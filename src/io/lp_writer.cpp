@@ -65,13 +65,7 @@ class LpTextWriter {
   void kinds(const char* header, Wanted wanted);
   void sos();
 
-  // The type under which a column is written.
-  [[nodiscard]] char kind(Index col) const {
-    const char type = data_.vtype[col];
-    if (type != 'B') return type;
-    const Interval bounds = data_.column_bounds(col);
-    return bounds.lower == 0 && bounds.upper == 1 ? 'B' : 'I';
-  }
+  [[nodiscard]] char kind(Index col) const { return data_.vtype[col]; }
 
   const ModelData& data_;
   const CompressedVectors& rows_;
@@ -148,9 +142,9 @@ void LpTextWriter::constraint(Index row) {
 void LpTextWriter::bounds() {
   bool headed = false;
   for (Index col = 0; col < data_.num_cols(); ++col) {
-    const Interval stored = {data_.lb[col], data_.ub[col]};
-    const auto [lower, upper] = data_.vtype[col] == 'B' ? data_.column_bounds(col) : stored;
-    if (kind(col) == 'B' || (lower == 0 && upper >= kStoredInfinity)) continue;
+    const bool binary = data_.vtype[col] == 'B';
+    const auto [lower, upper] = binary ? data_.column_bounds(col) : Interval{data_.lb[col], data_.ub[col]};
+    if (lower == 0 && (binary ? upper == 1 : upper >= kStoredInfinity)) continue;
     if (!headed) out_.line("Bounds");
     headed = true;
     bound(col_names_[col], lower, upper);

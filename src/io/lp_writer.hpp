@@ -5,8 +5,7 @@
 //   Order      a reader takes columns in the order in which they first occur. Where objective and rows alone would
 //              change that order, or leave a column out, the objective names all columns, with coefficient 0.
 //   Ranges     "l <= expression <= u". Empty rows and an empty objective have the first column with coefficient 0.
-//   Binaries   a binary column with other bounds than 0 and 1 is written as a general one with its bounds: readers
-//              differ in what becomes of them otherwise.
+//   Binaries   with their bounds where these are not 0 and 1: readers keep bounds that were given.
 #pragma once
 
 #include <string>
