@@ -14,8 +14,8 @@
 
 namespace zorvex {
 
-// Writes the model as of its last update. Names that had to be replaced are reported with their number. Returns 0, or
-// kErrorFileWrite with its text recorded.
+// Writes the model as of its last update. Names that had to be replaced are reported with their number. Returns 0 or
+// kErrorFileWrite.
 int write_lp(ZLPmodel& model, const std::string& name);
 
 }  // namespace zorvex

@@ -10,7 +10,7 @@
 namespace zorvex {
 
 // Opens `name`, logs the two lines owed to a model with queued changes, lets `body` write, closes. `body` is false when
-// a write failed. Returns 0, or kErrorFileWrite with its text recorded.
+// a write failed. Returns 0 or kErrorFileWrite; the text is left to the caller.
 int write_model_file(ZLPmodel& model, const std::string& name, const std::function<bool(ModelStream*)>& body);
 
 }  // namespace zorvex

@@ -9,6 +9,7 @@
 #include "io/model_writer.hpp"
 #include "io/object_names.hpp"
 #include "io/text_writer.hpp"
+#include "model/messages.hpp"
 
 namespace zorvex {
 
@@ -236,7 +237,7 @@ void MpsTextWriter::quadratic() {
 }  // namespace
 
 int write_mps(ZLPmodel& model, const std::string& name) {
-  return write_model_file(model, name, [&](ModelStream* stream) {
+  const int code = write_model_file(model, name, [&](ModelStream* stream) {
     ObjectNames names(model.data, !wants_generic_names(name));
     if (names.own() && !mps_can_carry_names(model.data)) {
       log_printf(model.env,
@@ -245,6 +246,8 @@ int write_mps(ZLPmodel& model, const std::string& name) {
     }
     return MpsTextWriter(model.data, std::move(names), stream).write();
   });
+  if (code != kOk) set_model_error(&model, code, true, "Unable to write to file '%s'\n", name.c_str());
+  return code;
 }
 
 }  // namespace zorvex

@@ -7,10 +7,10 @@
 
 #include "env/log_channel.hpp"
 #include "io/line_reader.hpp"
-#include "io/read_diagnostics.hpp"
 #include "io/mps_layout.hpp"
 #include "io/name_table.hpp"
 #include "io/object_names.hpp"
+#include "io/read_diagnostics.hpp"
 #include "io/side_file.hpp"
 #include "io/text_writer.hpp"
 #include "model/messages.hpp"

@@ -1,8 +1,8 @@
 #include "io/side_file.hpp"
 
 #include "env/log_channel.hpp"
-#include "io/read_diagnostics.hpp"
 #include "io/object_names.hpp"
+#include "io/read_diagnostics.hpp"
 #include "model/messages.hpp"
 
 namespace zorvex {

@@ -165,7 +165,7 @@ TEST_F(LpWriter, UnwritableFile) {
   const ModelPtr m = model("");
   const std::string name = dir_.file("absent/m.lp");
   EXPECT_EQ(ZLPwrite(m.get(), name.c_str()), 10013);
-  EXPECT_EQ(std::string(ZLPgetmerrormsg(m.get())), "Unable to write to file '" + name + "'\n");
+  EXPECT_EQ(std::string(ZLPgetmerrormsg(m.get())), "Unable to open file '" + name + "' for output");
 }
 
 // Whatever the data, the model comes back the same.
