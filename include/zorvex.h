@@ -88,13 +88,57 @@ extern "C" {
 #define ZLP_NONBASIC_UPPER (-2)
 #define ZLP_SUPERBASIC (-3)
 
+/* Where a callback is called from. */
+#define ZLP_WHERE_POLLING 0      /* now and then, from anywhere in a solve; nothing but ZLP_WHAT_RUNTIME is known */
+#define ZLP_WHERE_PRESOLVE 1     /* after every pass of presolve */
+#define ZLP_WHERE_SIMPLEX 2      /* simplex, at its refactorizations and at its end; not for nodes below the root */
+#define ZLP_WHERE_MIP 3          /* tree search, between two nodes */
+#define ZLP_WHERE_MIP_SOLUTION 4 /* tree search, a feasible point that is about to become the incumbent */
+#define ZLP_WHERE_MIP_NODE 5     /* tree search, a node relaxation that is solved and not integral */
+#define ZLP_WHERE_MESSAGE 6      /* a log message, also outside a solve and with OutputFlag 0 */
+#define ZLP_WHERE_BARRIER 7      /* after every barrier iteration */
+
+/* What ZLPcbget can be asked for, with the type of the result and the callbacks in which it exists. Objective values
+ * are in the user's sense; 1e100 times ModelSense stands for no incumbent, -1e100 times ModelSense for no bound. */
+#define ZLP_WHAT_RUNTIME 1                     /* double, anywhere: seconds since ZLPoptimize was called, 0 outside */
+#define ZLP_WHAT_PRESOLVE_ROWS_REMOVED 1000    /* int, PRESOLVE: rows removed so far */
+#define ZLP_WHAT_PRESOLVE_COLS_REMOVED 1001    /* int, PRESOLVE: columns removed or, for a MIP, fixed so far */
+#define ZLP_WHAT_SIMPLEX_ITERATIONS 2000       /* double, SIMPLEX: iterations so far */
+#define ZLP_WHAT_SIMPLEX_OBJECTIVE 2001        /* double, SIMPLEX: objective value of the current basis */
+#define ZLP_WHAT_SIMPLEX_PRIMAL_INF 2002       /* double, SIMPLEX: sum of primal infeasibilities, scaled */
+#define ZLP_WHAT_SIMPLEX_DUAL_INF 2003         /* double, SIMPLEX: sum of dual infeasibilities, scaled */
+#define ZLP_WHAT_MIP_INCUMBENT 3000            /* double, MIP, MIP_SOLUTION, MIP_NODE: objective of the best solution */
+#define ZLP_WHAT_MIP_BOUND 3001                /* double, MIP, MIP_SOLUTION, MIP_NODE: best bound */
+#define ZLP_WHAT_MIP_NODES 3002                /* double, MIP, MIP_SOLUTION, MIP_NODE: nodes explored */
+#define ZLP_WHAT_MIP_OPEN_NODES 3003           /* double, MIP, MIP_SOLUTION, MIP_NODE: nodes still to be explored */
+#define ZLP_WHAT_MIP_ITERATIONS 3004           /* double, MIP, MIP_SOLUTION, MIP_NODE: simplex iterations */
+#define ZLP_WHAT_MIP_SOLUTIONS 3005            /* int, MIP, MIP_SOLUTION, MIP_NODE: solutions found */
+#define ZLP_WHAT_MIP_CUTS 3006                 /* int, MIP, MIP_SOLUTION, MIP_NODE: cutting planes in use */
+#define ZLP_WHAT_SOLUTION 4000                 /* double[NumVars], MIP_SOLUTION: the point */
+#define ZLP_WHAT_SOLUTION_OBJECTIVE 4001       /* double, MIP_SOLUTION: its objective value */
+#define ZLP_WHAT_NODE_RELAXATION 5000          /* double[NumVars], MIP_NODE: the optimum of the relaxation */
+#define ZLP_WHAT_NODE_OBJECTIVE 5001           /* double, MIP_NODE: its objective value */
+#define ZLP_WHAT_NODE_DEPTH 5002               /* int, MIP_NODE: depth in the tree, 0 for the root */
+#define ZLP_WHAT_MESSAGE_TEXT 6000             /* const char*, MESSAGE: the text, cut to 511 bytes; valid inside only */
+#define ZLP_WHAT_BARRIER_ITERATIONS 7000       /* int, BARRIER: iterations so far */
+#define ZLP_WHAT_BARRIER_PRIMAL_OBJECTIVE 7001 /* double, BARRIER: primal objective value */
+#define ZLP_WHAT_BARRIER_DUAL_OBJECTIVE 7002   /* double, BARRIER: dual objective value */
+#define ZLP_WHAT_BARRIER_PRIMAL_RESIDUAL 7003  /* double, BARRIER: primal residual */
+#define ZLP_WHAT_BARRIER_DUAL_RESIDUAL 7004    /* double, BARRIER: dual residual */
+#define ZLP_WHAT_BARRIER_COMPLEMENTARITY 7005  /* double, BARRIER: complementarity */
+
 /* Parameter types returned by ZLPgetparamtype. */
 #define ZLP_PARAM_INT 1
 #define ZLP_PARAM_DBL 2
 #define ZLP_PARAM_STR 3
 
-typedef struct ZLPenv ZLPenv;     /* environment: parameters, log, error text */
-typedef struct ZLPmodel ZLPmodel; /* one model with its own copy of the parameters */
+typedef struct ZLPenv ZLPenv;       /* environment: parameters, log, error text */
+typedef struct ZLPmodel ZLPmodel;   /* one model with its own copy of the parameters */
+typedef struct ZLPcbdata ZLPcbdata; /* what a callback asks and answers through */
+
+/* A callback: `where` is one of ZLP_WHERE_..., `user` what was registered with it. 0 goes on, anything else ends the
+ * solve. It must return normally (no longjmp, no C++ exception). */
+typedef int (*ZLPcallback)(ZLPmodel* model, ZLPcbdata* cbdata, int where, void* user);
 
 /* --- environment ---
  * Free models before their environment: a model whose environment is gone fails every call with 10003 and can only be
@@ -118,7 +162,8 @@ ZLP_EXPORT int ZLPgetlogfile(ZLPenv* env, FILE** stream);
 /* Null pointers are skipped. */
 ZLP_EXPORT void ZLPversion(int* major, int* minor, int* technical);
 ZLP_EXPORT const char* ZLPplatform(void);
-/* Asks the running ZLPoptimize of the model to stop with status 11; from any thread. Without one it does nothing. */
+/* Asks the running ZLPoptimize of the model to stop with status 11; from any thread and from callbacks. Without one it
+ * does nothing. */
 ZLP_EXPORT void ZLPterminate(ZLPmodel* model);
 /* SIGINT becomes ZLPterminate of this model, once: the second one ends the process. One model per process. */
 ZLP_EXPORT int ZLPsetsignal(ZLPmodel* model);
@@ -309,6 +354,32 @@ ZLP_EXPORT int ZLPwrite(ZLPmodel* model, const char* filename);
  * A tree search stopped by a limit or an interruption goes on at the next call unless the model was changed. Quadratic
  * objectives: 10005. 10009: the licence was released. */
 ZLP_EXPORT int ZLPoptimize(ZLPmodel* model);
+
+/* --- callbacks ---
+ * One function for each model, called from inside ZLPoptimize on the thread that called it, and for log messages.
+ * Inside it, calls that only read the model work (attributes, queries, ZLPwrite); calls that would change, solve or
+ * free it fail with 10017, ZLPterminate stops the solve with status 11. A callback that returns non-zero is not called
+ * again in that solve, which ends with status 11 and the code 10011; a solution it was looking at is not taken. It is
+ * not called while it runs. Sub-problems that heuristics solve show up as POLLING only. The barrier callback comes with
+ * barrier itself: as long as Method 2 is not available it never happens.
+ *
+ * Constraints a model is short of, because there are too many to write down, are added when a solution breaks them:
+ * with PreCrush 1 the search counts on that, and asks the callback about every point that could become the incumbent,
+ * be it from the tree, a heuristic, a MIP start or ZLPcbsolution. Bounds and proofs then hold for the model with all
+ * constraints added so far; the relaxation should be bounded without them. */
+
+/* Registers the function; null: none. A search that a limit stopped begins anew afterwards. */
+ZLP_EXPORT int ZLPsetcallbackfunc(ZLPmodel* model, ZLPcallback function, void* user);
+/* The value of `what` (ZLP_WHAT_..., which tells the type of *result). `where` is that of the call. 10011, with the
+ * reason in the error text of ZLPgetenv(model), when it does not exist here. */
+ZLP_EXPORT int ZLPcbget(ZLPcbdata* cbdata, int where, int what, void* result);
+/* Offers a point: NumVars values, ZLP_UNDEFINED where the search is to find one. It is looked at after the callback has
+ * returned, as a MIP start is. In MIP, MIP_SOLUTION and MIP_NODE, else 10011. */
+ZLP_EXPORT int ZLPcbsolution(ZLPcbdata* cbdata, const double* solution);
+/* Adds sum cval[k] * x[cind[k]] sense rhs, over at least one variable and none twice. In MIP_NODE a cut, which every
+ * solution has to satisfy anyway; used where the relaxation violates it. In MIP_SOLUTION a constraint that the model
+ * was short of. Needs PreCrush 1. 10011 elsewhere or without it. */
+ZLP_EXPORT int ZLPcbcut(ZLPcbdata* cbdata, int num_nz, const int* cind, const double* cval, char sense, double rhs);
 
 /* --- derived models ---
  * A new model made from another one as its last update left it. It carries over names, parameters, Start,

@@ -50,7 +50,7 @@ int check_list_values(ZLPenv* env, const ListArgument& lists, const double* valu
 // The frame of a function that queues changes: a queue left empty, by a failure or by nothing to do, goes away again.
 template <class Body>
 int edit_model(ZLPmodel* model, const char* context, Body&& body) noexcept {
-  return guarded_model(model, context, [&](ZLPmodel& valid) {
+  return guarded_change(model, context, [&](ZLPmodel& valid) {
     struct Tidy {
       ZLPmodel& model;
       ~Tidy() {

@@ -111,7 +111,7 @@ int read_values(ZLPmodel* handle, const Access& access, void* values) {
 
 int write_values(ZLPmodel* handle, const Access& access, const void* values) {
   if (access.objects.count == 0) return kOk;
-  return guarded_model(handle, nullptr, [&](ZLPmodel& model) {
+  return guarded_change(handle, nullptr, [&](ZLPmodel& model) {
     clear_error(model.env);
     const Attribute* attribute = nullptr;
     if (const int code = find_matching(model, access, attribute)) return code;

@@ -129,14 +129,14 @@ int ZLPdelq(ZLPmodel* model) {
 }
 
 int ZLPupdatemodel(ZLPmodel* model) {
-  return guarded_model(model, "Problem updating model", [](ZLPmodel& valid) {
+  return guarded_change(model, "Problem updating model", [](ZLPmodel& valid) {
     apply_pending_changes(valid);
     return kOk;
   });
 }
 
 int ZLPresetmodel(ZLPmodel* model) {
-  return guarded_model(model, "Problem resetting model", [](ZLPmodel& valid) {
+  return guarded_change(model, "Problem resetting model", [](ZLPmodel& valid) {
     discard_results(valid, false);
     return kOk;
   });

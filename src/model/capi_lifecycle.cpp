@@ -113,6 +113,7 @@ void free_model(ZLPmodel* model) noexcept {
   model->magic.store(0);
   discard_results(*model, false);  // a kept search may still refer to the environment
   free_environment(model->env);
+  model->callback.reset();
   model->env = nullptr;
   model->in_progress = 0;
   model->callback_allowed = false;
@@ -157,7 +158,7 @@ int ZLPloadmodel(ZLPenv* env, ZLPmodel** model, const char* name, int num_vars, 
 int ZLPfreemodel(ZLPmodel* model) {
   if (model == nullptr) return kErrorNullArgument;
   if (model->magic.load() != kModelMagic) return kErrorInvalidArgument;
-  if (model->in_progress != 0) return kErrorOptimizationInProgress;
+  if (model->in_progress != 0 || model->callback_allowed) return kErrorOptimizationInProgress;
   free_model(model);
   return kOk;
 }
@@ -176,7 +177,7 @@ void ZLPterminate(ZLPmodel* model) {
 }
 
 int ZLPsetsignal(ZLPmodel* model) {
-  return guarded_model(model, nullptr, [](ZLPmodel& valid) {
+  return guarded_change(model, nullptr, [](ZLPmodel& valid) {
     valid.signal_enabled = true;
     install_interrupt_handler(valid.env);
     return kOk;

@@ -28,6 +28,11 @@ int check_model(const ZLPmodel* model) {
   return check_environment(model->env);
 }
 
+int check_model_change(const ZLPmodel* model) {
+  const int code = check_model(model);
+  return code == kOk && model->callback_allowed ? kErrorOptimizationInProgress : code;
+}
+
 int check_model_and_clear(ZLPmodel* model) {
   const int code = check_model(model);
   if (code == kOk) clear_error(model->env);

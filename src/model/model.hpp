@@ -75,8 +75,10 @@ struct ZLPmodel {
   std::atomic<std::uint32_t> magic{0};
   std::int32_t in_progress = 0;   // an optimization runs
   ZLPenv* env = nullptr;          // owned
-  bool callback_allowed = false;  // calls are let through although in_progress: made from a callback of this model
+  bool callback_allowed = false;  // a callback of this model runs: calls that only read are let through
   bool signal_enabled = false;    // registered for the console interrupt
+
+  std::shared_ptr<ZLPcbdata> callback;  // null: none registered
 
   zorvex::ModelData data;
   std::unique_ptr<zorvex::PendingChanges> pending;  // absent until the first edit

@@ -5,9 +5,8 @@
 using namespace zorvex;
 
 int ZLPoptimize(ZLPmodel* model) {
-  int code = check_model(model);
-  // A callback of the running solve passes the check, but one model has one solve at a time.
-  if (code == kOk && model->in_progress != 0) code = kErrorOptimizationInProgress;
+  // One model has one solve at a time: not even a callback of the running one may start another.
+  const int code = check_model_change(model);
   if (code != kOk) {
     set_default_message(model, code);
     return code;

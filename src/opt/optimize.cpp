@@ -1,6 +1,7 @@
 #include "opt/optimize.hpp"
 
 #include <memory>
+#include <optional>
 #include <string>
 #include <utility>
 
@@ -9,6 +10,7 @@
 #include "env/processors.hpp"
 #include "model/messages.hpp"
 #include "model/model.hpp"
+#include "opt/callback_hooks.hpp"
 #include "opt/closing_report.hpp"
 #include "opt/presolved_dump.hpp"
 #include "opt/problem_data.hpp"
@@ -27,7 +29,6 @@ constexpr int kSearchThreads = 1;  // the tree search runs on the caller's threa
 class InProgress {
  public:
   explicit InProgress(ZLPmodel& model) : model_(model) {
-    model_.env->terminate.store(0);
     model_.in_progress = 1;
     lock_messages(model_);
   }
@@ -88,23 +89,34 @@ int refuse_quadratic(ZLPmodel& model) {
   return kErrorDataNotAvailable;
 }
 
-int solve_continuous(ZLPmodel& model, double start_time) {
+// Time and listener of one call of optimize.
+struct Call {
+  double start_time;
+  CallbackHooks* hooks;  // null: no callback
+
+  // The code of a solve that ended with `error`.
+  [[nodiscard]] int code(int error) const {
+    return error == kOk && hooks != nullptr && hooks->failed() ? static_cast<int>(kErrorCallback) : error;
+  }
+};
+
+int solve_continuous(ZLPmodel& model, const Call& call) {
   const ZLPenv& env = *model.env;
   EnvironmentLog log(*model.env);
   const LpData lp = make_lp_data(model.data);
   const Basis start = make_start_basis(model);
-  LpDriverOptions options = make_lp_options(env, model.data.sense, start_time);
+  LpDriverOptions options = make_lp_options(env, model.data.sense, call.start_time);
   if (param<Param::ZORV_PAR_WRITEPREMODEL>(env) != 0) {
     options.dump_presolved = [&model](const LpData& reduced) { dump_presolved(*model.env, reduced, model.data.sense); };
   }
   LpDriverResult result =
-      solve_lp(lp, options, start.empty() ? nullptr : &start, make_stop_token(env, start_time), log);
-  const int error = result.error;
+      solve_lp(lp, options, start.empty() ? nullptr : &start, make_stop_token(env, call.start_time, call.hooks), log);
+  const int error = call.code(result.error);
   publish_lp(model, lp, std::move(result), options.simplex.primal_feasibility_tol);
   return error;
 }
 
-void report_search(ZLPmodel& model, const MipResult& result, double start_time) {
+void report_search(ZLPmodel& model, const MipResult& result, int error, double start_time) {
   const ZLPenv& env = *model.env;
   ClosingFigures figures;
   figures.nodes = result.nodes;
@@ -113,7 +125,7 @@ void report_search(ZLPmodel& model, const MipResult& result, double start_time) 
   figures.threads = kSearchThreads;
   figures.processors = count_logical_processors();
   figures.status = result.status;
-  figures.error = result.error;
+  figures.error = error;
   figures.tolerance = param<Param::MIPGap>(env);
   figures.objective = model.data.sense * result.objective;
   figures.bound = model.data.sense * result.bound;
@@ -121,20 +133,21 @@ void report_search(ZLPmodel& model, const MipResult& result, double start_time) 
   print_closing_report(log, figures);
 }
 
-int solve_integer(ZLPmodel& model, std::shared_ptr<void> kept, double start_time) {
+int solve_integer(ZLPmodel& model, std::shared_ptr<void> kept, const Call& call) {
   auto search = std::static_pointer_cast<KeptSearch>(std::move(kept));
   if (search == nullptr) search = std::make_shared<KeptSearch>(*model.env, make_mip_problem(model));
-  MipOptions options = make_mip_options(*model.env, model.data.sense, start_time);
+  MipOptions options = make_mip_options(*model.env, model.data.sense, call.start_time);
+  options.hooks = call.hooks;
   options.threads = kSearchThreads;
-  const MipResult& result = search->solver.run(options, &model.env->terminate, start_time);
+  const MipResult& result = search->solver.run(options, &model.env->terminate, call.start_time);
+  const int error = call.code(result.error);
   publish_mip(model, result);
-  report_search(model, result, start_time);
-  const int error = result.error;
+  report_search(model, result, error, call.start_time);
   if (error == kOk && can_be_resumed(result.status)) model.solver_state = std::move(search);
   return error;
 }
 
-int solve(ZLPmodel& model, double start_time) {
+int solve(ZLPmodel& model, const Call& call) {
   // A kept search survives the old results; whatever changed the model since has thrown it away already.
   std::shared_ptr<void> kept = std::move(model.solver_state);
   discard_results(model, true);
@@ -142,11 +155,10 @@ int solve(ZLPmodel& model, double start_time) {
   {
     const InProgress busy(model);
     code = code_of([&] {
-      return model.data.is_mip() ? solve_integer(model, std::move(kept), start_time)
-                                 : solve_continuous(model, start_time);
+      return model.data.is_mip() ? solve_integer(model, std::move(kept), call) : solve_continuous(model, call);
     });
   }
-  model.solution.runtime = now_seconds() - start_time;
+  model.solution.runtime = now_seconds() - call.start_time;
   return code;
 }
 
@@ -166,6 +178,12 @@ void write_result_file(ZLPmodel& model) {
 int run(ZLPmodel& model) {
   const double start_time = now_seconds();
   if (const int code = model.env->master->license->status()) return code;
+  model.env->terminate.store(0);
+  std::optional<CallbackHooks> hooks;
+  if (model.callback != nullptr) {
+    hooks.emplace(*model.callback, start_time, param<Param::PreCrush>(*model.env) != 0);
+  }
+  const Call call{start_time, hooks ? &*hooks : nullptr};
   apply_pending_changes(model);
   report_model(model);
   dump_for_debugging(model);
@@ -173,9 +191,9 @@ int run(ZLPmodel& model) {
     discard_results(model, true);
     return refuse_quadratic(model);
   }
-  const int code = solve(model, start_time);
+  const int code = solve(model, call);
   if (code == kOk) write_result_file(model);
-  return code;
+  return call.code(code);
 }
 
 }  // namespace

@@ -83,11 +83,12 @@ MipOptions make_mip_options(const ZLPenv& env, int sense, double start_time) {
   options.nodefile_start = param<Param::NodefileStart>(env);
   options.nodefile_dir = param<Param::NodefileDir>(env);
   options.cuts = param<Param::Cuts>(env);
+  options.keep_all_solutions = param<Param::PreCrush>(env) != 0;
   return options;
 }
 
-StopToken make_stop_token(const ZLPenv& env, double start_time) {
-  return {&env.terminate, start_time + limit_or_inf(param<Param::TimeLimit>(env))};
+StopToken make_stop_token(const ZLPenv& env, double start_time, SolveHooks* hooks) {
+  return {&env.terminate, start_time + limit_or_inf(param<Param::TimeLimit>(env)), hooks};
 }
 
 }  // namespace zorvex

@@ -12,7 +12,7 @@ namespace zorvex {
 LpDriverOptions make_lp_options(const ZLPenv& env, int sense, double start_time);
 MipOptions make_mip_options(const ZLPenv& env, int sense, double start_time);
 
-// Deadline and interruption of a solve that began at `start_time`.
-StopToken make_stop_token(const ZLPenv& env, double start_time);
+// Deadline, interruption and listener (null: none) of a solve that began at `start_time`.
+StopToken make_stop_token(const ZLPenv& env, double start_time, SolveHooks* hooks);
 
 }  // namespace zorvex

@@ -23,13 +23,13 @@ void SimplexLog::header() {
 }
 
 void SimplexLog::tell(double iteration, double objective, double primal_inf, double dual_inf) {
-  if (!watched() || iteration == last_told_) return;
+  if (!watched()) return;
   last_told_ = iteration;
   settings_.hooks->simplex({iteration, objective / settings_.cost_factor + settings_.offset, primal_inf, dual_inf});
 }
 
 void SimplexLog::iteration(double iteration, double objective, double primal_inf, double dual_inf, bool force) {
-  tell(iteration, objective, primal_inf, dual_inf);
+  if (force || iteration != last_told_) tell(iteration, objective, primal_inf, dual_inf);
   if (!sink_.enabled() || iteration == last_iteration_) return;
   const double time = elapsed();
   if (settings_.root && time < settings_.display_interval) return;

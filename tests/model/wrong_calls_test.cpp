@@ -239,7 +239,8 @@ TEST_F(WrongCalls, LockedMessagesAndRunningOptimization) {
   EXPECT_EQ(ZLPfreemodel(model_), 10017);
   EXPECT_EQ(ZLPgetmerrormsg(model_), std::string());
   model_->callback_allowed = true;
-  EXPECT_EQ(ZLPupdatemodel(model_), 0);
+  EXPECT_EQ(ZLPcheckmodel(model_), 0) << "a callback may read";
+  EXPECT_EQ(ZLPupdatemodel(model_), 10017) << "but not change";
   model_->callback_allowed = false;
   model_->in_progress = 0;
 }
