@@ -5,9 +5,8 @@
 namespace zorvex {
 
 namespace {
-constexpr double kFarkasDrop = 1e-11;    // relative size of entries that rounding may have left in A'y
-constexpr double kMinFarkasGap = 1e-12;  // far above the rounding of long double sums, relative to max |y|
-constexpr double kRayTolerance = 1e-9;   // relative to the largest entry
+constexpr double kFarkasDrop = 1e-11;   // relative size of entries that rounding may have left in A'y
+constexpr double kRayTolerance = 1e-9;  // relative to the largest entry
 constexpr double kMinRayDescent = 1e-9;
 }  // namespace
 

@@ -9,6 +9,9 @@
 
 namespace zorvex {
 
+// Smallest proven gap, relative to max |y|, that counts: far above the rounding of long double sums.
+inline constexpr double kMinFarkasGap = 1e-12;
+
 ProblemView view_of(const LpData& lp);
 
 // cost'x + offset, summed in long double.

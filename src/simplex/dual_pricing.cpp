@@ -13,14 +13,19 @@ constexpr double kShortListFactor = 15;
 }  // namespace
 
 template <class Real>
-DualPricing<Real>::DualPricing(SimplexCore<Real>& core, int pricing)
-    : core_(core),
-      mode_(pricing == 0   ? DualPricingMode::kRowCount
-            : pricing == 2 ? DualPricingMode::kDevex
-                           : DualPricingMode::kSteepestEdge),
-      locked_(pricing != -1),
-      infeasibility_(static_cast<std::size_t>(core.m), Real(0)),
-      listed_(static_cast<std::size_t>(core.m), 0) {
+void DualPricing<Real>::begin(int pricing) {
+  mode_ = pricing == 0   ? DualPricingMode::kRowCount
+          : pricing == 2 ? DualPricingMode::kDevex
+                         : DualPricingMode::kSteepestEdge;
+  locked_ = pricing != -1;
+  full_pricing_ = true;
+  norm_work_ = row_work_ = list_length_sum_ = list_count_ = 0;
+  const auto m = static_cast<std::size_t>(core_.m);
+  if (infeasibility_.size() != m) {
+    infeasibility_.assign(m, Real(0));
+    listed_.assign(m, 0);
+    list_.clear();
+  }
   if (mode_ == DualPricingMode::kRowCount) start_partial();
   if (pricing == 3) reset_weights();
 }

@@ -15,9 +15,10 @@ enum class DualPricingMode { kDevex = 1, kRowCount = 2, kSteepestEdge = 3 };
 template <class Real>
 class DualPricing {
  public:
-  // `pricing` is the parameter SimplexPricing: -1 automatic, 0 partial, 1 steepest edge, 2 devex, 3 quick steepest
-  // edge.
-  DualPricing(SimplexCore<Real>& core, int pricing);
+  explicit DualPricing(SimplexCore<Real>& core) : core_(core) {}
+  // Starts a solve. `pricing` is the parameter SimplexPricing: -1 automatic, 0 partial, 1 steepest edge, 2 devex, 3
+  // quick steepest edge.
+  void begin(int pricing);
 
   [[nodiscard]] DualPricingMode mode() const { return mode_; }
   [[nodiscard]] bool is_norm_based() const { return mode_ != DualPricingMode::kRowCount; }
@@ -56,8 +57,8 @@ class DualPricing {
   bool list_is_short();
 
   SimplexCore<Real>& core_;
-  DualPricingMode mode_;
-  bool locked_;                      // the mode was asked for, or has been changed once
+  DualPricingMode mode_ = DualPricingMode::kSteepestEdge;
+  bool locked_ = false;              // the mode was asked for, or has been changed once
   bool full_pricing_ = true;         // the candidate list holds every infeasible row
   std::vector<Real> infeasibility_;  // squared, by position
   std::vector<char> listed_;

@@ -3,60 +3,43 @@
 #include <algorithm>
 #include <cmath>
 
-#include "base/random_stream.hpp"
-
 namespace zorvex {
 
 namespace {
-constexpr double kFreeBox = 1000;             // bounds of free variables in the box problem of phase 1
-constexpr double kWeightDistrust = 0.25;      // a stored weight below this share of the exact one re-opens the choice
-constexpr int kMaxWeightCorrections = 10;     // choices re-opened in one iteration
-constexpr double kPerturbationUnit = 2.5e-3;  // perturbation = PerturbValue times this, relative to the cost scale
-constexpr int kStallLength = 50;              // degenerate dual steps in a row that bring on the perturbation
-constexpr double kExactWeightWork = 2e6;      // rows times nonzeros up to which weights of a foreign basis are exact
-constexpr int kMaxSmallPivots = 20;           // rejected rows before a rebuild
+constexpr double kWeightDistrust = 0.25;   // a stored weight below this share of the exact one re-opens the choice
+constexpr int kMaxWeightCorrections = 10;  // choices re-opened in one iteration
+constexpr int kStallLength = 50;           // degenerate dual steps in a row that bring on the perturbation
+constexpr int kMaxSmallPivots = 20;        // rejected rows before a rebuild
 }  // namespace
 
 template <class Real>
-DualSimplex<Real>::DualSimplex(SimplexCore<Real>& core, const DualOptions& options)
-    : core_(core), options_(options), pricing_(core, options.pricing), may_perturb_(options.perturb_value > 0) {
-  rho_.resize(core.m);
-  alpha_row_.resize(core.n);
-  alpha_col_.resize(core.m);
-  tau_.resize(core.m);
-  flip_column_.resize(core.m);
+DualSimplex<Real>::DualSimplex(SimplexCore<Real>& core) : core_(core), pricing_(core) {}
+
+template <class Real>
+SimplexOutcome DualSimplex<Real>::run(const DualOptions& options) {
+  begin(options);
+  const SimplexOutcome outcome = solve();
+  if (outcome != SimplexOutcome::kOtherAlgorithm && !phase1_ && core_.factor_valid) {
+    core_.warm = !costs_changed_ || core_.restore_true_costs() == 0;
+  }
+  return outcome;
 }
 
 template <class Real>
-SimplexOutcome DualSimplex<Real>::run() {
-  core_.use_true_bounds();
-  core_.use_true_costs();
-  core_.settle_nonbasic();
-  if (!core_.factor_valid) {
-    switch (core_.factorize()) {
-      case FactorOutcome::kInterrupted:
-        return stop_reason();
-      case FactorOutcome::kNumeric:
-        return SimplexOutcome::kNumeric;
-      case FactorOutcome::kOk:
-        break;
-    }
-  }
-  ensure_weights();
-  if (may_perturb_ && !core_.has_basic_columns()) perturb_costs();
-  core_.compute_duals();
-  if (flip_to_dual_feasibility() > 0) {
-    enter_phase1();
-  } else {
-    enter_phase2();
-  }
+SimplexOutcome DualSimplex<Real>::solve() {
+  SimplexOutcome outcome = SimplexOutcome::kOptimal;
+  bool recompute = !options_.trust_updates || !start_warm();
+  if (recompute && !start_cold(outcome)) return outcome;
+  if (!recompute && cutoff_reached()) return SimplexOutcome::kCutoff;
   for (;;) {
     bool stopped = false;
-    SimplexOutcome outcome = rebuild(stopped);
+    if (recompute) outcome = rebuild(stopped);
     if (stopped) return outcome;
+    recompute = true;
     Step step = Step::kContinue;
     while (step == Step::kContinue) step = iterate();
     if (step == Step::kStopped) return stop_reason();
+    if (options_.trust_updates && !core_.fresh && finish_unrefreshed(step, outcome)) return outcome;
     if (step == Step::kNoLeaving) {
       if (!core_.fresh || pricing_.has_rejected()) {
         if (core_.fresh) return phase1_ ? SimplexOutcome::kOtherAlgorithm : SimplexOutcome::kNumeric;
@@ -66,9 +49,27 @@ SimplexOutcome DualSimplex<Real>::run() {
     } else if (step == Step::kNoEntering) {
       if (!core_.fresh) continue;
       outcome = finish_infeasible(stopped);
+    } else if (step == Step::kCutoff) {
+      return SimplexOutcome::kCutoff;
     }
     if (stopped) return outcome;
   }
+}
+
+// A few updates after good factors the updated values are as good as fresh ones: the caller checks the answer.
+template <class Real>
+bool DualSimplex<Real>::finish_unrefreshed(Step step, SimplexOutcome& outcome) {
+  if (phase1_ || !core_.factor_valid) return false;
+  if (step == Step::kNoLeaving && !pricing_.has_rejected()) {
+    const Real infeasibility = costs_changed_ ? core_.restore_true_costs() : Real(0);
+    costs_changed_ = false;
+    outcome = infeasibility > 0 ? SimplexOutcome::kOtherAlgorithm : SimplexOutcome::kOptimal;
+    return true;
+  }
+  if (step != Step::kNoEntering) return false;
+  keep_proof();
+  outcome = SimplexOutcome::kInfeasible;
+  return true;
 }
 
 template <class Real>
@@ -83,129 +84,13 @@ SimplexOutcome DualSimplex<Real>::stop_reason() const {
   }
 }
 
-template <class Real>
-void DualSimplex<Real>::ensure_weights() {
-  if (core_.weights_valid) return;
-  core_.weights_valid = true;
-  pricing_.reset_weights();
-  if (!core_.has_basic_columns() || pricing_.mode() != DualPricingMode::kSteepestEdge) return;
-  const double cost = static_cast<double>(core_.m) * static_cast<double>(core_.lu.factor_nonzeros() + core_.m);
-  if (options_.pricing == 3 || cost > kExactWeightWork) return;
-  for (Index position = 0; position < core_.m; ++position) {
-    core_.btran_unit(position, rho_);
-    Real norm = 0;
-    for (const Index row : rho_.index) norm += rho_.value[row] * rho_.value[row];
-    core_.weight[position] = std::max(norm, KernelTolerances<Real>::kMinWeight);
-  }
-}
-
-// Costs move away from zero reduced cost on the side that keeps the variable dual feasible, by random amounts relative
-// to the size of the cost: ties of the dual ratio test disappear. A cold start perturbs at once; a warm one, which
-// often needs a handful of iterations, when it stalls. Basic variables keep their costs, so that the duals stay.
-template <class Real>
-void DualSimplex<Real>::perturb_costs() {
-  double largest = 0;
-  for (Index var = 0; var < core_.n; ++var) largest = std::max(largest, std::abs(static_cast<double>(core_.cost[var])));
-  if (largest > 100) largest = std::sqrt(std::sqrt(largest));
-  Index boxed = 0;
-  for (Index var = 0; var < core_.n; ++var) {
-    if (std::isfinite(core_.lower[var]) && std::isfinite(core_.upper[var])) ++boxed;
-  }
-  const double boxed_share = core_.n > 0 ? static_cast<double>(boxed) / core_.n : 0;
-  if (boxed_share < 0.01) largest = std::min(largest, 1.0);
-  const double base = options_.perturb_value * kPerturbationUnit * std::max(largest, 1e-3);
-  RandomStream random(options_.seed, "dual cost perturbation");
-  for (Index var = 0; var < core_.n; ++var) {
-    const double draw = 1 + random.uniform();
-    const Real low = core_.lower[var];
-    const Real up = core_.upper[var];
-    const double c = std::abs(static_cast<double>(core_.cost[var]));
-    const Real amount = Real((c + 1) * base * draw);
-    if (low == up || (!std::isfinite(low) && !std::isfinite(up)) || core_.is_basic(var)) continue;
-    if (!std::isfinite(up)) {
-      core_.work_cost[var] += amount;
-    } else if (!std::isfinite(low)) {
-      core_.work_cost[var] -= amount;
-    } else {
-      core_.work_cost[var] += core_.cost[var] >= 0 ? amount : -amount;
-    }
-  }
-  costs_changed_ = true;
-  may_perturb_ = false;
-}
-
-template <class Real>
-void DualSimplex<Real>::remove_cost_changes() {
-  core_.use_true_costs();
-  costs_changed_ = false;
-  may_perturb_ = false;
-  core_.compute_duals();
-}
-
-template <class Real>
-Real DualSimplex<Real>::flip_to_dual_feasibility() {
-  Real rest = 0;
-  for (Index var = 0; var < core_.num_vars(); ++var) {
-    if (core_.is_basic(var)) continue;
-    const Real infeasibility = core_.dual_infeasibility(var);
-    if (infeasibility == 0) continue;
-    if (core_.place[var] == Place::kLower && std::isfinite(core_.work_upper[var])) {
-      core_.place[var] = Place::kUpper;
-      core_.value[var] = core_.work_upper[var];
-    } else if (core_.place[var] == Place::kUpper && std::isfinite(core_.work_lower[var])) {
-      core_.place[var] = Place::kLower;
-      core_.value[var] = core_.work_lower[var];
-    } else {
-      rest += infeasibility;
-    }
-  }
-  return rest;
-}
-
-template <class Real>
-void DualSimplex<Real>::enter_phase1() {
-  phase1_ = true;
-  for (Index var = 0; var < core_.num_vars(); ++var) {
-    const bool has_lower = std::isfinite(core_.lower[var]);
-    const bool has_upper = std::isfinite(core_.upper[var]);
-    Real low = 0;
-    Real up = 0;
-    if (!has_lower && !has_upper) {
-      low = Real(-kFreeBox);
-      up = Real(kFreeBox);
-    } else if (!has_upper) {
-      up = 1;
-    } else if (!has_lower) {
-      low = -1;
-    }
-    core_.work_lower[var] = low;
-    core_.work_upper[var] = up;
-  }
-  core_.settle_nonbasic();
-  flip_to_dual_feasibility();
-}
-
-template <class Real>
-void DualSimplex<Real>::enter_phase2() {
-  phase1_ = false;
-  core_.use_true_bounds();
-  core_.settle_nonbasic();
-  flip_to_dual_feasibility();
-}
-
 // Fresh factors when due, values and reduced costs from scratch, log line, limits.
 template <class Real>
 SimplexOutcome DualSimplex<Real>::rebuild(bool& stopped) {
   stopped = true;
-  if (core_.needs_refactor() || (core_.lu.num_updates() > 0)) {
-    switch (core_.factorize()) {
-      case FactorOutcome::kInterrupted:
-        return stop_reason();
-      case FactorOutcome::kNumeric:
-        return SimplexOutcome::kNumeric;
-      case FactorOutcome::kOk:
-        break;
-    }
+  if (core_.needs_refactor() || core_.lu.num_updates() > 0) {
+    SimplexOutcome failure = SimplexOutcome::kNumeric;
+    if (!factorize(failure)) return failure;
     if (!core_.weights_valid) {
       core_.log->sink().diagnose("Resetting Norm\n");
       ensure_weights();
@@ -227,13 +112,8 @@ SimplexOutcome DualSimplex<Real>::rebuild(bool& stopped) {
   }
   core_.compute_primal();
   core_.fresh = true;
-  pricing_.recompute();
-  small_pivots_ = 0;
-  dual_objective_ = 0;
-  for (Index var = 0; var < core_.num_vars(); ++var) {
-    if (!core_.is_basic(var)) dual_objective_ += core_.reduced_cost[var] * core_.value[var];
-  }
-  if (core_.log->due() || core_.log->watched() || core_.iterations + core_.iteration_offset == 0) {
+  start_iterating();
+  if (core_.log->due() || core_.log->watched() || (core_.log->sink().enabled() && core_.first_iteration())) {
     core_.log->iteration(core_.iterations + core_.iteration_offset, static_cast<double>(dual_objective_),
                          static_cast<double>(core_.sum_primal_infeasibility()),
                          static_cast<double>(core_.sum_dual_infeasibility()), false);
@@ -243,11 +123,12 @@ SimplexOutcome DualSimplex<Real>::rebuild(bool& stopped) {
   return SimplexOutcome::kOptimal;
 }
 
-// The bound that counts is the one of the true costs: perturbed costs may promise more.
+// The bound that counts is the one of the true costs: perturbed costs may promise more. The next check waits until the
+// objective has risen by what is missing.
 template <class Real>
 bool DualSimplex<Real>::cutoff_reached() {
-  if (phase1_ || static_cast<double>(dual_objective_) < options_.objective_limit) return false;
-  if (!costs_changed_) return true;
+  if (phase1_ || static_cast<double>(dual_objective_) < cutoff_check_at_) return false;
+  if (!costs_changed_) return !options_.trust_updates || core_.objective(core_.cost) >= Real(options_.objective_limit);
   std::vector<Real> kept = core_.reduced_cost;
   core_.compute_duals_from(core_.cost);
   Real bound = 0;
@@ -257,7 +138,9 @@ bool DualSimplex<Real>::cutoff_reached() {
     bound += d > 0 ? d * core_.lower[var] : d * core_.upper[var];  // -inf where the needed bound is missing
   }
   core_.reduced_cost = std::move(kept);
-  return static_cast<double>(bound) >= options_.objective_limit;
+  const double missing = options_.objective_limit - static_cast<double>(bound);
+  if (missing > 0) cutoff_check_at_ = static_cast<double>(dual_objective_) + missing;
+  return missing <= 0;
 }
 
 template <class Real>
@@ -349,8 +232,8 @@ typename DualSimplex<Real>::Step DualSimplex<Real>::iterate() {
   core_.reduced_cost[choice.entering] = 0;
   core_.reduced_cost[leaving] = -dual_step;
   pricing_.refresh(position);
-  if (static_cast<double>(dual_objective_) >= options_.objective_limit && cutoff_reached()) return Step::kRebuild;
-  return Step::kContinue;
+  if (!cutoff_reached()) return Step::kContinue;
+  return options_.trust_updates && core_.factor_valid ? Step::kCutoff : Step::kRebuild;
 }
 
 template <class Real>
@@ -467,8 +350,8 @@ SimplexOutcome DualSimplex<Real>::finish_phase2(bool& stopped) {
 // excludes every point within the bounds, provided that the entries too small to pivot on cannot make up the
 // difference.
 template <class Real>
-bool DualSimplex<Real>::proves_infeasibility(bool above) {
-  core_.btran_unit(failed_position_, rho_);
+bool DualSimplex<Real>::proves_infeasibility() {
+  const bool above = leaving_above_;
   std::vector<Real> dense(static_cast<std::size_t>(core_.m), Real(0));
   for (const Index row : rho_.index) dense[row] = rho_.value[row];
   // Extreme of the basic variable over the nonbasic box: it must stay on the infeasible side.
@@ -490,16 +373,21 @@ bool DualSimplex<Real>::proves_infeasibility(bool above) {
   const Index var = core_.head[failed_position_];
   const Real gap = above ? extreme - core_.upper[var] : core_.lower[var] - extreme;
   if (!(gap > core_.primal_tol) || !(gap > KernelTolerances<Real>::kDrop * scale * 100)) return false;
-  core_.proof.assign(static_cast<std::size_t>(core_.m), Real(0));
-  for (Index row = 0; row < core_.m; ++row) core_.proof[row] = above ? dense[row] : -dense[row];
+  keep_proof();
   return true;
+}
+
+template <class Real>
+void DualSimplex<Real>::keep_proof() {
+  core_.proof.assign(static_cast<std::size_t>(core_.m), Real(0));
+  for (const Index row : rho_.index) core_.proof[row] = leaving_above_ ? rho_.value[row] : -rho_.value[row];
 }
 
 template <class Real>
 SimplexOutcome DualSimplex<Real>::finish_infeasible(bool& stopped) {
   stopped = true;
   if (phase1_) return SimplexOutcome::kOtherAlgorithm;  // the box problem is never infeasible: numerical trouble
-  if (proves_infeasibility(leaving_above_)) return SimplexOutcome::kInfeasible;
+  if (proves_infeasibility()) return SimplexOutcome::kInfeasible;
   core_.log->sink().write("switch to primal because the chance of primal infeasibility\n");
   return SimplexOutcome::kOtherAlgorithm;
 }

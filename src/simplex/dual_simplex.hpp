@@ -16,20 +16,30 @@ struct DualOptions {
   double perturb_value = 2e-4;    // 0: never perturb
   double objective_limit = kInf;  // scaled objective at which the solve may stop
   std::uint64_t seed = 0;
+  // Go on from the values of the last solve where the core is warm, and end on updated values without computing them
+  // anew: optimality and infeasibility are then for the caller to check. `fresh` of the core tells which it was.
+  bool trust_updates = false;
 };
 
+// Work arrays live from run to run.
 template <class Real>
 class DualSimplex {
  public:
-  DualSimplex(SimplexCore<Real>& core, const DualOptions& options);
+  explicit DualSimplex(SimplexCore<Real>& core);
 
   // Runs from the basis in the core. kOtherAlgorithm: the basis is primal feasible but lost dual feasibility when the
   // perturbation went, or cannot be made dual feasible, or the model is probably infeasible but no proof was found.
-  SimplexOutcome run();
+  SimplexOutcome run(const DualOptions& options);
 
  private:
-  enum class Step { kContinue, kRebuild, kNoLeaving, kNoEntering, kStopped };
+  enum class Step { kContinue, kRebuild, kNoLeaving, kNoEntering, kStopped, kCutoff };
 
+  void begin(const DualOptions& options);
+  SimplexOutcome solve();
+  bool start_warm();
+  bool start_cold(SimplexOutcome& outcome);
+  void start_iterating();
+  bool factorize(SimplexOutcome& outcome);
   SimplexOutcome rebuild(bool& stopped);
   Step iterate();
   [[nodiscard]] SimplexOutcome stop_reason() const;
@@ -42,6 +52,7 @@ class DualSimplex {
   SimplexOutcome finish_phase1(bool& stopped);
   SimplexOutcome finish_phase2(bool& stopped);
   SimplexOutcome finish_infeasible(bool& stopped);
+  bool finish_unrefreshed(Step step, SimplexOutcome& outcome);
   bool cutoff_reached();
 
   void perturb_costs();
@@ -51,7 +62,8 @@ class DualSimplex {
   // Flips boxed variables whose reduced cost has the wrong sign; returns the sum of what flipping cannot cure.
   Real flip_to_dual_feasibility();
   void ensure_weights();
-  bool proves_infeasibility(bool above);
+  bool proves_infeasibility();
+  void keep_proof();
 
   SimplexCore<Real>& core_;
   DualOptions options_;
@@ -59,7 +71,8 @@ class DualSimplex {
   DualRatioTest<Real> ratio_test_;
   Scattered<Real> rho_, alpha_row_, alpha_col_, tau_, flip_column_;
   Real rho_norm_ = 0;
-  Real dual_objective_ = 0;  // of the working problem
+  Real dual_objective_ = 0;        // of the working problem
+  double cutoff_check_at_ = kInf;  // dual objective at which the limit is looked at again
   bool phase1_ = false;
   bool costs_changed_ = false;
   bool may_perturb_ = true;

@@ -3,13 +3,11 @@
 #include <algorithm>
 #include <cmath>
 
-#include "simplex/dual_simplex.hpp"
-#include "simplex/primal_simplex.hpp"
-
 namespace zorvex {
 
 namespace {
 constexpr int kMaxAlgorithmSwitches = 12;
+constexpr Index kMaxExchanges = 40;  // columns by which two bases may differ for updates to beat a factorization
 constexpr int kSwitchesWithPerturbation = 4;  // later runs of the primal do without
 }  // namespace
 
@@ -27,6 +25,7 @@ template <class Real>
 void LpKernel<Real>::load(const LpData& lp, const Scaling& scaling, double cost_factor) {
   scaling_ = scaling;
   cost_factor_ = cost_factor;
+  core_.warm = false;
   core_.m = lp.num_rows();
   core_.n = lp.num_cols();
   const SparseMatrix& matrix = lp.matrix;
@@ -51,19 +50,25 @@ void LpKernel<Real>::load(const LpData& lp, const Scaling& scaling, double cost_
 
 template <class Real>
 void LpKernel<Real>::set_col_bounds(Index col, double lower, double upper) {
-  core_.lower[col] = scaled_col_bound(col, lower);
-  core_.upper[col] = scaled_col_bound(col, upper);
+  change_bounds(col, scaled_col_bound(col, lower), scaled_col_bound(col, upper));
 }
 
 template <class Real>
 void LpKernel<Real>::set_row_bounds(Index row, double lower, double upper) {
-  core_.lower[core_.n + row] = -scaled_row_bound(row, upper);
-  core_.upper[core_.n + row] = -scaled_row_bound(row, lower);
+  change_bounds(core_.n + row, -scaled_row_bound(row, upper), -scaled_row_bound(row, lower));
+}
+
+template <class Real>
+void LpKernel<Real>::change_bounds(Index var, Real lower, Real upper) {
+  core_.lower[var] = lower;
+  core_.upper[var] = upper;
+  if (core_.warm) core_.changed_bounds.push_back(var);
 }
 
 template <class Real>
 void LpKernel<Real>::set_cost(Index col, double cost) {
   core_.cost[col] = Real(cost) * Real(scaling_.col[col]) * Real(cost_factor_);
+  core_.warm = false;
 }
 
 namespace {
@@ -85,32 +90,44 @@ Place place_of(BasisStatus status, bool is_row) {
 
 template <class Real>
 void LpKernel<Real>::set_basis(const Basis& basis) {
-  const auto status_of = [&](Index var) { return var < core_.n ? basis.col[var] : basis.row[var - core_.n]; };
+  basic_work_.resize(static_cast<std::size_t>(core_.num_vars()));
   bool same_set = true;
-  for (Index var = 0; var < core_.num_vars() && same_set; ++var) {
-    same_set = core_.is_basic(var) == (status_of(var) == BasisStatus::kBasic);
+  for (Index var = 0; var < core_.num_vars(); ++var) {
+    const bool is_row = var >= core_.n;
+    const Place place = place_of(is_row ? basis.row[var - core_.n] : basis.col[var], is_row);
+    basic_work_[var] = place == Place::kBasic;
+    same_set = same_set && core_.is_basic(var) == (place == Place::kBasic);
+    if (core_.place[var] == place) continue;
+    core_.place[var] = place;
+    if (core_.warm) core_.changed_bounds.push_back(var);
   }
-  for (Index var = 0; var < core_.num_vars(); ++var) core_.place[var] = place_of(status_of(var), var >= core_.n);
   const bool has_norms =
       basis.head.size() == static_cast<std::size_t>(core_.m) && basis.norm.size() == basis.head.size();
   if (!same_set) {
-    std::fill(core_.where.begin(), core_.where.end(), Index(-1));
-    Index position = 0;
-    if (has_norms) {
-      for (const Index var : basis.head) core_.head[position++] = var;
-    } else {
-      for (Index var = 0; var < core_.num_vars(); ++var) {
-        if (core_.place[var] == Place::kBasic) core_.head[position++] = var;
-      }
-    }
-    for (position = 0; position < core_.m; ++position) core_.where[core_.head[position]] = position;
-    core_.factor_valid = false;
-    core_.weights_valid = false;
+    core_.warm = core_.weights_valid = false;
+    const bool exchanged = core_.factor_valid && core_.exchange_basis(basic_work_, kMaxExchanges);
+    core_.factor_valid = exchanged;
+    if (!exchanged) take_heads(has_norms ? basis.head : std::vector<Index>());
   }
   if (has_norms) {
     for (std::size_t k = 0; k < basis.head.size(); ++k) core_.weight[core_.where[basis.head[k]]] = Real(basis.norm[k]);
     core_.weights_valid = true;
   }
+}
+
+// Heads for the places of the core, in the order given, or else by number.
+template <class Real>
+void LpKernel<Real>::take_heads(const std::vector<Index>& head) {
+  std::fill(core_.where.begin(), core_.where.end(), Index(-1));
+  if (!head.empty()) {
+    core_.head = head;
+  } else {
+    Index position = 0;
+    for (Index var = 0; var < core_.num_vars(); ++var) {
+      if (core_.place[var] == Place::kBasic) core_.head[position++] = var;
+    }
+  }
+  for (Index position = 0; position < core_.m; ++position) core_.where[core_.head[position]] = position;
 }
 
 template <class Real>
@@ -146,7 +163,8 @@ Basis LpKernel<Real>::basis() const {
 
 template <class Real>
 SimplexOutcome LpKernel<Real>::run(const SimplexOptions& options, const SimplexLimits& limits, double share,
-                                   const StopToken& stop, SimplexLog& log, double iteration_offset) {
+                                   bool trust_updates, const StopToken& stop, SimplexLog& log,
+                                   double iteration_offset) {
   core_.stop = &stop;
   core_.log = &log;
   core_.primal_tol = Real(options.primal_feasibility_tol * share);
@@ -162,16 +180,17 @@ SimplexOutcome LpKernel<Real>::run(const SimplexOptions& options, const SimplexL
       dual_options.pricing = options.pricing;
       dual_options.perturb_value = round == 0 ? options.perturb_value : 0;
       dual_options.objective_limit = limits.objective * cost_factor_;
-      outcome = DualSimplex<Real>(core_, dual_options).run();
+      dual_options.trust_updates = trust_updates;
+      outcome = dual_.run(dual_options);
     } else {
       PrimalOptions primal_options;
       primal_options.may_perturb = round < kSwitchesWithPerturbation;
-      outcome = PrimalSimplex<Real>(core_, primal_options).run();
+      outcome = primal_.run(primal_options);
     }
     dual = !dual;
   }
   if (outcome == SimplexOutcome::kOtherAlgorithm) outcome = SimplexOutcome::kNumeric;
-  if (outcome == SimplexOutcome::kOptimal || log.settings().display_interval > 0) {
+  if (log.sink().enabled() && (outcome == SimplexOutcome::kOptimal || log.settings().display_interval > 0)) {
     log.iteration(core_.iterations + iteration_offset, static_cast<double>(core_.objective(core_.cost)),
                   static_cast<double>(core_.sum_primal_infeasibility()),
                   static_cast<double>(core_.sum_dual_infeasibility()), true);
@@ -180,26 +199,34 @@ SimplexOutcome LpKernel<Real>::run(const SimplexOptions& options, const SimplexL
 }
 
 template <class Real>
-void LpKernel<Real>::extract(const LpData& lp, LpPoint& point) const {
+void LpKernel<Real>::extract_basic(LpPoint& point) const {
   const auto n = static_cast<std::size_t>(core_.n);
   const auto m = static_cast<std::size_t>(core_.m);
   point.x.resize(n);
   point.pi.resize(m);
   point.reduced_cost.resize(n);
-  std::vector<Extended> activity(m, 0);
+  point.row_activity.resize(m);
+  const Real factor = 1 / Real(cost_factor_);
   for (Index row = 0; row < core_.m; ++row) {
     const Real y = core_.is_basic(core_.n + row) ? Real(0) : -core_.reduced_cost[core_.n + row];
-    point.pi[row] = static_cast<double>(y * Real(scaling_.row[row]) / Real(cost_factor_));
+    point.pi[row] = static_cast<double>(y * Real(scaling_.row[row]) * factor);
   }
   for (Index col = 0; col < core_.n; ++col) {
-    const bool basic = core_.is_basic(col);
-    double x =
-        static_cast<double>((basic ? core_.basic_value[core_.where[col]] : core_.value[col]) * Real(scaling_.col[col]));
-    point.x[col] = x;
+    const Index position = core_.where[col];
+    const Real x = position >= 0 ? core_.basic_value[position] : core_.value[col];
+    point.x[col] = static_cast<double>(x * Real(scaling_.col[col]));
+  }
+}
+
+template <class Real>
+void LpKernel<Real>::extract(const LpData& lp, LpPoint& point) const {
+  extract_basic(point);
+  std::vector<Extended> activity(static_cast<std::size_t>(core_.m), 0);
+  for (Index col = 0; col < core_.n; ++col) {
     Extended d = lp.cost[col];
     for (Offset k = lp.matrix.begin(col); k < lp.matrix.end(col); ++k) {
       d -= Extended(lp.matrix.value[k]) * point.pi[lp.matrix.index[k]];
-      activity[lp.matrix.index[k]] += Extended(lp.matrix.value[k]) * x;
+      activity[lp.matrix.index[k]] += Extended(lp.matrix.value[k]) * point.x[col];
     }
     point.reduced_cost[col] = static_cast<double>(d);
   }

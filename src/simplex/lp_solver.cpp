@@ -2,9 +2,11 @@
 
 #include <algorithm>
 #include <cmath>
+#include <numeric>
 
 #include "simplex/answer_check.hpp"
 #include "simplex/lp_kernel.hpp"
+#include "simplex/warm_check.hpp"
 
 namespace zorvex {
 
@@ -21,6 +23,7 @@ constexpr Attempt kAttempts[] = {{kToleranceShare, true, false},
                                  {0.01, false, false},
                                  {0.01, true, true},
                                  {0.001, false, true}};
+constexpr int kMaxBackoff = 64;  // solves, after which updated values are trusted again at the latest
 
 }  // namespace
 
@@ -42,7 +45,14 @@ struct LpSolver::State {
   LpPoint point;
   std::vector<double> farkas, ray;
   double farkas_gap = 0;
-  std::vector<Index> head;
+
+  // Solves that go on from the last one's values end without recomputing them, as long as the check bears it out. After
+  // a failure the next `backoff` solves recompute; each further failure doubles that.
+  WarmCheck warm_check;
+  bool solved_before = false;  // the loaded fast kernel has come through a solve
+  int backoff = 1, recomputing = 0;
+  std::vector<Index> unchecked;  // variables (rows behind the columns) whose bounds may cross
+  bool all_unchecked = true;
 
   template <class Real>
   LpKernel<Real>& kernel() {
@@ -61,17 +71,24 @@ struct LpSolver::State {
   void solve_without_rows();
   bool bounds_conflict();
   template <class Real>
+  SimplexOutcome run(const Attempt& how, bool updates, const SimplexLimits& limits, const StopToken& stop,
+                     SimplexLog& simplex_log);
+  template <class Real>
   bool attempt(const Attempt& how, const SimplexLimits& limits, const StopToken& stop, SimplexLog& simplex_log);
+  bool solve_by_updates(const SimplexLimits& limits, const StopToken& stop, SimplexLog& simplex_log);
+  void solve_anew(const SimplexLimits& limits, const StopToken& stop, SimplexLog& simplex_log);
+  bool accept_updated(SimplexOutcome outcome);
   template <class Real>
   bool accept(SimplexOutcome outcome);
   SolveStatus solve(const SimplexLimits& limits, const StopToken& stop);
 };
 
 double LpSolver::State::cost_factor() const {
+  if (options.objective_scale > 0) return std::exp2(std::round(-std::log2(options.objective_scale)));
+  if (options.objective_scale == 0) return 1;
   double largest = 0;
   for (const double c : data.cost) largest = std::max(largest, std::abs(c));
-  if (options.objective_scale > 0) return std::exp2(std::round(-std::log2(options.objective_scale)));
-  if (options.objective_scale < 0 && largest > 0) {
+  if (largest > 0) {
     return std::exp2(std::round(options.objective_scale * std::log2(largest)));
   }
   return 1;
@@ -98,6 +115,8 @@ void LpSolver::State::invalidate() {
   has_pending = true;
   fast.unload();
   exact.unload();
+  solved_before = false;
+  all_unchecked = true;
 }
 
 // Columns only: each goes to the bound that its cost prefers.
@@ -130,22 +149,52 @@ void LpSolver::State::solve_without_rows() {
 
 // Crossed bounds decide the model before any simplex. Crossings within tolerance are closed at the middle.
 bool LpSolver::State::bounds_conflict() {
-  const auto conflict = [this](std::vector<double>& lower, std::vector<double>& upper, std::size_t i) {
-    if (!(lower[i] > upper[i]))
-      return std::isnan(lower[i]) || std::isnan(upper[i]) || lower[i] == kInf || upper[i] == -kInf;
-    return lower[i] - upper[i] > options.primal_feasibility_tol;
+  const Index n = data.num_cols();
+  if (all_unchecked) {
+    unchecked.resize(static_cast<std::size_t>(n) + data.row_lower.size());
+    std::iota(unchecked.begin(), unchecked.end(), 0);
+    all_unchecked = false;
+  }
+  const auto harmless = [&](Index var) {
+    const double low = var < n ? data.col_lower[var] : data.row_lower[var - n];
+    const double up = var < n ? data.col_upper[var] : data.row_upper[var - n];
+    if (std::isnan(low) || std::isnan(up) || low == kInf || up == -kInf) return false;
+    return !(low - up > options.primal_feasibility_tol);
   };
-  for (std::size_t col = 0; col < data.col_lower.size(); ++col) {
-    if (conflict(data.col_lower, data.col_upper, col)) return true;
+  std::erase_if(unchecked, harmless);
+  if (unchecked.empty()) return false;
+  const Index var = *std::min_element(unchecked.begin(), unchecked.end());
+  if (var >= n) {
+    farkas.assign(data.row_lower.size(), 0.0);
+    farkas_gap = data.row_lower[var - n] - data.row_upper[var - n];
   }
-  for (std::size_t row = 0; row < data.row_lower.size(); ++row) {
-    if (conflict(data.row_lower, data.row_upper, row)) {
-      farkas.assign(data.row_lower.size(), 0.0);
-      farkas_gap = data.row_lower[row] - data.row_upper[row];
-      return true;
-    }
+  return true;
+}
+
+// The check of a solve that ended on updated values. False: they have to be computed anew.
+bool LpSolver::State::accept_updated(SimplexOutcome outcome) {
+  WarmVerdict verdict = WarmVerdict::kHolds;
+  switch (outcome) {
+    case SimplexOutcome::kOptimal:
+      fast.extract_basic(point);
+      verdict = warm_check.optimal(data, options, !fast.core().fresh, point);
+      if (verdict == WarmVerdict::kOpen && is_optimal(data, point, options)) verdict = WarmVerdict::kHolds;
+      status = SolveStatus::kOptimal;
+      objective = objective_at(data, point.x);
+      break;
+    case SimplexOutcome::kInfeasible:
+      farkas = fast.user_farkas();
+      verdict = warm_check.infeasible(data, farkas, farkas_gap);
+      if (verdict == WarmVerdict::kOpen && proves_infeasible(data, farkas, farkas_gap)) verdict = WarmVerdict::kHolds;
+      status = SolveStatus::kInfeasible;
+      break;
+    case SimplexOutcome::kNumeric:
+      verdict = WarmVerdict::kFails;
+      break;
+    default:
+      return accept<double>(outcome);
   }
-  return false;
+  return verdict == WarmVerdict::kHolds;
 }
 
 // Checks the outcome of a run against the data as given and sets status and results. False: try harder.
@@ -186,25 +235,51 @@ bool LpSolver::State::accept(SimplexOutcome outcome) {
 }
 
 template <class Real>
-bool LpSolver::State::attempt(const Attempt& how, const SimplexLimits& limits, const StopToken& stop,
-                              SimplexLog& simplex_log) {
+SimplexOutcome LpSolver::State::run(const Attempt& how, bool updates, const SimplexLimits& limits,
+                                    const StopToken& stop, SimplexLog& simplex_log) {
   LpKernel<Real>& lp_kernel = kernel<Real>();
-  const Basis start = current_basis();
-  const bool was_exact = use_exact;
-  use_exact = how.extended;
-  const bool reload = !lp_kernel.loaded() || (!how.extended && how.scaled != scaled);
-  if (reload) load<Real>(how.scaled);
-  if (!how.extended) scaled = how.scaled;
-  if (reload || has_pending || was_exact != use_exact) lp_kernel.set_basis(start);
-  has_pending = false;
   SimplexLimits kernel_limits = limits;  // the kernel does not know the objective's constant
   kernel_limits.objective -= data.offset;
-  const SimplexOutcome outcome = lp_kernel.run(options, kernel_limits, how.share, stop, simplex_log, iterations);
+  const SimplexOutcome outcome =
+      lp_kernel.run(options, kernel_limits, how.share, updates, stop, simplex_log, iterations);
   iterations += lp_kernel.core().iterations;
   work += lp_kernel.core().work;
   lp_kernel.core().work = 0;
-  head = lp_kernel.core().head;
-  return accept<Real>(outcome);
+  return outcome;
+}
+
+template <class Real>
+bool LpSolver::State::attempt(const Attempt& how, const SimplexLimits& limits, const StopToken& stop,
+                              SimplexLog& simplex_log) {
+  LpKernel<Real>& lp_kernel = kernel<Real>();
+  const bool switched = use_exact != how.extended;
+  const bool reload = !lp_kernel.loaded() || (!how.extended && how.scaled != scaled);
+  if (reload || has_pending || switched) {
+    const Basis start = has_pending ? std::move(pending) : current_basis();
+    if (reload) load<Real>(how.scaled);
+    lp_kernel.set_basis(start);
+    has_pending = false;
+  }
+  use_exact = how.extended;
+  if (!how.extended) scaled = how.scaled;
+  return accept<Real>(run<Real>(how, false, limits, stop, simplex_log));
+}
+
+// The usual case of a chain of solves. False: not that case, or the answer did not stand up to the check.
+bool LpSolver::State::solve_by_updates(const SimplexLimits& limits, const StopToken& stop, SimplexLog& simplex_log) {
+  if (!fast.loaded() || !solved_before || use_exact || options.precision == Precision::kExtended) return false;
+  if (options.algorithm != SimplexAlgorithm::kDual) return false;
+  if (recomputing > 0) {
+    --recomputing;
+    return false;
+  }
+  if (has_pending) fast.set_basis(pending);
+  has_pending = false;
+  if (accept_updated(run<double>(kAttempts[0], true, limits, stop, simplex_log))) return true;
+  recomputing = backoff;
+  backoff = std::min(2 * backoff, kMaxBackoff);
+  fast.distrust();
+  return false;
 }
 
 SolveStatus LpSolver::State::solve(const SimplexLimits& limits, const StopToken& stop) {
@@ -227,6 +302,12 @@ SolveStatus LpSolver::State::solve(const SimplexLimits& limits, const StopToken&
   settings.offset = data.offset;
   settings.hooks = stop.hooks();
   SimplexLog simplex_log(log, settings);
+  if (!solve_by_updates(limits, stop, simplex_log)) solve_anew(limits, stop, simplex_log);
+  total_iterations += iterations;
+  return status;
+}
+
+void LpSolver::State::solve_anew(const SimplexLimits& limits, const StopToken& stop, SimplexLog& simplex_log) {
   bool announced = false;
   for (const Attempt& how : kAttempts) {
     if (how.extended && options.precision == Precision::kDouble) break;
@@ -252,8 +333,7 @@ SolveStatus LpSolver::State::solve(const SimplexLimits& limits, const StopToken&
     fast.unload();
     scaled = true;
   }
-  total_iterations += iterations;
-  return status;
+  solved_before = fast.loaded() && status != SolveStatus::kNumeric;
 }
 
 LpSolver::LpSolver(const LpData& lp, const SimplexOptions& options, LogSink& log)
@@ -263,6 +343,7 @@ LpSolver::~LpSolver() = default;
 void LpSolver::set_col_bounds(Index col, double lower, double upper) {
   state_->data.col_lower[col] = lower;
   state_->data.col_upper[col] = upper;
+  state_->unchecked.push_back(col);
   if (state_->fast.loaded()) state_->fast.set_col_bounds(col, lower, upper);
   if (state_->exact.loaded()) state_->exact.set_col_bounds(col, lower, upper);
 }
@@ -270,6 +351,7 @@ void LpSolver::set_col_bounds(Index col, double lower, double upper) {
 void LpSolver::set_row_bounds(Index row, double lower, double upper) {
   state_->data.row_lower[row] = lower;
   state_->data.row_upper[row] = upper;
+  state_->unchecked.push_back(state_->data.num_cols() + row);
   if (state_->fast.loaded()) state_->fast.set_row_bounds(row, lower, upper);
   if (state_->exact.loaded()) state_->exact.set_row_bounds(row, lower, upper);
 }
@@ -383,7 +465,9 @@ bool LpSolver::tableau_row(Index position, std::vector<double>& row_of_a, std::v
   if (state_->use_exact) return state_->exact.tableau_row(position, row_of_a, row_of_inverse);
   return state_->fast.loaded() && state_->fast.tableau_row(position, row_of_a, row_of_inverse);
 }
-const std::vector<Index>& LpSolver::basis_head() const { return state_->head; }
+const std::vector<Index>& LpSolver::basis_head() const {
+  return state_->use_exact ? state_->exact.core().head : state_->fast.core().head;
+}
 Index LpSolver::num_rows() const { return state_->data.num_rows(); }
 Index LpSolver::num_cols() const { return state_->data.num_cols(); }
 const LpData& LpSolver::data() const { return state_->data; }

@@ -16,15 +16,24 @@ constexpr double kReducedCostMismatch = 1e-6;
 }  // namespace
 
 template <class Real>
-PrimalSimplex<Real>::PrimalSimplex(SimplexCore<Real>& core, const PrimalOptions& options)
-    : core_(core), options_(options) {
-  alpha_.resize(core.m);
-  rho_.resize(core.m);
-  alpha_row_.resize(core.n);
-  cost_change_.resize(core.m);
-  reference_.assign(static_cast<std::size_t>(core.num_vars()), Real(1));
-  phase1_gradient_.assign(static_cast<std::size_t>(core.m), Real(0));
-  listed_.assign(static_cast<std::size_t>(core.num_vars()), 0);
+PrimalSimplex<Real>::PrimalSimplex(SimplexCore<Real>& core) : core_(core) {}
+
+template <class Real>
+void PrimalSimplex<Real>::begin(const PrimalOptions& options) {
+  options_ = options;
+  if (alpha_.size() != core_.m || alpha_row_.size() != core_.n) {
+    alpha_.resize(core_.m);
+    rho_.resize(core_.m);
+    alpha_row_.resize(core_.n);
+    cost_change_.resize(core_.m);
+  }
+  reference_.assign(static_cast<std::size_t>(core_.num_vars()), Real(1));
+  phase1_gradient_.assign(static_cast<std::size_t>(core_.m), Real(0));
+  listed_.assign(static_cast<std::size_t>(core_.num_vars()), 0);
+  candidates_.clear();
+  rejected_.clear();
+  phase1_ = bounds_changed_ = false;
+  degenerate_steps_ = 0;
 }
 
 template <class Real>
@@ -40,7 +49,17 @@ SimplexOutcome PrimalSimplex<Real>::stop_reason() const {
 }
 
 template <class Real>
-SimplexOutcome PrimalSimplex<Real>::run() {
+SimplexOutcome PrimalSimplex<Real>::run(const PrimalOptions& options) {
+  begin(options);
+  const SimplexOutcome outcome = solve();
+  core_.warm = outcome == SimplexOutcome::kOptimal && core_.fresh;
+  return outcome;
+}
+
+template <class Real>
+SimplexOutcome PrimalSimplex<Real>::solve() {
+  core_.warm = false;
+  core_.changed_bounds.clear();
   core_.use_true_bounds();
   core_.use_true_costs();
   core_.settle_nonbasic();
@@ -103,7 +122,7 @@ SimplexOutcome PrimalSimplex<Real>::rebuild(bool& stopped) {
   core_.fresh = true;
   rejected_.clear();
   list_candidates();
-  if (core_.log->due() || core_.log->watched() || core_.iterations + core_.iteration_offset == 0) {
+  if (core_.log->due() || core_.log->watched() || (core_.log->sink().enabled() && core_.first_iteration())) {
     core_.log->iteration(core_.iterations + core_.iteration_offset, static_cast<double>(core_.objective(core_.cost)),
                          static_cast<double>(core_.sum_primal_infeasibility()),
                          static_cast<double>(core_.sum_dual_infeasibility()), false);

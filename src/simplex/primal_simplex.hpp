@@ -16,13 +16,14 @@ struct PrimalOptions {
   std::uint64_t seed = 0;
 };
 
+// Work arrays live from run to run.
 template <class Real>
 class PrimalSimplex {
  public:
-  PrimalSimplex(SimplexCore<Real>& core, const PrimalOptions& options);
+  explicit PrimalSimplex(SimplexCore<Real>& core);
 
   // Runs from the basis in the core. kOtherAlgorithm: optimal for perturbed bounds, but primal infeasible without them.
-  SimplexOutcome run();
+  SimplexOutcome run(const PrimalOptions& options);
 
  private:
   enum class Step { kContinue, kRebuild, kNoEntering, kUnbounded, kStopped };
@@ -39,6 +40,8 @@ class PrimalSimplex {
     bool unbounded = false;
   };
 
+  void begin(const PrimalOptions& options);
+  SimplexOutcome solve();
   SimplexOutcome rebuild(bool& stopped);
   Step iterate();
   [[nodiscard]] SimplexOutcome stop_reason() const;

@@ -19,6 +19,7 @@ void SimplexCore<Real>::prepare() {
   basic_upper.assign(static_cast<std::size_t>(m), Real(0));
   row_work_.resize(m);
   position_work_.resize(m);
+  column_work_.resize(n);
   work_lower = lower;
   work_upper = upper;
   work_cost = cost;
@@ -41,6 +42,8 @@ void SimplexCore<Real>::slack_basis() {
   factor_valid = false;
   rows_valid = false;
   values_maintained = false;
+  warm = false;
+  changed_bounds.clear();
 }
 
 template <class Real>
@@ -58,6 +61,7 @@ void SimplexCore<Real>::begin_solve(double markowitz_tolerance) {
   dropped.clear();
   values_maintained = false;
   iterations = 0;
+  if (factor_valid && !log->sink().enabled()) return;
   Offset basis_nonzeros = 0;
   for (const Index var : head) basis_nonzeros += var < n ? col_start[var + 1] - col_start[var] : 1;
   if (!factor_valid) {

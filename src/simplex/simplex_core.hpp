@@ -88,7 +88,11 @@ class SimplexCore {
   bool factor_valid = false;
   bool fresh = false;              // factored and values recomputed since the last pivot
   bool values_maintained = false;  // basic_value follows from updates: recomputation can be compared with it
-  std::vector<Index> dropped;      // structural variables thrown out of the basis for singularity
+  // Between solves: factors, places, values and reduced costs agree with the true costs and, but for the variables in
+  // changed_bounds, with the true bounds. Only reduced costs of fixed columns are stale, as pricing leaves these out.
+  bool warm = false;
+  std::vector<Index> changed_bounds;
+  std::vector<Index> dropped;  // structural variables thrown out of the basis for singularity
 
   PartitionedRows<Real> rows;
   bool rows_valid = false;
@@ -97,6 +101,7 @@ class SimplexCore {
   [[nodiscard]] Index num_vars() const { return n + m; }
   [[nodiscard]] bool is_basic(Index var) const { return where[var] >= 0; }
   [[nodiscard]] bool has_basic_columns() const;
+  [[nodiscard]] bool first_iteration() const { return iterations + iteration_offset == 0; }
   [[nodiscard]] ColumnView<Real> columns() const {
     return {m, n, col_start.data(), row_index.data(), matrix_value.data()};
   }
@@ -115,6 +120,17 @@ class SimplexCore {
   // Place of a nonbasic variable, with value and membership in the pricing rows.
   void put_nonbasic(Index var, Place where_to);
   void rebuild_rows();  // the partition for the current places
+
+  // --- warm start: what a few changed bounds cost, instead of everything anew ---
+  // Needs `warm`. Moves places and values along with the changed bounds, the basic values by one FTRAN. False: some
+  // reduced cost has the wrong sign and no other bound to go to; places and values must be settled anew.
+  [[nodiscard]] bool absorb_bound_changes();
+  // Back to the true costs; the reduced costs follow by at most one BTRAN. Returns the sum of dual infeasibilities
+  // among those that moved.
+  Real restore_true_costs();
+  // Brings the factors over to the basis made of the variables with basic[var] != 0 by at most `max_updates` exchanges.
+  // False: factors and heads are those of some basis in between, to be replaced.
+  [[nodiscard]] bool exchange_basis(const std::vector<char>& basic, Index max_updates);
 
   // Factors the basis, repairing singularity by logicals. Values and weights must be recomputed by the caller.
   FactorOutcome factorize();
@@ -157,7 +173,9 @@ class SimplexCore {
   void repair_singular_basis();
   void tighten_markowitz(double growth, double relative_residual, double drift);
   bool tightened_last_time_ = false;
-  Scattered<Real> row_work_, position_work_;
+  [[nodiscard]] Real exact_reduced_cost(Index col) const;
+  bool follow_bounds(Index var, Scattered<Real>& moved);
+  Scattered<Real> row_work_, position_work_, column_work_;
 };
 
 }  // namespace zorvex
