@@ -28,8 +28,15 @@ SimplexOutcome DualSimplex<Real>::run(const DualOptions& options) {
 template <class Real>
 SimplexOutcome DualSimplex<Real>::solve() {
   SimplexOutcome outcome = SimplexOutcome::kOptimal;
-  bool recompute = !options_.trust_updates || !start_warm();
-  if (recompute && !start_cold(outcome)) return outcome;
+  bool recompute = !options_.trust_updates;
+  if (recompute || !start_warm()) {
+    if (!start_cold(outcome)) return outcome;
+    if (!recompute) {
+      core_.compute_primal();
+      core_.fresh = core_.lu.num_updates() == 0;
+      start_iterating();
+    }
+  }
   if (!recompute && cutoff_reached()) return SimplexOutcome::kCutoff;
   for (;;) {
     bool stopped = false;

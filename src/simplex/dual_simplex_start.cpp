@@ -42,7 +42,8 @@ bool DualSimplex<Real>::start_warm() {
   return true;
 }
 
-// False: the basis could not be factored, and `outcome` tells why.
+// Everything but the factors, where these are good, from scratch. False: the basis could not be factored, and `outcome`
+// tells why.
 template <class Real>
 bool DualSimplex<Real>::start_cold(SimplexOutcome& outcome) {
   core_.warm = false;
@@ -54,11 +55,7 @@ bool DualSimplex<Real>::start_cold(SimplexOutcome& outcome) {
   ensure_weights();
   if (may_perturb_ && !core_.has_basic_columns()) perturb_costs();
   core_.compute_duals();
-  if (flip_to_dual_feasibility() > 0) {
-    enter_phase1();
-  } else {
-    enter_phase2();
-  }
+  if (flip_to_dual_feasibility() > 0) enter_phase1();
   return true;
 }
 

@@ -188,8 +188,11 @@ bool LpSolver::State::accept_updated(SimplexOutcome outcome) {
       if (verdict == WarmVerdict::kOpen && proves_infeasible(data, farkas, farkas_gap)) verdict = WarmVerdict::kHolds;
       status = SolveStatus::kInfeasible;
       break;
-    case SimplexOutcome::kNumeric:
-      verdict = WarmVerdict::kFails;
+    case SimplexOutcome::kIterationLimit:
+      fast.extract_basic(point);
+      (void)warm_check.optimal(data, options, false, point);  // fills in the rest of the point
+      status = SolveStatus::kIterationLimit;
+      objective = objective_at(data, point.x);
       break;
     default:
       return accept<double>(outcome);

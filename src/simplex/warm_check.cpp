@@ -57,7 +57,7 @@ WarmVerdict WarmCheck::optimal(const LpData& lp, const SimplexOptions& options, 
   const double* pi = point.pi.data();
   const auto price = [&](double d, double error, double x, double lower, double upper) {
     const double bound = d > 0 ? lower : upper;
-    if (std::isfinite(bound)) {
+    if (std::isfinite(bound) && !std::isnan(d)) {
       slackness += std::abs(d * (x - bound));
     } else {
       dual.violation(std::abs(d), error);
