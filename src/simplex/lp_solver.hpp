@@ -74,7 +74,8 @@ class LpSolver {
 
   // --- solve ---
   // Ends with kOptimal, kInfeasible, kUnbounded, kCutoff, kIterationLimit, kTimeLimit, kInterrupted or kNumeric.
-  // kOptimal, kInfeasible and kUnbounded have passed a check against the loaded data in long double.
+  // kOptimal, kInfeasible and kUnbounded have passed a check against the loaded data: in long double after the first
+  // solve, later in double with bounds on its rounding, and in long double where these leave the answer open.
   SolveStatus solve(const SimplexLimits& limits, const StopToken& stop);
 
   // --- results of the last solve ---
