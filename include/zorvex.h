@@ -24,69 +24,71 @@
 extern "C" {
 #endif
 
-#define ZLP_VERSION_MAJOR 4
-#define ZLP_VERSION_MINOR 6
-#define ZLP_VERSION_TECHNICAL 1
+/* Version of this header; ZLPversion tells that of the library. */
+#define ZLP_VERSION_MAJOR 4     /* changes when programs have to change */
+#define ZLP_VERSION_MINOR 6     /* changes when there is something new */
+#define ZLP_VERSION_TECHNICAL 1 /* changes with every release */
 
+/* Numbers with a meaning. */
 #define ZLP_INFINITY 1e100  /* infinity of parameters and objective values */
 #define ZLP_UNDEFINED 1e101 /* start value that is left open */
 #define ZLP_MAX_NAMELEN 255 /* longest name, without its terminator */
 #define ZLP_MAX_STRLEN 512  /* size of string parameter buffers */
 
 /* Values of the attribute Status. */
-#define ZLP_LOADED 1
-#define ZLP_OPTIMAL 2
-#define ZLP_INFEASIBLE 3
-#define ZLP_INF_OR_UNBD 4
-#define ZLP_UNBOUNDED 5
-#define ZLP_CUTOFF 6
-#define ZLP_ITERATION_LIMIT 7
-#define ZLP_NODE_LIMIT 8
-#define ZLP_TIME_LIMIT 9
-#define ZLP_SOLUTION_LIMIT 10
-#define ZLP_INTERRUPTED 11
-#define ZLP_NUMERIC 12
-#define ZLP_SUBOPTIMAL 13
+#define ZLP_LOADED 1          /* no result: not solved yet, or changed since */
+#define ZLP_OPTIMAL 2         /* optimal within the tolerances, for a MIP within MIPGap or MIPGapAbs */
+#define ZLP_INFEASIBLE 3      /* no point satisfies all bounds and constraints */
+#define ZLP_INF_OR_UNBD 4     /* infeasible or unbounded, which of both is open */
+#define ZLP_UNBOUNDED 5       /* the objective improves without end */
+#define ZLP_CUTOFF 6          /* no solution is better than Cutoff */
+#define ZLP_ITERATION_LIMIT 7 /* IterationLimit or BarIterLimit reached */
+#define ZLP_NODE_LIMIT 8      /* NodeLimit reached */
+#define ZLP_TIME_LIMIT 9      /* TimeLimit reached */
+#define ZLP_SOLUTION_LIMIT 10 /* SolutionLimit reached */
+#define ZLP_INTERRUPTED 11    /* stopped by ZLPterminate, an interrupt or a callback */
+#define ZLP_NUMERIC 12        /* given up for numerical trouble */
+#define ZLP_SUBOPTIMAL 13     /* a solution, but its optimality could not be proven */
 
 /* Error codes. */
-#define ZLP_ERROR_OUT_OF_MEMORY 10001
-#define ZLP_ERROR_NULL_ARGUMENT 10002
-#define ZLP_ERROR_INVALID_ARGUMENT 10003
-#define ZLP_ERROR_UNKNOWN_ATTRIBUTE 10004
-#define ZLP_ERROR_DATA_NOT_AVAILABLE 10005
-#define ZLP_ERROR_INDEX_OUT_OF_RANGE 10006
-#define ZLP_ERROR_UNKNOWN_PARAMETER 10007
-#define ZLP_ERROR_VALUE_OUT_OF_RANGE 10008
-#define ZLP_ERROR_NO_LICENSE 10009
-#define ZLP_ERROR_SIZE_LIMIT_EXCEEDED 10010
-#define ZLP_ERROR_CALLBACK 10011
-#define ZLP_ERROR_FILE_READ 10012
-#define ZLP_ERROR_FILE_WRITE 10013
-#define ZLP_ERROR_NUMERIC 10014
-#define ZLP_ERROR_IIS_NOT_INFEASIBLE 10015
-#define ZLP_ERROR_NOT_FOR_MIP 10016
-#define ZLP_ERROR_OPTIMIZATION_IN_PROGRESS 10017
-#define ZLP_ERROR_DUPLICATES 10018
-#define ZLP_ERROR_NODEFILE 10019
-#define ZLP_ERROR_Q_NOT_PSD 10020
+#define ZLP_ERROR_OUT_OF_MEMORY 10001       /* memory ran out; the model is as before the call */
+#define ZLP_ERROR_NULL_ARGUMENT 10002       /* a handle or array that is needed is null */
+#define ZLP_ERROR_INVALID_ARGUMENT 10003    /* an argument has no meaning here, or a handle is not alive */
+#define ZLP_ERROR_UNKNOWN_ATTRIBUTE 10004   /* no such attribute, or not of this type and shape, or not settable */
+#define ZLP_ERROR_DATA_NOT_AVAILABLE 10005  /* the value does not exist in the present state of the model */
+#define ZLP_ERROR_INDEX_OUT_OF_RANGE 10006  /* an index beyond the objects there are */
+#define ZLP_ERROR_UNKNOWN_PARAMETER 10007   /* no such parameter, or not of this type */
+#define ZLP_ERROR_VALUE_OUT_OF_RANGE 10008  /* a parameter value outside its range */
+#define ZLP_ERROR_NO_LICENSE 10009          /* no licence, or it was released */
+#define ZLP_ERROR_SIZE_LIMIT_EXCEEDED 10010 /* the licence does not cover a model of this size */
+#define ZLP_ERROR_CALLBACK 10011            /* a callback failed, or asked for what there is not */
+#define ZLP_ERROR_FILE_READ 10012           /* a file cannot be read or holds errors */
+#define ZLP_ERROR_FILE_WRITE 10013          /* a file cannot be written */
+#define ZLP_ERROR_NUMERIC 10014             /* numerical trouble made an answer impossible */
+#define ZLP_ERROR_IIS_NOT_INFEASIBLE 10015  /* an analysis of infeasibility was asked for a model that is feasible */
+#define ZLP_ERROR_NOT_FOR_MIP 10016         /* not defined for models with integer variables or sets */
+#define ZLP_ERROR_OPTIMIZATION_IN_PROGRESS 10017 /* the model is being solved, or one of its callbacks runs */
+#define ZLP_ERROR_DUPLICATES 10018               /* an index appears twice where it may appear once */
+#define ZLP_ERROR_NODEFILE 10019                 /* a node file cannot be written or read */
+#define ZLP_ERROR_Q_NOT_PSD 10020                /* the quadratic terms are not convex */
 
 /* Variable types, constraint senses, SOS types, basis statuses. */
-#define ZLP_CONTINUOUS 'C'
-#define ZLP_BINARY 'B'
-#define ZLP_INTEGER 'I'
-#define ZLP_SEMICONT 'S'
-#define ZLP_SEMIINT 'N'
-#define ZLP_LESS_EQUAL '<'
-#define ZLP_GREATER_EQUAL '>'
-#define ZLP_EQUAL '='
-#define ZLP_SOS_TYPE1 1
-#define ZLP_SOS_TYPE2 2
-#define ZLP_MINIMIZE 1
-#define ZLP_MAXIMIZE (-1)
-#define ZLP_BASIC 0
-#define ZLP_NONBASIC_LOWER (-1)
-#define ZLP_NONBASIC_UPPER (-2)
-#define ZLP_SUPERBASIC (-3)
+#define ZLP_CONTINUOUS 'C'      /* variable type: any value within the bounds */
+#define ZLP_BINARY 'B'          /* variable type: 0 or 1 */
+#define ZLP_INTEGER 'I'         /* variable type: a whole number within the bounds */
+#define ZLP_SEMICONT 'S'        /* variable type: 0 or within the bounds */
+#define ZLP_SEMIINT 'N'         /* variable type: 0 or a whole number within the bounds */
+#define ZLP_LESS_EQUAL '<'      /* constraint sense: a'x <= RHS */
+#define ZLP_GREATER_EQUAL '>'   /* constraint sense: a'x >= RHS */
+#define ZLP_EQUAL '='           /* constraint sense: a'x = RHS */
+#define ZLP_SOS_TYPE1 1         /* set type: at most one member is not zero */
+#define ZLP_SOS_TYPE2 2         /* set type: at most two members, next to each other in weight order */
+#define ZLP_MINIMIZE 1          /* ModelSense */
+#define ZLP_MAXIMIZE (-1)       /* ModelSense */
+#define ZLP_BASIC 0             /* basis status */
+#define ZLP_NONBASIC_LOWER (-1) /* basis status: at the lower bound, or a constraint at its side */
+#define ZLP_NONBASIC_UPPER (-2) /* basis status: at the upper bound */
+#define ZLP_SUPERBASIC (-3)     /* basis status: nonbasic between the bounds, or free */
 
 /* Where a callback is called from. */
 #define ZLP_WHERE_POLLING 0      /* now and then, from anywhere in a solve; nothing but ZLP_WHAT_RUNTIME is known */
@@ -128,9 +130,9 @@ extern "C" {
 #define ZLP_WHAT_BARRIER_COMPLEMENTARITY 7005  /* double, BARRIER: complementarity */
 
 /* Parameter types returned by ZLPgetparamtype. */
-#define ZLP_PARAM_INT 1
-#define ZLP_PARAM_DBL 2
-#define ZLP_PARAM_STR 3
+#define ZLP_PARAM_INT 1 /* integer */
+#define ZLP_PARAM_DBL 2 /* double */
+#define ZLP_PARAM_STR 3 /* text */
 
 typedef struct ZLPenv ZLPenv;       /* environment: parameters, log, error text */
 typedef struct ZLPmodel ZLPmodel;   /* one model with its own copy of the parameters */
@@ -335,9 +337,22 @@ ZLP_EXPORT int ZLPgetsos(ZLPmodel* model, int* num_members, int* types, int* beg
 /* All quadratic terms in stored order, with the meaning of ZLPaddqpterms. Sizing as above. */
 ZLP_EXPORT int ZLPgetq(ZLPmodel* model, int* num_terms, int* qrow, int* qcol, double* qval);
 
-/* --- files --- */
+/* --- files ---
+ * The suffix of the name, in any case, tells the format: models are .mps, .rew and .qps (MPS; .rew is written with
+ * generic names, .qps only read), .lp, .rlp (generic names) and .ilp (LP format, only read; the infeasible subsystem of
+ * a model cannot be written yet); data that goes with a model is .sol (solution), .mst (MIP start), .bas (basis), .ord
+ * (branching priorities) and .prm (parameters). Behind it may stand .gz, .bz2, .zip or .7z, in lower case: gzip, bzip2
+ * or 7z are then run to compress or decompress. 10012 and 10013 stand for files of unknown kinds too. */
+
+/* A new model. A name that does not exist is tried with the suffixes of models and of compressed files added. What the
+ * reader has to say goes to the log, errors with the number of the line. *model is null on failure; 10003: there is no
+ * such file, 10012: it cannot be read as a model. */
 ZLP_EXPORT int ZLPreadmodel(ZLPenv* env, const char* filename, ZLPmodel** model);
+/* Data of a file that goes with the model: .mst into Start, .bas into VBasis and CBasis, .ord into BranchPriority, .prm
+ * into the parameters. Names are those of the model as of its last update. */
 ZLP_EXPORT int ZLPread(ZLPmodel* model, const char* filename);
+/* The model as of its last update (with a warning when edits are queued), or what the suffix says of its solution,
+ * start, basis or parameters; 10005 when it has none. */
 ZLP_EXPORT int ZLPwrite(ZLPmodel* model, const char* filename);
 
 /* --- solving --- */

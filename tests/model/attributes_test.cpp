@@ -237,5 +237,50 @@ TEST_F(Attributes, StartingInformationTakesEffectAtOnce) {
   EXPECT_FALSE(has_pending_changes(*model_));
 }
 
+// One value of each type through every shape: what one writes, all read.
+TEST_F(Attributes, ShapesAgree) {
+  make_model(4, 4);
+  const int middle[] = {2, 1}, all[] = {3, 2, 1, 0};
+  const int priorities[] = {7, 8};
+  ASSERT_EQ(ZLPsetintattrlist(model_, "BranchPriority", 2, middle, priorities), 0);
+  ASSERT_EQ(ZLPsetcharattrlist(model_, "VType", 2, middle, "IB"), 0);
+  const char* const names[] = {"two", "one"};
+  ASSERT_EQ(ZLPsetstrattrlist(model_, "VarName", 2, middle, names), 0);
+  const double bounds[] = {3, 0.5};
+  ASSERT_EQ(ZLPsetdblattrlist(model_, "UB", 2, middle, bounds), 0);
+  update();
+
+  int ints[4], ints_back[4];
+  char chars[4], chars_back[4];
+  const char *texts[4], *texts_back[4];
+  double doubles[4], doubles_back[4];
+  ASSERT_EQ(ZLPgetintattrarray(model_, "BranchPriority", 0, 4, ints), 0);
+  ASSERT_EQ(ZLPgetintattrlist(model_, "BranchPriority", 4, all, ints_back), 0);
+  ASSERT_EQ(ZLPgetcharattrarray(model_, "VType", 0, 4, chars), 0);
+  ASSERT_EQ(ZLPgetcharattrlist(model_, "VType", 4, all, chars_back), 0);
+  ASSERT_EQ(ZLPgetstrattrarray(model_, "VarName", 0, 4, texts), 0);
+  ASSERT_EQ(ZLPgetstrattrlist(model_, "VarName", 4, all, texts_back), 0);
+  ASSERT_EQ(ZLPgetdblattrarray(model_, "UB", 0, 4, doubles), 0);
+  ASSERT_EQ(ZLPgetdblattrlist(model_, "UB", 4, all, doubles_back), 0);
+  const int expected_int[] = {0, 8, 7, 0};
+  const std::string expected_char = "CBIC";
+  const char* const expected_text[] = {"C0000000", "one", "two", "C0000003"};
+  const double expected_double[] = {1e30, 0.5, 3, 1e30};
+  for (int k = 0; k < 4; ++k) {
+    EXPECT_EQ(ints[k], expected_int[k]);
+    EXPECT_EQ(chars[k], expected_char[k]);
+    EXPECT_STREQ(texts[k], expected_text[k]);
+    EXPECT_EQ(doubles[k], expected_double[k]);
+    EXPECT_EQ(ints_back[3 - k], ints[k]);
+    EXPECT_EQ(chars_back[3 - k], chars[k]);
+    EXPECT_STREQ(texts_back[3 - k], texts[k]);
+    EXPECT_EQ(doubles_back[3 - k], doubles[k]);
+    EXPECT_EQ(get_int("BranchPriority", k), ints[k]);
+    EXPECT_EQ(get_char("VType", k), chars[k]);
+    EXPECT_EQ(get_str("VarName", k), texts[k]);
+    EXPECT_EQ(get_dbl("UB", k), doubles[k]);
+  }
+}
+
 }  // namespace
 }  // namespace zorvex::test
