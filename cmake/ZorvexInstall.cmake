@@ -1,4 +1,4 @@
-# Installation: header, both libraries, the program, the CMake package and the pkg-config file.
+# Installation: header, both libraries, the program with its man page, the CMake package and the pkg-config file.
 include(CMakePackageConfigHelpers)
 
 set(package_dir "${CMAKE_INSTALL_LIBDIR}/cmake/zorvex")
@@ -8,6 +8,7 @@ install(TARGETS zorvex zorvex_static EXPORT zorvexTargets
   LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}" ARCHIVE DESTINATION "${CMAKE_INSTALL_LIBDIR}")
 if(TARGET zorvex_cli)
   install(TARGETS zorvex_cli RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}")
+  install(FILES "${PROJECT_SOURCE_DIR}/docs/zorvex.1" DESTINATION "${CMAKE_INSTALL_MANDIR}/man1")
 endif()
 
 install(EXPORT zorvexTargets NAMESPACE zorvex:: DESTINATION "${package_dir}")
@@ -23,4 +24,5 @@ string(REGEX REPLACE "/$" "" ZORVEX_PC_PREFIX "${ZORVEX_PC_PREFIX}")
 configure_file("${CMAKE_CURRENT_LIST_DIR}/zorvex.pc.in" "${PROJECT_BINARY_DIR}/zorvex.pc" @ONLY)
 install(FILES "${PROJECT_BINARY_DIR}/zorvex.pc" DESTINATION "${CMAKE_INSTALL_LIBDIR}/pkgconfig")
 install(FILES "${PROJECT_SOURCE_DIR}/LICENSE" "${PROJECT_SOURCE_DIR}/README.md"
-  DESTINATION "${CMAKE_INSTALL_DOCDIR}")
+  "${PROJECT_SOURCE_DIR}/docs/guide.md" "${PROJECT_SOURCE_DIR}/docs/reference.md"
+  "${PROJECT_SOURCE_DIR}/docs/parameters.md" DESTINATION "${CMAKE_INSTALL_DOCDIR}")

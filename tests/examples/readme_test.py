@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""readme_test.py README CC INCLUDE LIBRARY: the README's C program compiles cleanly and prints what the README says."""
+"""readme_test.py PAGE CC INCLUDE LIBRARY: every C program of the page compiles cleanly and prints what the page says."""
 import os
 import pathlib
 import re
@@ -9,19 +9,17 @@ import tempfile
 
 readme, compiler, include, library = sys.argv[1:]
 text = pathlib.Path(readme).read_text()
-program = re.search(r"^```c\n(.*?)^```$", text, re.M | re.S)
-if program is None:
-    sys.exit("the README has no C program")
-output = re.search(r"^It prints\n\n```text\n(.*?)^```$", text[program.end() :], re.M | re.S)
-if output is None:
-    sys.exit("the README does not say what its program prints")
+programs = list(re.finditer(r"^```c\n(.*?)^```$\n\nIt prints\n\n```text\n(.*?)^```$", text, re.M | re.S))
+if not programs or len(programs) != len(re.findall(r"^```c$", text, re.M)):
+    sys.exit(f"{readme} has no C program, or one without what it prints")
 
 with tempfile.TemporaryDirectory() as folder:
     source, binary = os.path.join(folder, "first.c"), os.path.join(folder, "first")
-    pathlib.Path(source).write_text(program.group(1))
     flags = ["-std=c11", "-Wall", "-Wextra", "-pedantic", "-Werror", "-O2", "-I" + include]
-    subprocess.run([compiler, *flags, source, "-o", binary, library], check=True)
     environment = dict(os.environ, LD_LIBRARY_PATH=os.path.dirname(library))
-    run = subprocess.run([binary], capture_output=True, text=True, env=environment)
-if run.returncode != 0 or run.stdout != output.group(1):
-    sys.exit(f"exit code {run.returncode}, printed\n{run.stdout}{run.stderr}instead of\n{output.group(1)}")
+    for program in programs:
+        pathlib.Path(source).write_text(program.group(1))
+        subprocess.run([compiler, *flags, source, "-o", binary, library], check=True)
+        run = subprocess.run([binary], capture_output=True, text=True, env=environment)
+        if run.returncode != 0 or run.stdout != program.group(2):
+            sys.exit(f"exit code {run.returncode}, printed\n{run.stdout}{run.stderr}instead of\n{program.group(2)}")

@@ -15,7 +15,7 @@ mkdir -p "$work"
 mv "$work/prefix" "$work/moved"
 prefix=$work/moved
 
-for file in include/zorvex.h bin/zorvex; do
+for file in include/zorvex.h bin/zorvex share/man/man1/zorvex.1; do
   [ -e "$prefix/$file" ] || fail "$file is not installed"
 done
 [ "$(ls "$prefix/include")" = zorvex.h ] || fail "more than one header is installed"
