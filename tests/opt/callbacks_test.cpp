@@ -143,6 +143,33 @@ TEST(Callbacks, AreCalledWhereTheyShouldAndKnowWhatTheyShould) {
   }
 }
 
+TEST(Callbacks, RefusedQuestionsGiveTheReason) {
+  struct Case {
+    int where_offset, what;
+    const char* reason;
+  };
+  const Case cases[] = {
+      {0, ZLP_WHAT_SOLUTION, "Callback data with what code 4000 does not exist at where code 3"},
+      {0, 77, "There is no callback data with what code 77"},
+      {1, ZLP_WHAT_RUNTIME, "Callback data was asked for with where code 4 in a callback with 3"},
+  };
+  const Env env = quiet_env();
+  for (const Case& c : cases) {
+    std::string inside;
+    Body body = [&](ZLPmodel* model, ZLPcbdata* cbdata, int where) {
+      if (where != ZLP_WHERE_MIP) return 0;
+      double value = 0;
+      const int code = ZLPcbget(cbdata, where + c.where_offset, c.what, &value);
+      inside = ZLPgeterrormsg(ZLPgetenv(model));
+      return code;
+    };
+    const Model model = with_callback(env.get(), knapsack(), body);
+    EXPECT_EQ(10011, ZLPoptimize(model.get()));
+    EXPECT_EQ(c.reason, inside);
+    EXPECT_STREQ(c.reason, ZLPgetmerrormsg(model.get()));
+  }
+}
+
 TEST(Callbacks, SimplexFiguresEndAtTheOptimum) {
   const Env env = quiet_env();
   for (const int sense : {1, -1}) {
