@@ -180,5 +180,42 @@ TEST(SideRows, NothingIsTakenUnseen) {
   }
 }
 
+// Slack cuts leave the LP, constraints stay.
+TEST(SideRows, PinnedCutsStayInTheLp) {
+  MipProblem problem;
+  problem.lp.matrix.num_rows = 1;
+  const Index row = 0;
+  const double one = 1;
+  for (int col = 0; col < 2; ++col) problem.lp.matrix.append_col(&row, &one, 1);
+  problem.lp.row_lower = {1};
+  problem.lp.row_upper = {kInf};
+  problem.lp.cost = {1, 2};
+  problem.lp.col_lower = {0, 0};
+  problem.lp.col_upper = {5, 5};
+  problem.type.assign(2, VarType::kInteger);
+  const SearchModel model = make_search_model(problem);
+  QuietLog log;
+  LpRelaxation lp(model, {}, log);
+  CutPool pool;
+  const auto add = [&](double rhs, bool pinned) {
+    Cut cut;
+    cut.index = {0, 1};
+    cut.value = {1, pinned ? 1.0 : 2.0};
+    cut.rhs = rhs;
+    cut.pinned = pinned;
+    return pool.add(cut);
+  };
+  const std::vector<std::int64_t> ids{add(8, true), add(9, false)};
+  lp.add_cuts(pool, ids);
+  ASSERT_EQ(lp.solve(kInf, kInf, {}), SolveStatus::kOptimal);
+  EXPECT_EQ(lp.remove_slack_cuts(pool, 0), 1u);
+  EXPECT_EQ(lp.cut_ids(), std::vector<std::int64_t>{ids[0]});
+  lp.add_cuts(pool, {add(9, false)});
+  lp.drop_cuts(pool);
+  EXPECT_EQ(lp.cut_ids(), std::vector<std::int64_t>{ids[0]});
+  EXPECT_EQ(lp.solver().num_rows(), 2);
+  EXPECT_EQ(pool.size(), 1u);
+}
+
 }  // namespace
 }  // namespace zorvex
