@@ -7,6 +7,9 @@ namespace zorvex {
 
 namespace {
 
+constexpr std::int64_t kMinEffort = 1 << 20;  // of one call, in nonzeros touched
+constexpr std::int64_t kEffort = 100;         // and this many times the nonzeros of the model
+
 // Tries one value on a level of its own; keeps the level when it works.
 bool try_fix(Domain& domain, Index col, double value) {
   const int level = domain.level();
@@ -34,8 +37,10 @@ bool decide_gap(Domain& domain, Index col, double target) {
 
 bool fix_all(SearchState& state, const std::vector<Index>& order, const std::vector<double>& target) {
   Domain& domain = state.domain;
+  const std::int64_t limit = domain.work().total() + kMinEffort + kEffort * state.model.lp.matrix.num_nonzeros();
   for (const Index col : order) {
     if (domain.fixed(col)) continue;
+    if (domain.work().total() > limit || state.stop.stop_requested()) return false;
     const double value = std::clamp(std::round(target[col]), domain.lower(col), domain.upper(col));
     if (try_fix(domain, col, value)) continue;
     const double other = target[col] > value || value == domain.lower(col) ? value + 1 : value - 1;

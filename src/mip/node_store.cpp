@@ -50,10 +50,11 @@ Basis PackedBasis::unpack(const std::vector<std::int64_t>& cut_ids) const {
   for (std::size_t row = 0; row < static_cast<std::size_t>(num_rows_); ++row) {
     basis.row[row] = get(basis.col.size() + row);
   }
+  auto held = cuts_.begin();
   for (std::size_t k = 0; k < cut_ids.size(); ++k) {
-    for (const auto& [id, status] : cuts_) {
-      if (id == cut_ids[k]) basis.row[static_cast<std::size_t>(num_rows_) + k] = status;
-    }
+    while (held != cuts_.end() && held->first < cut_ids[k]) ++held;
+    if (held == cuts_.end()) break;
+    if (held->first == cut_ids[k]) basis.row[static_cast<std::size_t>(num_rows_) + k] = held->second;
   }
   if (!head_.empty() && rows_of_norms_ == cut_ids) {
     basis.head = head_;

@@ -26,7 +26,7 @@ struct PathStep {
 class PackedBasis {
  public:
   PackedBasis() = default;
-  // Row k >= model_rows of `basis` belongs to cut cut_ids[k - model_rows].
+  // Row k >= model_rows of `basis` belongs to cut cut_ids[k - model_rows]; ids grow along the rows.
   PackedBasis(const Basis& basis, Index model_rows, const std::vector<std::int64_t>& cut_ids);
 
   [[nodiscard]] Basis unpack(const std::vector<std::int64_t>& cut_ids) const;

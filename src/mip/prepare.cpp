@@ -27,8 +27,8 @@ double whole_gcd(double a, double b) {
 // written into the model when a row gains from them.
 class RowTightener {
  public:
-  RowTightener(SearchModel& model, const Domain& domain)
-      : model_(model), domain_(domain), keep_(static_cast<std::size_t>(model.num_rows()), 1) {}
+  RowTightener(SearchModel& model, const Domain& domain, const StopToken& stop)
+      : model_(model), domain_(domain), stop_(stop), keep_(static_cast<std::size_t>(model.num_rows()), 1) {}
 
   // False when a row cannot be satisfied.
   bool run();
@@ -45,6 +45,7 @@ class RowTightener {
 
   SearchModel& model_;
   const Domain& domain_;
+  const StopToken& stop_;
   std::vector<char> keep_;
   bool changed_ = false;
 };
@@ -52,6 +53,7 @@ class RowTightener {
 bool RowTightener::run() {
   bool any_dropped = false;
   for (Index row = 0; row < model_.num_rows(); ++row) {
+    if (row % 1024 == 0 && stop_.stop_requested()) break;  // the rows done so far stand on their own
     if (!tighten_row(row)) return false;
     any_dropped = any_dropped || !keep_[row];
   }
@@ -227,7 +229,7 @@ Preparation prepare(SearchModel& model, const StopToken& stop) {
       return result;
     }
     adopt_domain(model, domain);
-    RowTightener tightener(model, domain);
+    RowTightener tightener(model, domain, stop);
     if (!tightener.run()) {
       result.infeasible = true;
       return result;
