@@ -10,10 +10,11 @@ namespace zorvex {
 
 namespace {
 
+constexpr double kHistoryWeight = 1e-3;            // of inferences and of cutoffs beside the gains
 constexpr int kReliable = 8;                       // observations on both sides that make a pseudocost trusted
 constexpr int kLookahead = 8;                      // tries without improvement that end the search
 constexpr int kMaxTries = 100;                     // per node
-constexpr double kFreeIterations = 2000;           // strong branching iterations not counted against the tree
+constexpr double kFreeIterations = 10000;          // strong branching iterations not counted against the tree
 constexpr double kShare = 0.5;                     // of the tree's simplex iterations
 constexpr double kMinLimit = 10, kMaxLimit = 500;  // iterations of one try
 
@@ -21,6 +22,7 @@ struct Candidate {
   Index col = -1;
   double value = 0;
   double down_gain = 0, up_gain = 0;
+  double gain_score = 0;
   double score = 0;
   double down_bound = -mip_tol::kNone, up_bound = -mip_tol::kNone;  // proven by strong branching
 };
@@ -37,11 +39,13 @@ class StrongBranching {
   StrongBranching(BranchContext& context, double iteration_limit)
       : context_(context), state_(context.state), iteration_limit_(iteration_limit) {}
 
-  // Solves the child of `candidate` on one side for a few iterations.
+  // Propagates the child of `candidate` on one side and solves it for a few iterations.
   Probe probe(const Candidate& candidate, bool up);
   [[nodiscard]] bool used() const { return used_; }
 
  private:
+  Probe solve_child(const Candidate& candidate, bool up);
+
   BranchContext& context_;
   SearchState& state_;
   double iteration_limit_;
@@ -49,13 +53,30 @@ class StrongBranching {
 };
 
 Probe StrongBranching::probe(const Candidate& candidate, bool up) {
+  Domain& domain = state_.domain;
+  const int level = domain.level();
+  const std::size_t changes = domain.num_changes();
+  domain.push_level();
+  Probe result;
+  const bool ok = up ? domain.tighten_lower(candidate.col, std::ceil(candidate.value), Reason::kBranch)
+                     : domain.tighten_upper(candidate.col, std::floor(candidate.value), Reason::kBranch);
+  if (ok && domain.propagate()) {
+    const double moved = static_cast<double>(domain.num_changes() - changes);
+    state_.pseudocosts.update_inferences(candidate.col, up, moved);
+    result = solve_child(candidate, up);
+  } else {
+    result.infeasible = true;
+  }
+  domain.backtrack(level);
+  return result;
+}
+
+Probe StrongBranching::solve_child(const Candidate& candidate, bool up) {
   used_ = true;
   LpRelaxation& lp = *state_.lp;
   const Index col = candidate.col;
   lp.sync_bounds(state_.domain);
   lp.load_basis(*context_.relaxation.basis);
-  lp.probe_bounds(col, up ? std::ceil(candidate.value) : state_.domain.lower(col),
-                  up ? state_.domain.upper(col) : std::floor(candidate.value));
   const double limit = std::min(iteration_limit_, state_.remaining_iterations());
   const SolveStatus status = lp.solve(state_.objective_limit(), limit, state_.stop);
   state_.strong_iterations += lp.iterations();
@@ -76,6 +97,31 @@ Probe StrongBranching::probe(const Candidate& candidate, bool up) {
   return result;
 }
 
+// Sum of the gains' score and small shares of those of inferences and cutoffs, each relative to its average over the
+// candidates: where no branching moves the objective, the column that settles most is taken.
+class Scores {
+ public:
+  Scores(const SearchState& state, const std::vector<Candidate>& candidates) : pseudocosts_(state.pseudocosts) {
+    const double share = 1.0 / static_cast<double>(std::max<std::size_t>(1, candidates.size()));
+    for (const Candidate& candidate : candidates) {
+      gain_ += share * candidate.gain_score;
+      inference_ += share * pseudocosts_.inference_score(candidate.col);
+      cutoff_ += share * pseudocosts_.cutoff_score(candidate.col);
+    }
+  }
+  [[nodiscard]] double total(const Candidate& candidate) const {
+    return relative(candidate.gain_score, gain_) +
+           kHistoryWeight * (relative(pseudocosts_.inference_score(candidate.col), inference_) +
+                             relative(pseudocosts_.cutoff_score(candidate.col), cutoff_));
+  }
+
+ private:
+  static double relative(double value, double average) { return value > 0 ? value / (value + average) : 0; }
+
+  const Pseudocosts& pseudocosts_;
+  double gain_ = 0, inference_ = 0, cutoff_ = 0;
+};
+
 std::vector<Candidate> collect(const BranchContext& context) {
   const SearchState& state = context.state;
   std::vector<Candidate> result;
@@ -92,9 +138,11 @@ std::vector<Candidate> collect(const BranchContext& context) {
     candidate.value = context.relaxation.x[col];
     candidate.down_gain = state.pseudocosts.rate(col, false) * (candidate.value - std::floor(candidate.value));
     candidate.up_gain = state.pseudocosts.rate(col, true) * (std::ceil(candidate.value) - candidate.value);
-    candidate.score = Pseudocosts::score(candidate.down_gain, candidate.up_gain);
+    candidate.gain_score = Pseudocosts::score(candidate.down_gain, candidate.up_gain);
     result.push_back(candidate);
   }
+  const Scores scores(state, result);
+  for (Candidate& candidate : result) candidate.score = scores.total(candidate);
   std::stable_sort(result.begin(), result.end(),
                    [](const Candidate& a, const Candidate& b) { return a.score > b.score; });
   return result;
@@ -157,6 +205,7 @@ BranchOutcome branch(BranchContext& context, BranchDecision& decision) {
     return BranchOutcome::kBranched;
   }
   StrongBranching strong(context, try_limit(state));
+  const Scores scores(state, candidates);
   std::size_t best = 0;
   double best_score = -1;
   int tries = 0;
@@ -176,7 +225,8 @@ BranchOutcome branch(BranchContext& context, BranchDecision& decision) {
       if (up.valid) candidate.up_gain = up.gain;
       candidate.down_bound = down.bound;
       candidate.up_bound = up.bound;
-      candidate.score = Pseudocosts::score(candidate.down_gain, candidate.up_gain);
+      candidate.gain_score = Pseudocosts::score(candidate.down_gain, candidate.up_gain);
+      candidate.score = scores.total(candidate);
     }
     if (candidate.score > best_score) {
       best_score = candidate.score;

@@ -34,6 +34,7 @@ struct Cut {
   std::vector<double> value;
   double rhs = 0;
   CutType type = CutType::kUser;
+  double norm = 0;      // Euclidean, of the coefficients
   double efficacy = 0;  // violation divided by the norm, at the point it was separated from
   int age = 0;          // rounds in the LP without being tight
   bool pinned = false;  // a constraint of the model: never leaves the pool and the LP

@@ -26,6 +26,7 @@ void Domain::reload() {
   row_queue_.clear();
   row_head_ = 0;
   sos_queue_.clear();
+  literal_queue_.clear();
   row_queued_.assign(m, 0);
   sos_queued_.assign(model_->sos.size(), 0);
   changed_.clear();
@@ -37,9 +38,35 @@ void Domain::reload() {
     recompute_activity(row);
     reach_[row] = largest_reach(row);
   }
+  cost_cols_.clear();
   for (Index col = 0; col < model_->num_cols(); ++col) {
     if (lower_[col] > upper_[col]) infeasible_ = true;
+    if (model_->lp.cost[col] != 0) cost_cols_.push_back(col);
   }
+  recompute_objective();
+  objective_reach_ = 0;
+  for (const Index col : cost_cols_) {
+    objective_reach_ = std::max(objective_reach_, std::abs(model_->lp.cost[col]) * (upper_[col] - lower_[col]));
+  }
+  objective_queued_ = cutoff_ < kInf;
+}
+
+void Domain::set_cutoff(double limit) {
+  cutoff_ = limit;
+  objective_queued_ = limit < kInf;
+}
+
+void Domain::recompute_objective() {
+  objective_ = {};
+  for (const Index col : cost_cols_) {
+    const double c = model_->lp.cost[col];
+    const double bound = c > 0 ? lower_[col] : upper_[col];
+    if (std::isinf(bound))
+      ++objective_.min_inf;
+    else
+      objective_.min += c * bound;
+  }
+  work_.add(static_cast<std::int64_t>(cost_cols_.size()));
 }
 
 void Domain::queue_all() {
@@ -69,6 +96,8 @@ void Domain::clear_queues() {
   row_head_ = 0;
   for (const Index set : sos_queue_) sos_queued_[set] = 0;
   sos_queue_.clear();
+  literal_queue_.clear();
+  objective_queued_ = false;
 }
 
 void Domain::mark_changed(Index col) {
@@ -147,9 +176,20 @@ void Domain::update_activities(Index col, bool upper, double old_value, double n
       finite += a * new_value;
   }
   work_.add(cols.end(col) - cols.begin(col));
+  const double c = model_->lp.cost[col];
+  if (c == 0 || (c > 0) == upper) return;
+  if (old_inf)
+    --objective_.min_inf;
+  else
+    objective_.min -= c * old_value;
+  if (new_inf)
+    ++objective_.min_inf;
+  else
+    objective_.min += c * new_value;
 }
 
 void Domain::queue_col(Index col) {
+  objective_queued_ = objective_queued_ || (cutoff_ < kInf && model_->lp.cost[col] != 0);
   const SparseMatrix& cols = model_->lp.matrix;
   for (Offset k = cols.begin(col); k < cols.end(col); ++k) {
     const Index row = cols.index[k];
@@ -176,15 +216,18 @@ void Domain::change(Index col, bool upper, double value, Reason reason) {
   trail_.push_back({col, upper, reason, upper ? upper_[col] : lower_[col]});
   move_bound(col, upper, value);
   queue_col(col);
+  if (model_->learned.empty() || !fixed(col) || !model_->binary(col)) return;
+  const Literal lit = literal(col, value == 1);
+  if (!model_->learned.of(lit).empty()) literal_queue_.push_back(lit);
 }
 
 bool Domain::tighten_lower(Index col, double value, Reason reason) {
   if (infeasible_) return false;
-  if (model_->integer[col]) value = std::ceil(value - mip_tol::kIntegerRounding);
+  if (model_->integral(col)) value = std::ceil(value - mip_tol::kIntegerRounding);
   if (!(value > lower_[col])) return true;
   if (value > upper_[col]) {
     const double slack = mip_tol::kBoundCross * std::max(1.0, std::abs(value));
-    if (model_->integer[col] || value > upper_[col] + slack) return fail();
+    if (model_->integral(col) || value > upper_[col] + slack) return fail();
     value = upper_[col];
     if (!(value > lower_[col])) return true;
   }
@@ -194,11 +237,11 @@ bool Domain::tighten_lower(Index col, double value, Reason reason) {
 
 bool Domain::tighten_upper(Index col, double value, Reason reason) {
   if (infeasible_) return false;
-  if (model_->integer[col]) value = std::floor(value + mip_tol::kIntegerRounding);
+  if (model_->integral(col)) value = std::floor(value + mip_tol::kIntegerRounding);
   if (!(value < upper_[col])) return true;
   if (value < lower_[col]) {
     const double slack = mip_tol::kBoundCross * std::max(1.0, std::abs(value));
-    if (model_->integer[col] || value < lower_[col] - slack) return fail();
+    if (model_->integral(col) || value < lower_[col] - slack) return fail();
     value = lower_[col];
     if (!(value < upper_[col])) return true;
   }
@@ -228,6 +271,21 @@ void Domain::backtrack(int level) {
   level_start_.resize(static_cast<std::size_t>(level));
   infeasible_ = false;
   clear_queues();
+  objective_queued_ = cutoff_ < kInf;  // the cutoff may have come while deeper
+}
+
+std::vector<BoundChange> Domain::level_changes() const {
+  std::vector<BoundChange> result;
+  for (std::size_t k = level_start_.empty() ? 0 : level_start_.back(); k < trail_.size(); ++k) {
+    const Entry& entry = trail_[k];
+    result.push_back({entry.col, entry.upper, entry.upper ? upper_[entry.col] : lower_[entry.col]});
+  }
+  return result;
+}
+
+void Domain::row_changed(Index row) {
+  recompute_activity(row);
+  reach_[row] = largest_reach(row);
 }
 
 std::vector<BoundChange> Domain::relaxation_changes() const {
@@ -245,16 +303,27 @@ bool Domain::propagate() {
   if (infeasible_) return fail();
   const std::int64_t limit =
       work_.total() + kPropagationEffort * (model_->lp.matrix.num_nonzeros() + model_->num_rows() + 1000);
-  while (row_head_ < row_queue_.size() || !sos_queue_.empty()) {
+  while (row_head_ < row_queue_.size() || !sos_queue_.empty() || !literal_queue_.empty() || objective_queued_) {
     if (work_.total() > limit) {
       clear_queues();
       break;
+    }
+    if (!literal_queue_.empty()) {
+      const Literal lit = literal_queue_.back();
+      literal_queue_.pop_back();
+      if (!propagate_literal(lit)) return fail();
+      continue;
     }
     if (!sos_queue_.empty()) {
       const Index set = sos_queue_.back();
       sos_queue_.pop_back();
       sos_queued_[set] = 0;
       if (!propagate_sos(set)) return fail();
+      continue;
+    }
+    if (row_head_ == row_queue_.size()) {
+      objective_queued_ = false;
+      if (!propagate_objective()) return fail();
       continue;
     }
     const Index row = row_queue_[row_head_++];
@@ -294,6 +363,21 @@ bool Domain::propagate_row(Index row) {
   return true;
 }
 
+bool Domain::propagate_objective() {
+  if (cutoff_ == kInf || objective_.min_inf > 1) return true;
+  if (objective_.min_inf == 0 && objective_.min + objective_reach_ <= cutoff_) return true;
+  recompute_objective();
+  const Activity act = objective_;
+  const double slack = mip_tol::kObjectiveSlack * std::max(1.0, std::abs(cutoff_));
+  if (act.min_inf == 0 && act.min > cutoff_ + slack) return false;
+  for (const Index col : cost_cols_) {
+    if (fixed(col) || std::abs(model_->lp.cost[col]) < mip_tol::kTinyCoefficient) continue;
+    if (!propagate_entry(col, model_->lp.cost[col], -kInf, cutoff_ + slack, act)) return false;
+  }
+  work_.add(static_cast<std::int64_t>(cost_cols_.size()));
+  return true;
+}
+
 // `act` is the row's activity when the visit began: bounds derived from it are valid, if weaker, after later changes.
 bool Domain::propagate_entry(Index col, double coef, double row_lower, double row_upper, const Activity& act) {
   const double at_min = coef > 0 ? lower_[col] : upper_[col];
@@ -327,7 +411,7 @@ bool Domain::propagate_entry(Index col, double coef, double row_lower, double ro
 }
 
 bool Domain::derive_upper(Index col, double value) {
-  if (model_->integer[col]) return value >= upper_[col] || tighten_upper(col, value, Reason::kPropagation);
+  if (model_->integral(col)) return value >= upper_[col] || tighten_upper(col, value, Reason::kPropagation);
   if (std::abs(value) > mip_tol::kHugeBound) return true;
   value += mip_tol::kContinuousRelax * std::max(1.0, std::abs(value));
   const double range = upper_[col] - lower_[col];
@@ -342,7 +426,7 @@ bool Domain::derive_upper(Index col, double value) {
 }
 
 bool Domain::derive_lower(Index col, double value) {
-  if (model_->integer[col]) return value <= lower_[col] || tighten_lower(col, value, Reason::kPropagation);
+  if (model_->integral(col)) return value <= lower_[col] || tighten_lower(col, value, Reason::kPropagation);
   if (std::abs(value) > mip_tol::kHugeBound) return true;
   value -= mip_tol::kContinuousRelax * std::max(1.0, std::abs(value));
   const double range = upper_[col] - lower_[col];
@@ -354,6 +438,16 @@ bool Domain::derive_lower(Index col, double value) {
     return true;
   }
   return tighten_lower(col, value, Reason::kPropagation);
+}
+
+bool Domain::propagate_literal(Literal lit) {
+  for (const Index clique : model_->learned.of(lit)) {
+    for (const Literal other : model_->learned.members(clique)) {
+      if (other != lit && !fix(column_of(other), is_one(other) ? 0 : 1, Reason::kPropagation)) return false;
+    }
+    work_.add(static_cast<std::int64_t>(model_->learned.members(clique).size()));
+  }
+  return true;
 }
 
 // Members that must be nonzero leave only their neighbourhood free; the rest is fixed at zero.
@@ -378,6 +472,14 @@ bool Domain::propagate_sos(Index set_index) {
     if (!fix(set.member[p], 0, Reason::kPropagation)) return false;
   }
   return true;
+}
+
+void adopt_bounds(SearchModel& model, const Domain& domain) {
+  for (Index col = 0; col < model.num_cols(); ++col) {
+    if (!model.branchable[col] && !model.integral(col) && !domain.fixed(col)) continue;
+    model.lp.col_lower[col] = domain.lower(col);
+    model.lp.col_upper[col] = domain.upper(col);
+  }
 }
 
 }  // namespace zorvex

@@ -1,5 +1,5 @@
 // Bounds of the search at one node: a trail of changes for backtracking, activities of all rows kept up to date, and
-// propagation of linear rows, SOS sets and semi-continuous gaps.
+// propagation of linear rows, learned cliques, SOS sets and semi-continuous gaps.
 //   Invariant  between calls lower <= upper for every column unless infeasible(); bounds of integer columns are
 //              integral, and no bound lies strictly inside a column's gap.
 //   Cost       a bound change is O(column length); a row visit is O(row length), skipped in O(1) when the row's
@@ -54,6 +54,10 @@ class Domain {
     return tighten_lower(col, value, reason) && tighten_upper(col, value, reason);
   }
 
+  // Points whose cost exceeds `limit` (without the objective's constant) are of no interest: the objective is
+  // propagated as one more row. Stays in force through reload().
+  void set_cutoff(double limit);
+
   // Propagates all that is queued, to a fixed point or until the effort limit; false when infeasible.
   bool propagate();
   void queue_all();
@@ -62,8 +66,14 @@ class Domain {
   void push_level() { level_start_.push_back(trail_.size()); }
   [[nodiscard]] int level() const { return static_cast<int>(level_start_.size()); }
   void backtrack(int level);
+  [[nodiscard]] std::size_t num_changes() const { return trail_.size(); }
+  // All changes of the current level with the bounds they led to; a bound moved twice is listed twice.
+  [[nodiscard]] std::vector<BoundChange> level_changes() const;
   // Changes of the current level with reason kRelaxation.
   [[nodiscard]] std::vector<BoundChange> relaxation_changes() const;
+
+  // To be called, at level 0, after coefficients or sides of a row of the model were changed in place.
+  void row_changed(Index row);
 
   // Columns whose bounds moved since the last call, for whoever mirrors the domain.
   std::vector<Index> take_changed();
@@ -97,21 +107,30 @@ class Domain {
   void queue_col(Index col);
   bool fail();
   bool propagate_row(Index row);
+  bool propagate_objective();
+  void recompute_objective();
   [[nodiscard]] double largest_reach(Index row) const;
   [[nodiscard]] bool can_tighten(Index row) const;
   bool propagate_entry(Index col, double coef, double row_lower, double row_upper, const Activity& act);
   bool derive_upper(Index col, double value);
   bool derive_lower(Index col, double value);
   bool propagate_sos(Index set);
+  bool propagate_literal(Literal lit);
   void clear_queues();
 
   const SearchModel* model_;
   std::vector<double> lower_, upper_;
   std::vector<Activity> activity_;
+  std::vector<Index> cost_cols_;  // columns with a cost
+  Activity objective_;            // only its minimum is kept up to date
+  double cutoff_ = kInf;
+  double objective_reach_ = 0;  // as reach_
+  bool objective_queued_ = false;
   std::vector<double> reach_;  // per row: largest |a_j| (upper - lower) under the loosest bounds
   std::vector<Entry> trail_;
   std::vector<std::size_t> level_start_;
   std::vector<Index> row_queue_, sos_queue_;
+  std::vector<Literal> literal_queue_;  // true since the last propagation, where learned cliques hold them
   std::size_t row_head_ = 0;
   std::vector<char> row_queued_, sos_queued_;
   std::vector<Index> changed_;
@@ -119,5 +138,9 @@ class Domain {
   bool infeasible_ = false;
   WorkMeter work_;
 };
+
+// Writes the bounds of a domain into the model. Columns without integrality keep theirs unless they are
+// fixed: the rows imply their bounds, and tight implied bounds only add degeneracy.
+void adopt_bounds(SearchModel& model, const Domain& domain);
 
 }  // namespace zorvex

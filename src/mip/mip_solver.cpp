@@ -51,7 +51,7 @@ void prepare_search(Search& search) {
   SearchState& state = search.state;
   load_mip_start(state);
   report_types(state);
-  const Preparation preparation = prepare(state.model, state.stop);
+  const Preparation preparation = prepare(state.model, prepare_options(state.options), state.stop);
   search.infeasible = preparation.infeasible;
   search.prepared = true;
   state.log.fixed_variables(preparation.fixed, state.model.num_cols());
@@ -60,14 +60,12 @@ void prepare_search(Search& search) {
   }
   state.incumbents.configure(state.options.cutoff, state.model.granularity);
   state.domain.reload();
+  state.sync_cutoff();
   if (search.infeasible) return;
+  state.learn_from_probing();
   run_start_heuristics(state);
   state.root_log.open(state.start_time, state.time_offset);
-  SimplexOptions simplex = state.options.simplex;
-  simplex.root_log = true;
-  simplex.log_start_time = state.start_time - state.time_offset;
-  simplex.display_interval = state.options.display_interval;
-  state.lp = std::make_unique<LpRelaxation>(state.model, simplex, state.root_log);
+  state.make_lp();
 }
 
 MipOptions improvement_options(MipOptions options) {

@@ -23,6 +23,7 @@ inline constexpr double kMinTighteningAbs = 1e-3;  // and at least this much, sc
 inline constexpr double kContinuousRelax = 1e-7;   // derived continuous bounds are moved outward, relative
 inline constexpr double kHugeBound = 1e8;          // derived continuous bounds beyond this are not used
 inline constexpr double kTinyCoefficient = 1e-9;   // entries below this derive no bounds
+inline constexpr double kObjectiveSlack = 1e-9;    // cost beyond the cutoff, scaled by max(1, |cutoff|): of no interest
 
 // --- preparation ---
 inline constexpr double kCoefficientGain = 1e-3;  // tightening below this share of the coefficient is not worth it

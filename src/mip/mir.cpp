@@ -26,6 +26,9 @@ VariableBounds::VariableBounds(const SearchModel& model)
       if (model.lp.row_lower[row] > -kInf) take(model, row, pos, model.lp.row_lower[row], false);
     }
   }
+  for (const ImpliedBound& implied : model.implied_bounds) {
+    (implied.upper ? upper_ : lower_)[implied.col].push_back(implied.bound);
+  }
 }
 
 // a x + b y <= side (or >=): a bound of x if x is continuous and y integer.
@@ -33,7 +36,7 @@ void VariableBounds::take(const SearchModel& model, Index row, Index continuous_
   const Offset first = model.rows.begin(row);
   const Index x = model.rows.index[first + continuous_pos];
   const Index y = model.rows.index[first + 1 - continuous_pos];
-  if (model.integer[x] || !model.integer[y]) return;
+  if (model.integral(x) || !model.integral(y)) return;
   if (model.lp.col_lower[y] == model.lp.col_upper[y]) return;
   const double a = model.rows.value[first + continuous_pos];
   const double b = model.rows.value[first + 1 - continuous_pos];
@@ -74,7 +77,7 @@ bool AggregatedRow::integer_slack(Index row, double side) const {
   const std::span<const Index> cols = rows_.index(row);
   const std::span<const double> values = rows_.value(row);
   for (std::size_t k = 0; k < cols.size(); ++k) {
-    if (!model_.integer[cols[k]] || values[k] != std::round(values[k])) return false;
+    if (!model_.integral(cols[k]) || values[k] != std::round(values[k])) return false;
   }
   return true;
 }
@@ -189,7 +192,7 @@ bool MirCutter::substitute(const AggregatedRow& row, double sign) {
     if (coef == 0) continue;
     if (model_.lp.col_lower[col] == model_.lp.col_upper[col]) {
       rhs_ -= coef * model_.lp.col_lower[col];
-    } else if (model_.integer[col]) {
+    } else if (model_.integral(col)) {
       add_integer_coef(col, coef);
     } else {
       ok = ok && substitute_continuous(col, coef);

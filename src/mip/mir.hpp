@@ -9,15 +9,7 @@
 
 namespace zorvex {
 
-// x_j <= constant + slope * x_of (upper) or >= (lower), `of` integer. None when of < 0.
-struct VariableBound {
-  Index of = -1;
-  double constant = 0, slope = 0;
-
-  [[nodiscard]] double at(const std::vector<double>& x) const { return constant + slope * x[of]; }
-};
-
-// Bounds of continuous columns by integer ones, from the rows with two entries.
+// Bounds of continuous columns by integer ones, from the rows with two entries and those implied.
 class VariableBounds {
  public:
   explicit VariableBounds(const SearchModel& model);

@@ -5,6 +5,7 @@
 
 #include "mip/heuristic.hpp"
 #include "mip/mip_start.hpp"
+#include "mip/prepare.hpp"
 #include "mip/separator.hpp"
 #include "mip/side_rows.hpp"
 #include "mip/sub_search.hpp"
@@ -14,13 +15,18 @@ namespace zorvex {
 namespace {
 
 constexpr int kResolveRounds = 5;  // LP solves of a node because reduced costs moved bounds past its optimum
-constexpr int kStallRounds = 4;    // cut rounds without progress that end separation
-constexpr double kStallGain = 1.0 / (1 << 13);  // relative rise of the bound that counts as progress
-constexpr int kMaxCutAge = 2;                   // rounds a cut may stay in the LP without being tight
-constexpr double kUnboundedNodes = 1000;        // of the search for a feasible point when a relaxation is unbounded
-constexpr int kRootListenRounds = 80;           // times a listener may cut off the root's relaxation ...
-constexpr int kListenRounds = 20;               // ... or another node's
-constexpr int kMaxTightenings = 50;             // new starts of a node because strong branching tightened it
+constexpr int kStallRounds = 12;   // cut rounds without progress that end separation
+constexpr double kSeparationIterations = 10000;  // simplex iterations between cut rounds once they stall
+constexpr double kSeparationShare = 3;           // and so many times those of the root relaxation
+constexpr double kStallGain = 1.0 / (1 << 13);   // relative rise of the bound that counts as progress
+constexpr int kMaxCutAge = 2;                    // rounds a cut may stay in the LP without being tight
+constexpr double kUnboundedNodes = 1000;         // of the search for a feasible point when a relaxation is unbounded
+constexpr int kRootListenRounds = 80;            // times a listener may cut off the root's relaxation ...
+constexpr int kListenRounds = 20;                // ... or another node's
+constexpr int kMaxRestarts = 3;                  // of the root
+constexpr double kRestartShare = 0.2;            // of the integer columns fixed since the model was prepared
+constexpr double kCheapRoot = 1e6;   // iterations times rows of a root relaxation that may be solved again lightly
+constexpr int kMaxTightenings = 50;  // new starts of a node because strong branching tightened it
 
 int cut_rounds(const MipOptions& options) {
   if (options.cuts == 0) return 0;
@@ -30,8 +36,19 @@ int cut_rounds(const MipOptions& options) {
 
 }  // namespace
 
-// Moves the domain to the node along the longest common part of the paths.
 bool NodeSolver::enter(const Node& node) {
+  state_.sync_cutoff();
+  const bool feasible = move_to(node);
+  if (node.branch_col >= 0) {
+    const double moved = static_cast<double>(state_.domain.num_changes() - changes_before_);
+    if (feasible) state_.pseudocosts.update_inferences(node.branch_col, node.branch_up, moved);
+    if (!feasible) state_.pseudocosts.update_cutoffs(node.branch_col, node.branch_up, true);
+  }
+  return feasible;
+}
+
+// Moves the domain to the node along the longest common part of the paths.
+bool NodeSolver::move_to(const Node& node) {
   std::vector<std::shared_ptr<const PathStep>> path;
   for (std::shared_ptr<const PathStep> step = node.path; step; step = step->parent) path.push_back(step);
   std::reverse(path.begin(), path.end());
@@ -51,6 +68,7 @@ bool NodeSolver::enter(const Node& node) {
   for (std::size_t k = common; k < path.size(); ++k) {
     domain.push_level();
     active_path_.push_back(path[k]);
+    changes_before_ = domain.num_changes();
     for (const BoundChange& change : path[k]->changes) {
       if (!domain.apply(change, Reason::kBranch)) return false;
     }
@@ -164,7 +182,8 @@ bool NodeSolver::fix_by_reduced_cost() {
 
 bool NodeSolver::relaxation_in_domain() const {
   const double tolerance = state_.options.integrality_tol;
-  for (const Index col : state_.model.integer_cols) {
+  for (Index col = 0; col < state_.model.num_cols(); ++col) {
+    if (!state_.model.branchable[col]) continue;
     if (relaxation_.x[col] < state_.domain.lower(col) - tolerance) return false;
     if (relaxation_.x[col] > state_.domain.upper(col) + tolerance) return false;
   }
@@ -188,7 +207,13 @@ NodeResult NodeSolver::process(Node& node) {
   learnt_ = false;
   lp_moved_ = false;
   set_active_bound(node);
-  const Step step = enter(node) ? work_on(node, result) : Step::kInfeasible;
+  changes_before_ = 0;
+  const bool entered = enter(node);
+  const Step step = entered ? work_on(node, result) : Step::kInfeasible;
+  if (entered && node.branch_col >= 0 && step != Step::kStopped) {
+    state_.pseudocosts.update_cutoffs(node.branch_col, node.branch_up,
+                                      step == Step::kInfeasible || step == Step::kCutoff);
+  }
   result.root_status = lp_status_;
   switch (step) {
     case Step::kInfeasible:
@@ -243,6 +268,13 @@ NodeSolver::Step NodeSolver::work_on(Node& node, NodeResult& result) {
     }
     step = run_node_heuristics(node);
     if (step != Step::kGoOn) return step;
+    if (node.root() && restarts_ < kMaxRestarts) {
+      bool restarted = false;
+      step = restart(node, restarted);
+      if (step != Step::kGoOn) return step;
+      fresh = restarted;
+      if (restarted || !relaxation_in_domain()) continue;
+    }
     BranchContext context{state_, relaxation_, state_.options.integrality_tol};
     BranchOutcome outcome = BranchOutcome::kNone;
     restore_lp();
@@ -279,7 +311,9 @@ NodeSolver::Step NodeSolver::separate(Node& node) {
   state_.log.node(line, state_.progress());
   const int rounds = cut_rounds(state_.options);
   int stalled = 0;
+  const double budget = lp.total_iterations() + kSeparationIterations + kSeparationShare * state_.root_iterations;
   for (int round = 0; round < rounds && stalled < kStallRounds; ++round) {
+    if (stalled > 0 && lp.total_iterations() > budget) break;
     const std::vector<std::int64_t> ids = separate_round(state_, relaxation_);
     if (ids.empty()) break;
     const double before = relaxation_.objective;
@@ -292,7 +326,12 @@ NodeSolver::Step NodeSolver::separate(Node& node) {
     if (step != Step::kGoOn) return step;
     const double gain = relaxation_.objective - before;
     stalled = gain > kStallGain * std::max(1.0, std::abs(relaxation_.objective)) ? 0 : stalled + 1;
-    if (lp.remove_slack_cuts(state_.cuts, kMaxCutAge) > 0) save_basis();
+    if (lp.remove_slack_cuts(state_.cuts, kMaxCutAge) > 0) {
+      // The basis stays optimal; solving brings back the factors that the next round reads its tableau from.
+      save_basis();
+      step = relax(node);
+      if (step != Step::kGoOn) return step;
+    }
     describe(node, line);
     state_.log.node(line, state_.progress());
     if (line.fractional + line.violated_sets == 0 || state_.must_stop()) break;
@@ -367,6 +406,48 @@ NodeSolver::Step NodeSolver::run_node_heuristics(Node& node) {
   lp_moved_ = lp_moved_ || context.lp_used;
   if (state_.must_stop()) return Step::kStopped;
   return state_.incumbents.prunes(node.bound) ? Step::kCutoff : Step::kGoOn;
+}
+
+// Counts what a new start would find settled: fixed integer columns, and bounds of the few columns that carry the
+// objective.
+bool NodeSolver::worth_restarting() const {
+  const SearchModel& model = state_.model;
+  const Domain& domain = state_.domain;
+  double fixed = 0;
+  double open = 0;
+  bool objective_moved = false;
+  for (Index col = 0; col < model.num_cols(); ++col) {
+    const double lower = model.lp.col_lower[col];
+    const double upper = model.lp.col_upper[col];
+    if (!model.integral(col) || lower == upper) continue;
+    ++open;
+    fixed += domain.fixed(col);
+    const bool moved = domain.lower(col) > lower || domain.upper(col) < upper;
+    objective_moved = objective_moved || (moved && model.lp.cost[col] != 0 && !model.binary(col));
+  }
+  const bool cheap = state_.root_iterations * model.num_rows() <= kCheapRoot;
+  return fixed > kRestartShare * open || (objective_moved && cheap);
+}
+
+// Starts the root again from a model in which everything learnt so far is built in. Only before the first branching.
+NodeSolver::Step NodeSolver::restart(Node& node, bool& restarted) {
+  Domain& domain = state_.domain;
+  for (const BoundChange& change : state_.pending_global) domain.apply(change, Reason::kRelaxation);
+  state_.pending_global.clear();
+  if (!domain.propagate()) return Step::kCutoff;
+  // Rows that came up during the search live in the cut pool, which a restart empties.
+  if (state_.options.keep_all_solutions || !state_.side_cuts.empty() || !worth_restarting()) return Step::kGoOn;
+  adopt_bounds(state_.model, domain);
+  const Preparation preparation = prepare(state_.model, prepare_options(state_.options), state_.stop);
+  if (preparation.infeasible) return Step::kCutoff;
+  state_.cutoff_built_in = true;
+  state_.restart_root();
+  active_path_.clear();
+  lp_basis_.reset();
+  lp_moved_ = false;
+  ++restarts_;
+  restarted = true;
+  return relax(node);
 }
 
 // The relaxation is integral within the tolerance. Either that settles the node, or a decision to branch further is

@@ -29,6 +29,7 @@ class NodeSolver {
   enum class Step { kGoOn, kInfeasible, kCutoff, kStopped, kTrouble, kDone };
 
   bool enter(const Node& node);
+  bool move_to(const Node& node);
   Step relax(Node& node);
   Step solve_lp(Node& node);
   void after_root_lp(Node& node, SolveStatus status, double seconds);
@@ -48,6 +49,8 @@ class NodeSolver {
   void make_children(const Node& node, const BranchDecision& decision, NodeResult& result);
   std::unique_ptr<Node> make_child(const Node& node, const Branch& branch, bool up, Index col);
   Step run_node_heuristics(Node& node);
+  Step restart(Node& node, bool& restarted);
+  [[nodiscard]] bool worth_restarting() const;
   void describe(const Node& node, NodeLine& line) const;
   [[nodiscard]] double estimate_gain() const;
   void restore_lp();
@@ -59,6 +62,8 @@ class NodeSolver {
   std::vector<std::shared_ptr<const PathStep>> active_path_;  // one step per domain level
   std::shared_ptr<const PackedBasis> lp_basis_;               // basis the LP holds, when known
   SolveStatus lp_status_ = SolveStatus::kLoaded;
+  int restarts_ = 0;
+  std::size_t changes_before_ = 0;  // of the domain when the node's own branching was applied
 };
 
 }  // namespace zorvex

@@ -4,13 +4,18 @@
 #include <cmath>
 
 #include "mip/domain.hpp"
+#include "mip/grids.hpp"
 #include "mip/mip_tolerances.hpp"
+#include "mip/probing.hpp"
+#include "mip/row_cliques.hpp"
 
 namespace zorvex {
 
 namespace {
 
 constexpr int kRounds = 4;
+constexpr std::int64_t kProbingBase = 2000000;  // effort of a round of probing, and per nonzero of the model
+constexpr std::int64_t kProbingPerNonzero = 100;
 
 // Euclid on doubles that hold whole numbers; gcd(0, b) = b.
 double whole_gcd(double a, double b) {
@@ -129,7 +134,7 @@ bool RowTightener::round_row(Index row) {
       shift += model_.rows.value[k] * model_.lp.col_lower[col];
       continue;
     }
-    if (!model_.integer[col] || a != std::round(a) || a > mip_tol::kHugeBound) return true;
+    if (!model_.integral(col) || a != std::round(a) || a > mip_tol::kHugeBound) return true;
     gcd = whole_gcd(gcd, a);
   }
   if (gcd == 0) return true;
@@ -202,42 +207,60 @@ void RowTightener::tighten_coefficients(Index row, int side) {
   }
 }
 
-void adopt_domain(SearchModel& model, const Domain& domain) {
-  for (Index col = 0; col < model.num_cols(); ++col) {
-    if (!model.branchable[col] && !domain.fixed(col)) continue;
-    model.lp.col_lower[col] = domain.lower(col);
-    model.lp.col_upper[col] = domain.upper(col);
-  }
-}
-
 Index count_fixed(const SearchModel& model) {
   Index fixed = 0;
   for (Index col = 0; col < model.num_cols(); ++col) fixed += model.lp.col_lower[col] == model.lp.col_upper[col];
   return fixed;
 }
 
-}  // namespace
-
-Preparation prepare(SearchModel& model, const StopToken& stop) {
-  Preparation result;
-  const Index fixed_before = count_fixed(model);
+// False when infeasible.
+bool tighten_to_fixed_point(SearchModel& model, const StopToken& stop) {
   for (int round = 0; round < kRounds && !stop.stop_requested(); ++round) {
     Domain domain(model);
     domain.queue_all();
-    if (!domain.propagate()) {
-      result.infeasible = true;
-      return result;
-    }
-    adopt_domain(model, domain);
+    if (!domain.propagate()) return false;
+    adopt_bounds(model, domain);
     RowTightener tightener(model, domain, stop);
-    if (!tightener.run()) {
-      result.infeasible = true;
-      return result;
-    }
+    if (!tightener.run()) return false;
     if (!tightener.changed()) break;
   }
+  return true;
+}
+
+void rebuild_cliques(SearchModel& model) {
+  CliqueTable& table = model.cliques;
+  table.reset(model.num_cols());
+  add_row_cliques(model, table);
+  for (Index clique = 0; clique < model.learned.count(); ++clique) table.add(model.learned.members(clique));
+  table.index();
+  if (model.learned.empty()) model.learned.reset(model.num_cols());
+}
+
+}  // namespace
+
+PrepareOptions prepare_options(const MipOptions& options) {
+  PrepareOptions result;
+  result.keep_all_solutions = options.keep_all_solutions;
+  if (options.presolve == 0) result.probing_rounds = 0;
+  if (options.sub_mip) result.probing_rounds = std::min(result.probing_rounds, 1);
+  return result;
+}
+
+Preparation prepare(SearchModel& model, const PrepareOptions& options, const StopToken& stop) {
+  Preparation result;
+  const Index fixed_before = count_fixed(model);
+  result.infeasible = !tighten_to_fixed_point(model, stop);
+  for (int round = 0; round < options.probing_rounds && !result.infeasible && !stop.stop_requested(); ++round) {
+    rebuild_cliques(model);
+    const std::int64_t effort = kProbingBase + kProbingPerNonzero * model.lp.matrix.num_nonzeros();
+    const ProbingResult found = probe_binaries(model, effort, stop);
+    result.infeasible = found.infeasible || !tighten_to_fixed_point(model, stop);
+    if (found.fixed + found.tightened + found.strengthened == 0) break;
+  }
+  if (result.infeasible) return result;
+  rebuild_cliques(model);
+  find_grids(model, options.keep_all_solutions);
   count_locks(model);
-  model.granularity = objective_granularity(model);
   result.fixed = count_fixed(model) - fixed_before;
   return result;
 }

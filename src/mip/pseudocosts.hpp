@@ -1,5 +1,6 @@
-// Average objective gain per unit of change when a column was branched down or up.
-//   Units    objective per unit of the column.
+// What branching on a column down or up brought so far: objective gain per unit of change, bounds that propagation
+// moved (inferences), and how often the child was cut off.
+//   Units    objective per unit of the column; bound changes; shares of the tries.
 //   Source   T. Achterberg, T. Koch, A. Martin, "Branching rules revisited", Oper. Res. Letters 33 (2005) 42-54.
 #pragma once
 
@@ -13,7 +14,13 @@ namespace zorvex {
 
 class Pseudocosts {
  public:
-  explicit Pseudocosts(Index num_cols) : down_(static_cast<std::size_t>(num_cols)), up_(down_) {}
+  explicit Pseudocosts(Index num_cols)
+      : down_(static_cast<std::size_t>(num_cols)),
+        up_(down_),
+        inference_down_(down_),
+        inference_up_(down_),
+        cutoff_down_(down_),
+        cutoff_up_(down_) {}
 
   // The relaxation rose by `gain` when the column's value moved by `distance` > 0.
   void update(Index col, bool up, double gain, double distance) {
@@ -36,6 +43,21 @@ class Pseudocosts {
   [[nodiscard]] int count(Index col, bool up) const { return (up ? up_[col] : down_[col]).count; }
   [[nodiscard]] int reliability(Index col) const { return std::min(count(col, false), count(col, true)); }
 
+  void update_inferences(Index col, bool up, double bounds_moved) {
+    Record& record = (up ? inference_up_ : inference_down_)[col];
+    record.sum += bounds_moved;
+    ++record.count;
+  }
+  void update_cutoffs(Index col, bool up, bool cut_off) {
+    Record& record = (up ? cutoff_up_ : cutoff_down_)[col];
+    record.sum += cut_off;
+    ++record.count;
+  }
+  [[nodiscard]] double inference_score(Index col) const {
+    return (inference_down_[col].mean() + 1) * (inference_up_[col].mean() + 1);
+  }
+  [[nodiscard]] double cutoff_score(Index col) const { return cutoff_down_[col].mean() + cutoff_up_[col].mean(); }
+
   static double score(double down_gain, double up_gain) {
     return std::max(down_gain, mip_tol::kScoreEps) * std::max(up_gain, mip_tol::kScoreEps);
   }
@@ -44,8 +66,9 @@ class Pseudocosts {
   struct Record {
     double sum = 0;
     int count = 0;
+    [[nodiscard]] double mean() const { return count > 0 ? sum / count : 0; }
   };
-  std::vector<Record> down_, up_;
+  std::vector<Record> down_, up_, inference_down_, inference_up_, cutoff_down_, cutoff_up_;
   Record all_down_, all_up_;
 };
 

@@ -4,6 +4,7 @@
 #include <cmath>
 #include <numeric>
 
+#include "mip/grids.hpp"
 #include "mip/mip_tolerances.hpp"
 
 namespace zorvex {
@@ -85,40 +86,7 @@ void set_sos(const MipProblem& problem, SearchModel& model) {
   }
 }
 
-// Greatest common divisor of two positive reals that are multiples of something not much smaller; 0 if there is none.
-double real_gcd(double a, double b) {
-  const double floor_value = mip_tol::kGcdTolerance * std::max(a, b) * 10;
-  const double noise = mip_tol::kGcdTolerance * std::max(a, b);
-  while (b > noise) {
-    double rest = std::fmod(a, b);
-    if (b - rest <= noise) rest = 0;
-    a = b;
-    b = rest;
-  }
-  return a > floor_value ? a : 0;
-}
-
 }  // namespace
-
-double objective_granularity(const SearchModel& model) {
-  double gcd = 0;
-  double largest = 0;
-  for (Index col = 0; col < model.num_cols(); ++col) {
-    const double cost = std::abs(model.lp.cost[col]);
-    if (cost == 0 || model.lp.col_lower[col] == model.lp.col_upper[col]) continue;
-    if (!model.integer[col]) return 0;
-    largest = std::max(largest, cost);
-    gcd = gcd == 0 ? cost : real_gcd(std::max(gcd, cost), std::min(gcd, cost));
-    if (gcd == 0) return 0;
-  }
-  if (gcd == 0) return 0;
-  for (Index col = 0; col < model.num_cols(); ++col) {
-    if (model.lp.col_lower[col] == model.lp.col_upper[col]) continue;
-    const double ratio = std::abs(model.lp.cost[col]) / gcd;
-    if (std::abs(ratio - std::round(ratio)) > mip_tol::kGcdTolerance * std::max(1.0, ratio)) return 0;
-  }
-  return gcd;
-}
 
 void count_locks(SearchModel& model) {
   const auto n = static_cast<std::size_t>(model.num_cols());
@@ -134,7 +102,7 @@ void count_locks(SearchModel& model) {
   }
 }
 
-SearchModel make_search_model(const MipProblem& problem) {
+SearchModel make_search_model(const MipProblem& problem, bool keep_all_solutions) {
   SearchModel model;
   model.lp = problem.lp;
   model.priority = problem.priority;
@@ -146,7 +114,7 @@ SearchModel make_search_model(const MipProblem& problem) {
     for (const Index col : set.member) model.branchable[col] = 1;
   }
   model.rows = model.lp.matrix.transpose();
-  model.granularity = objective_granularity(model);
+  find_grids(model, keep_all_solutions);
   count_locks(model);
   return model;
 }

@@ -25,7 +25,7 @@ SearchState::SearchState(const MipProblem& mip_problem, const MipOptions& mip_op
       sink(log_sink),
       log(log_sink, mip_problem.sense, mip_options.sub_mip),
       root_log(log_sink, log),
-      model(make_search_model(mip_problem)),
+      model(make_search_model(mip_problem, mip_options.keep_all_solutions)),
       checker(mip_problem, mip_options.simplex, mip_options.integrality_tol),
       pseudocosts(mip_problem.lp.num_cols()),
       domain(model),
@@ -82,7 +82,38 @@ bool SearchState::submit_heuristic(const std::vector<double>& x, bool optimise_r
   return true;
 }
 
+void SearchState::sync_cutoff() {
+  const double cutoff = incumbents.pruning_cutoff();
+  domain.set_cutoff(cutoff >= mip_tol::kNone ? kInf : cutoff - model.lp.offset);
+}
+
+void SearchState::make_lp() {
+  SimplexOptions simplex = options.simplex;
+  simplex.root_log = true;
+  simplex.log_start_time = start_time - time_offset;
+  simplex.display_interval = options.display_interval;
+  lp = std::make_unique<LpRelaxation>(model, simplex, root_log);
+}
+
+void SearchState::learn_from_probing() {
+  for (std::size_t col = 0; col < model.probed_down.size(); ++col) {
+    if (model.probed_down[col] == 0 && model.probed_up[col] == 0) continue;
+    pseudocosts.update_inferences(static_cast<Index>(col), false, model.probed_down[col]);
+    pseudocosts.update_inferences(static_cast<Index>(col), true, model.probed_up[col]);
+  }
+}
+
+void SearchState::restart_root() {
+  sub_iterations += lp->total_iterations();
+  cuts = CutPool();
+  pending_global.clear();
+  domain.reload();
+  sync_cutoff();
+  make_lp();
+}
+
 void SearchState::on_improvement() {
+  sync_cutoff();
   nodes.prune(incumbents.pruning_cutoff());
   if (root_reduced_cost.empty()) return;
   const std::vector<BoundChange> found =

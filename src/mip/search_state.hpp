@@ -61,6 +61,13 @@ struct SearchState {
   Submission offer(std::vector<double> x);
   // The same as submit for heuristics: prints the solution line when it improved; returns whether it did.
   bool submit_heuristic(const std::vector<double>& x, bool optimise_rest);
+  // Tells the domain what the incumbents make of no interest.
+  void sync_cutoff();
+  // Drops cuts, LP and domain for a new start of the root from the present search model.
+  void restart_root();
+  // What probing saw stands for a first branching on each column.
+  void learn_from_probing();
+  void make_lp();
   // After an improvement: prunes open nodes and derives global bounds from the root's reduced costs.
   void on_improvement();
 
@@ -103,10 +110,11 @@ struct SearchState {
   double root_bound = -mip_tol::kNone;   // of the root while it is not finished; kNone afterwards
   double explored = 0;
   double root_iterations = -1;      // negative until the root relaxation was solved
-  double sub_iterations = 0;        // simplex iterations of finished sub-searches
+  double sub_iterations = 0;        // simplex iterations of finished sub-searches and dropped LPs
   double strong_iterations = 0;     // of strong branching
   double heuristic_iterations = 0;  // of heuristics on the node LP and of sub-searches
   bool improvement_focus = false;
+  bool cutoff_built_in = false;  // the search model leaves out points that are no better than the incumbent
   // kUnbounded once some node was shown unbounded, kInfOrUnbd when that could not be settled; kLoaded otherwise.
   SolveStatus unbounded = SolveStatus::kLoaded;
 

@@ -49,13 +49,22 @@ bool make_knapsack(const SeparationContext& context, Index row, double sign, std
   return items.size() >= 2 && items.size() <= kMaxItems && capacity > 0;
 }
 
-// Indices of a minimal cover, chosen by the share of its violation each item buys; empty if there is none.
-std::vector<std::size_t> minimal_cover(const std::vector<Item>& items, double capacity) {
-  std::vector<std::size_t> order(items.size());
-  for (std::size_t k = 0; k < order.size(); ++k) order[k] = k;
-  std::stable_sort(order.begin(), order.end(), [&](std::size_t a, std::size_t b) {
-    return (1 - items[a].value) / items[a].weight < (1 - items[b].value) / items[b].weight;
-  });
+// How the members of a cover are chosen. Items above the share of the capacity stay outside: they are lifted with
+// coefficients of two and more, which covers of the light items alone bring out.
+struct CoverRule {
+  bool by_weight;        // value missing to one per unit of weight, or the missing value alone
+  double largest_share;  // of the capacity
+};
+constexpr CoverRule kCoverRules[] = {{true, kInf}, {false, kInf}, {false, 0.75}, {false, 0.5}};
+
+// Indices of a minimal cover, those that cost the violation least first; empty if there is none.
+std::vector<std::size_t> minimal_cover(const std::vector<Item>& items, double capacity, const CoverRule& rule) {
+  std::vector<std::size_t> order;
+  for (std::size_t k = 0; k < items.size(); ++k) {
+    if (items[k].weight <= rule.largest_share * capacity) order.push_back(k);
+  }
+  const auto price = [&](std::size_t k) { return (1 - items[k].value) / (rule.by_weight ? items[k].weight : 1.0); };
+  std::stable_sort(order.begin(), order.end(), [&](std::size_t x, std::size_t y) { return price(x) < price(y); });
   const double excess = mip_tol::kRowFeasibility * std::max(1.0, capacity);
   std::vector<std::size_t> cover;
   double weight = 0;
@@ -118,10 +127,8 @@ std::vector<double> lift(const std::vector<Item>& items, const std::vector<std::
   return coef;
 }
 
-void try_row(SeparationContext& context, Index row, double sign, std::vector<Item>& items) {
-  double capacity = 0;
-  if (!make_knapsack(context, row, sign, items, capacity)) return;
-  const std::vector<std::size_t> cover = minimal_cover(items, capacity);
+void try_cover(SeparationContext& context, const std::vector<Item>& items, double capacity, const CoverRule& rule) {
+  const std::vector<std::size_t> cover = minimal_cover(items, capacity, rule);
   if (cover.size() < 2) return;
   const std::vector<double> coef = lift(items, cover, capacity);
   double left = 0;
@@ -138,6 +145,12 @@ void try_row(SeparationContext& context, Index row, double sign, std::vector<Ite
     if (items[k].complemented) cut.rhs -= coef[k];
   }
   context.found.push_back(std::move(cut));
+}
+
+void try_row(SeparationContext& context, Index row, double sign, std::vector<Item>& items) {
+  double capacity = 0;
+  if (!make_knapsack(context, row, sign, items, capacity)) return;
+  for (const CoverRule& rule : kCoverRules) try_cover(context, items, capacity, rule);
 }
 
 void separate(SeparationContext& context) {

@@ -23,7 +23,7 @@ std::vector<Source> fractional_rows(const SeparationContext& context) {
   std::vector<Source> result;
   const std::vector<Index>& head = context.state.lp->solver().basis_head();
   for (std::size_t p = 0; p < head.size(); ++p) {
-    if (head[p] >= context.state.model.num_cols() || !context.state.model.integer[head[p]]) continue;
+    if (head[p] >= context.state.model.num_cols() || !context.state.model.integral(head[p])) continue;
     const double value = context.relaxation.x[head[p]];
     const double fraction = std::abs(value - std::round(value));
     if (fraction >= kMinFraction) result.push_back({static_cast<Index>(p), fraction});

@@ -108,7 +108,7 @@ Index Aggregation::choose_column(bool variable) const {
   Index best = -1;
   double best_distance = mip_tol::kRowFeasibility;
   for (const Index col : row_.support()) {
-    if (model_.integer[col] || row_.coef(col) == 0) continue;
+    if (model_.integral(col) || row_.coef(col) == 0) continue;
     const double d = distance(col, variable);
     if (d <= best_distance) continue;
     if (choose_row(col) < 0) continue;

@@ -23,8 +23,9 @@ std::span<const Separator* const> separators() {
 namespace {
 
 constexpr std::size_t kBaseCutsPerRound = 50;
-constexpr double kMaxCutDensity = 0.2;  // of the columns, beyond kFreeEntries
-constexpr double kFreeEntries = 100;
+constexpr std::size_t kSelectionEffort = 50000000;  // entries compared
+constexpr double kMaxCutDensity = 0.2;              // of the columns, beyond kFreeEntries
+constexpr double kFreeEntries = 1000;
 
 double norm_of(const Cut& cut) {
   double sum = 0;
@@ -45,7 +46,7 @@ double cosine(const Cut& a, const Cut& b) {
     while (j < b.index.size() && b.index[j] < a.index[i]) ++j;
     if (j < b.index.size() && b.index[j] == a.index[i]) dot += a.value[i] * b.value[j];
   }
-  return dot / (norm_of(a) * norm_of(b));
+  return dot / (a.norm * b.norm);
 }
 
 // Replaces the term by its least value over the bounds; false when that is unbounded.
@@ -90,10 +91,11 @@ void sort_indices(Cut& cut) {
   cut = std::move(sorted);
 }
 
-// The incumbent satisfies every valid inequality: one it violates was made by rounding errors.
+// The incumbent satisfies every valid inequality: one it violates was made by rounding errors. Unless the model was
+// prepared with the cutoff built in, which leaves the incumbent out on purpose.
 bool cuts_off_incumbent(const SearchState& state, const Cut& cut) {
-  if (state.incumbents.empty()) return false;
-  const double slack = state.options.simplex.primal_feasibility_tol * std::max(1.0, norm_of(cut));
+  if (state.incumbents.empty() || state.cutoff_built_in) return false;
+  const double slack = state.options.simplex.primal_feasibility_tol * std::max(1.0, cut.norm);
   return left_side(cut, state.incumbents.best().x) > cut.rhs + slack;
 }
 
@@ -124,8 +126,38 @@ bool clean_cut(const SearchModel& model, Cut& cut) {
   if (static_cast<double>(cut.index.size()) > kFreeEntries + kMaxCutDensity * model.num_cols()) return false;
   cut.rhs += mip_tol::kCutRhsRelax * std::max(1.0, std::abs(cut.rhs));
   sort_indices(cut);
+  cut.norm = norm_of(cut);
   return true;
 }
+
+namespace {
+
+// A cut of full length counts half as much as a short one of the same efficacy: it slows every later pivot.
+double worth(const SearchModel& model, const Cut& cut) {
+  return cut.efficacy / (1 + static_cast<double>(cut.index.size()) / model.num_cols());
+}
+
+// The worthiest cuts of which no two are nearly parallel, put into the pool.
+std::vector<std::int64_t> select(SearchState& state, std::vector<Cut> candidates) {
+  std::stable_sort(candidates.begin(), candidates.end(),
+                   [&](const Cut& a, const Cut& b) { return worth(state.model, a) > worth(state.model, b); });
+  const std::size_t limit = kBaseCutsPerRound + static_cast<std::size_t>(state.model.num_rows()) / 4;
+  std::vector<std::int64_t> chosen;
+  std::size_t work = 0;
+  for (Cut& cut : candidates) {
+    if (chosen.size() >= limit || work > kSelectionEffort) break;
+    work += chosen.size() * cut.index.size();
+    const bool parallel = std::any_of(chosen.begin(), chosen.end(), [&](std::int64_t id) {
+      return cosine(state.cuts.cut(id), cut) > mip_tol::kCutParallel;
+    });
+    if (parallel) continue;
+    const std::int64_t id = state.cuts.add(std::move(cut));
+    if (id >= 0) chosen.push_back(id);
+  }
+  return chosen;
+}
+
+}  // namespace
 
 std::vector<std::int64_t> separate_round(SearchState& state, const NodeRelaxation& relaxation) {
   SeparationContext context{state, relaxation, LpRows(state.model, state.cuts, state.lp->cut_ids()), {}};
@@ -136,23 +168,10 @@ std::vector<std::int64_t> separate_round(SearchState& state, const NodeRelaxatio
   std::vector<Cut> candidates;
   for (Cut& cut : context.found) {
     if (!clean_cut(state.model, cut) || cuts_off_incumbent(state, cut)) continue;
-    cut.efficacy = (left_side(cut, relaxation.x) - cut.rhs) / norm_of(cut);
+    cut.efficacy = (left_side(cut, relaxation.x) - cut.rhs) / cut.norm;
     if (cut.efficacy >= mip_tol::kCutViolation) candidates.push_back(std::move(cut));
   }
-  std::stable_sort(candidates.begin(), candidates.end(),
-                   [](const Cut& a, const Cut& b) { return a.efficacy > b.efficacy; });
-  const std::size_t limit = kBaseCutsPerRound + static_cast<std::size_t>(state.model.num_rows()) / 4;
-  std::vector<std::int64_t> chosen;
-  for (Cut& cut : candidates) {
-    if (chosen.size() >= limit) break;
-    const bool parallel = std::any_of(chosen.begin(), chosen.end(), [&](std::int64_t id) {
-      return cosine(state.cuts.cut(id), cut) > mip_tol::kCutParallel;
-    });
-    if (parallel) continue;
-    const std::int64_t id = state.cuts.add(std::move(cut));
-    if (id >= 0) chosen.push_back(id);
-  }
-  return chosen;
+  return select(state, std::move(candidates));
 }
 
 }  // namespace zorvex

@@ -10,34 +10,8 @@
 namespace zorvex {
 namespace {
 
+using testing::dense_problem;
 using testing::RandomMipShape;
-
-// Rows given densely; all columns integer in [0, upper] unless changed by the test.
-MipProblem dense_problem(const std::vector<std::vector<double>>& rows, std::vector<double> lower,
-                         std::vector<double> upper, double col_upper) {
-  MipProblem problem;
-  SparseMatrix by_row;
-  const auto n = static_cast<Index>(rows[0].size());
-  by_row.num_rows = n;
-  for (const std::vector<double>& row : rows) {
-    std::vector<Index> index;
-    std::vector<double> value;
-    for (Index col = 0; col < n; ++col) {
-      if (row[col] == 0) continue;
-      index.push_back(col);
-      value.push_back(row[col]);
-    }
-    by_row.append_col(index.data(), value.data(), static_cast<Index>(index.size()));
-  }
-  problem.lp.matrix = by_row.transpose();
-  problem.lp.row_lower = std::move(lower);
-  problem.lp.row_upper = std::move(upper);
-  problem.lp.cost.assign(static_cast<std::size_t>(n), 1);
-  problem.lp.col_lower.assign(static_cast<std::size_t>(n), 0);
-  problem.lp.col_upper.assign(static_cast<std::size_t>(n), col_upper);
-  problem.type.assign(static_cast<std::size_t>(n), VarType::kInteger);
-  return problem;
-}
 
 TEST(Domain, RowsTightenAndBacktrackRestores) {
   const SearchModel model = make_search_model(dense_problem({{2, 3, 0}, {0, 1, -1}}, {-kInf, 0}, {7.5, 0}, 10));
@@ -113,7 +87,7 @@ TEST(Domain, RandomPropagationAndPreparationKeepTheAnswer) {
     const MipProblem problem = testing::random_mip(random, shape);
     const testing::EnumeratedMip before = testing::enumerate_mip(problem);
     SearchModel model = make_search_model(problem);
-    const Preparation preparation = prepare(model, StopToken());
+    const Preparation preparation = prepare(model, PrepareOptions{}, StopToken());
     if (before.status == SolveStatus::kInfeasible && preparation.infeasible) continue;
     ASSERT_FALSE(preparation.infeasible) << k;
     MipProblem prepared = problem;
@@ -181,28 +155,13 @@ TEST(Preparation, Tables) {
         Row{"divisor", {2, 2, 2}, -kInf, 5, 1, false, {2, 2, 2}, 4}, Row{"parity", {2, 4, 6}, 5, 5, 3, true, {}, 0},
         Row{"too large", {1, 1, 1}, 4, kInf, 1, true, {}, 0}}) {
     SearchModel model = make_search_model(dense_problem({row.coefficients}, {row.lower}, {row.upper}, row.col_upper));
-    const Preparation preparation = prepare(model, StopToken());
+    const Preparation preparation = prepare(model, PrepareOptions{}, StopToken());
     EXPECT_EQ(preparation.infeasible, row.infeasible) << row.name;
     if (row.infeasible) continue;
     EXPECT_EQ(model.rows.value, row.tightened) << row.name;
     if (!row.tightened.empty()) {
       EXPECT_EQ(model.lp.row_upper[0], row.new_upper) << row.name;
     }
-  }
-}
-
-TEST(Granularity, Table) {
-  struct Row {
-    std::vector<double> cost;
-    double expected;
-  };
-  for (const Row& row : {Row{{4, 6, 10}, 2}, Row{{0.25, 1, 3}, 0.25}, Row{{0, 0, 7}, 7},
-                         Row{{1, 3.14159265358979, 0}, 0}, Row{{0.1, 0.3, 0}, 0.1}}) {
-    MipProblem problem = dense_problem({{1, 1, 1}}, {1}, {2}, 5);
-    problem.lp.cost = row.cost;
-    EXPECT_NEAR(objective_granularity(make_search_model(problem)), row.expected, 1e-9);
-    problem.type[2] = VarType::kContinuous;
-    EXPECT_EQ(objective_granularity(make_search_model(problem)) == 0, row.cost[2] != 0 || row.expected == 0);
   }
 }
 

@@ -182,4 +182,30 @@ MipProblem random_mip(RandomStream& random, const RandomMipShape& shape) {
 
 EnumeratedMip enumerate_mip(const MipProblem& problem) { return Enumerator(problem).run(); }
 
+MipProblem dense_problem(const std::vector<std::vector<double>>& rows, std::vector<double> lower,
+                         std::vector<double> upper, double col_upper) {
+  MipProblem problem;
+  SparseMatrix by_row;
+  const auto n = static_cast<Index>(rows[0].size());
+  by_row.num_rows = n;
+  for (const std::vector<double>& row : rows) {
+    std::vector<Index> index;
+    std::vector<double> value;
+    for (Index col = 0; col < n; ++col) {
+      if (row[col] == 0) continue;
+      index.push_back(col);
+      value.push_back(row[col]);
+    }
+    by_row.append_col(index.data(), value.data(), static_cast<Index>(index.size()));
+  }
+  problem.lp.matrix = by_row.transpose();
+  problem.lp.row_lower = std::move(lower);
+  problem.lp.row_upper = std::move(upper);
+  problem.lp.cost.assign(static_cast<std::size_t>(n), 1);
+  problem.lp.col_lower.assign(static_cast<std::size_t>(n), 0);
+  problem.lp.col_upper.assign(static_cast<std::size_t>(n), col_upper);
+  problem.type.assign(static_cast<std::size_t>(n), VarType::kInteger);
+  return problem;
+}
+
 }  // namespace zorvex::testing

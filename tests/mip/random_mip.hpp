@@ -17,6 +17,10 @@ struct RandomMipShape {
 
 MipProblem random_mip(RandomStream& random, const RandomMipShape& shape);
 
+// Rows given densely; all columns integer in [0, col_upper], cost 1.
+MipProblem dense_problem(const std::vector<std::vector<double>>& rows, std::vector<double> lower,
+                         std::vector<double> upper, double col_upper);
+
 struct EnumeratedMip {
   SolveStatus status = SolveStatus::kInfeasible;  // kOptimal, kInfeasible or kUnbounded
   double objective = 1e100;
