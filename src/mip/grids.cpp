@@ -59,8 +59,10 @@ class GridFinder {
   [[nodiscard]] double step_by_row(Index col) const;
   [[nodiscard]] double step_by_choice(Index col) const;
   [[nodiscard]] double objective_step() const;
+  void set_grid(Index col, double step);
 
   SearchModel& model_;
+  std::vector<Index> open_;  // per row: columns without a step that are not constant
 };
 
 bool GridFinder::collect(Index row, Index col, double coef, double side, CommonStep& step) const {
@@ -81,7 +83,7 @@ double GridFinder::step_by_row(Index col) const {
   const SparseMatrix& cols = model_.lp.matrix;
   for (Offset k = cols.begin(col); k < cols.end(col); ++k) {
     const Index row = cols.index[k];
-    if (model_.lp.row_lower[row] != model_.lp.row_upper[row]) continue;
+    if (open_[row] > 1 || model_.lp.row_lower[row] != model_.lp.row_upper[row]) continue;
     CommonStep step;
     if (collect(row, col, cols.value[k], model_.lp.row_lower[row], step)) return step.step();
   }
@@ -96,6 +98,7 @@ double GridFinder::step_by_choice(Index col) const {
   }
   for (Offset k = cols.begin(col); k < cols.end(col); ++k) {
     const Index row = cols.index[k];
+    if (open_[row] > 1) return 0;
     for (const double side : {model_.lp.row_lower[row], model_.lp.row_upper[row]}) {
       if (std::isfinite(side) && !collect(row, col, cols.value[k], side, step)) return 0;
     }
@@ -117,9 +120,22 @@ double GridFinder::objective_step() const {
   return step.step();
 }
 
+void GridFinder::set_grid(Index col, double step) {
+  model_.grid[col] = step;
+  const SparseMatrix& cols = model_.lp.matrix;
+  for (Offset k = cols.begin(col); k < cols.end(col); ++k) --open_[cols.index[k]];
+}
+
 void GridFinder::run(bool only_demanded) {
   model_.grid.assign(static_cast<std::size_t>(model_.num_cols()), 0);
   for (const Index col : model_.integer_cols) model_.grid[col] = 1;
+  open_.assign(static_cast<std::size_t>(model_.num_rows()), 0);
+  for (Index row = 0; row < model_.num_rows(); ++row) {
+    for (Offset k = model_.rows.begin(row); k < model_.rows.end(row); ++k) {
+      const Index col = model_.rows.index[k];
+      open_[row] += model_.grid[col] == 0 && !constant(col);
+    }
+  }
   for (bool again = true; again;) {
     again = false;
     for (Index col = 0; col < model_.num_cols(); ++col) {
@@ -127,8 +143,9 @@ void GridFinder::run(bool only_demanded) {
       if (model_.grid[col] > 0 || constant(col)) continue;
       double step = step_by_row(col);
       if (step == 0 && !only_demanded && !model_.branchable[col]) step = step_by_choice(col);
-      model_.grid[col] = step;
-      again = again || step > 0;
+      if (step == 0) continue;
+      set_grid(col, step);
+      again = true;
     }
   }
   model_.granularity = objective_step();

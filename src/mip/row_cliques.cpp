@@ -9,7 +9,8 @@ namespace zorvex {
 
 namespace {
 
-constexpr std::size_t kMaxExtra = 100;  // cliques of one row beyond the largest
+constexpr std::size_t kMaxExtra = 100;        // cliques of one row beyond the largest
+constexpr std::size_t kMaxExtraMembers = 10;  // of those together, in multiples of the row's length
 
 struct Weighted {
   Literal lit;
@@ -45,9 +46,11 @@ void add_knapsack_cliques(std::vector<Weighted>& items, double room, CliqueTable
   for (std::size_t k = 0; k < size; ++k) members.push_back(items[k].lit);
   table.add(members);
   // Each lighter item conflicts with a shorter head of the list.
+  std::size_t budget = kMaxExtraMembers * items.size();
   for (std::size_t k = size; k < std::min(items.size(), size + kMaxExtra); ++k) {
     while (!members.empty() && items[members.size() - 1].weight + items[k].weight <= limit) members.pop_back();
-    if (members.empty()) break;
+    if (members.empty() || members.size() > budget) break;
+    budget -= members.size();
     members.push_back(items[k].lit);
     table.add(members);
     members.pop_back();

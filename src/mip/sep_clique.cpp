@@ -43,7 +43,7 @@ class CliqueSearch {
   std::vector<Index> seen_;       // per literal: stamp of the last take()
   Index stamp_ = 0;
   std::vector<Literal> clique_;
-  std::int64_t work_ = 0;
+  std::int64_t work_ = 0, limit_ = 0;
 };
 
 // Adds the literal and counts it for everything it conflicts with.
@@ -70,6 +70,7 @@ void CliqueSearch::grow(Literal seed, const std::vector<Literal>& order) {
   take(seed);
   double sum = value(seed);
   for (const Literal lit : order) {
+    if (work_ > limit_) return;
     if (lit == seed || !fits(lit)) continue;
     sum += value(lit);
     take(lit);
@@ -83,7 +84,7 @@ void CliqueSearch::extend() {
   std::size_t added = 0;
   const std::vector<Literal> candidates = touched_;
   for (const Literal lit : candidates) {
-    if (added >= kMaxExtension) break;
+    if (added >= kMaxExtension || work_ > limit_) break;
     if (!fits(lit)) continue;
     take(lit);
     ++added;
@@ -111,9 +112,9 @@ void CliqueSearch::run() {
     }
   }
   std::stable_sort(order.begin(), order.end(), [&](Literal a, Literal b) { return value(a) > value(b); });
-  const std::int64_t limit = kEffortBase + kEffortPerMember * static_cast<std::int64_t>(table_.num_members());
+  limit_ = kEffortBase + kEffortPerMember * static_cast<std::int64_t>(table_.num_members());
   const std::size_t seeds = std::min(order.size(), kMaxSeeds);
-  for (std::size_t k = 0; k < seeds && work_ < limit; ++k) {
+  for (std::size_t k = 0; k < seeds && work_ < limit_; ++k) {
     if (context_.state.stop.stop_requested()) return;
     grow(order[k], order);
   }
