@@ -58,7 +58,7 @@ class GridFinder {
   bool collect(Index row, Index col, double coef, double side, CommonStep& step) const;
   [[nodiscard]] double step_by_row(Index col) const;
   [[nodiscard]] double step_by_choice(Index col) const;
-  [[nodiscard]] double objective_step() const;
+  [[nodiscard]] ObjectiveGrid objective_grid() const;
   void set_grid(Index col, double step);
 
   SearchModel& model_;
@@ -106,18 +106,23 @@ double GridFinder::step_by_choice(Index col) const {
   return step.step();
 }
 
-double GridFinder::objective_step() const {
+ObjectiveGrid GridFinder::objective_grid() const {
   CommonStep step;
+  double base = model_.lp.offset;
   for (Index col = 0; col < model_.num_cols(); ++col) {
     const double cost = model_.lp.cost[col];
-    if (cost == 0 || constant(col)) continue;
-    if (model_.grid[col] == 0 || !step.add(cost * model_.grid[col])) return 0;
+    if (cost == 0) continue;
+    if (constant(col)) {
+      base += cost * model_.lp.col_lower[col];
+    } else if (model_.grid[col] == 0 || !step.add(cost * model_.grid[col])) {
+      return {};
+    }
   }
-  if (step.step() == 0) return 0;
+  if (step.step() == 0) return {};
   for (Index col = 0; col < model_.num_cols(); ++col) {
-    if (!constant(col) && !step.divides(model_.lp.cost[col] * model_.grid[col])) return 0;
+    if (!constant(col) && !step.divides(model_.lp.cost[col] * model_.grid[col])) return {};
   }
-  return step.step();
+  return {step.step(), base};
 }
 
 void GridFinder::set_grid(Index col, double step) {
@@ -148,7 +153,7 @@ void GridFinder::run(bool only_demanded) {
       again = true;
     }
   }
-  model_.granularity = objective_step();
+  model_.objective_grid = objective_grid();
 }
 
 }  // namespace

@@ -9,7 +9,7 @@
 
 namespace zorvex {
 
-// Sets model.grid and model.granularity from the rows and bounds of the model. Columns with equal bounds count as
+// Sets model.grid and model.objective_grid from the rows and bounds of the model. Columns with equal bounds count as
 // constants. `only_demanded` leaves out what follows by choice, for searches that need every feasible point.
 void find_grids(SearchModel& model, bool only_demanded = false);
 

@@ -5,9 +5,9 @@
 
 namespace zorvex {
 
-void Incumbents::configure(double cutoff, double granularity, std::size_t capacity) {
+void Incumbents::configure(double cutoff, const ObjectiveGrid& grid, std::size_t capacity) {
   user_cutoff_ = cutoff;
-  granularity_ = granularity;
+  grid_ = grid;
   capacity_ = capacity;
   update_cutoff();
 }
@@ -26,12 +26,13 @@ void Incumbents::update_cutoff() {
   if (empty()) return;
   const double z = best_objective();
   const double noise = mip_tol::kCutoffDelta * std::max(1.0, std::abs(z));
-  double step = noise;
-  if (granularity_ > 0) {
-    const double slack = std::max(noise, mip_tol::kGranularitySlack * granularity_);
-    step = std::max(step, granularity_ - slack);
+  double limit = z - noise;
+  if (grid_.step > 2 * noise) {
+    const double slack = std::max(noise, mip_tol::kGranularitySlack * grid_.step);
+    const double below = std::ceil((z - grid_.base - slack) / grid_.step) - 1;
+    limit = std::min(limit, grid_.base + below * grid_.step + slack);
   }
-  pruning_cutoff_ = std::min(pruning_cutoff_, z - step);
+  pruning_cutoff_ = std::min(pruning_cutoff_, limit);
 }
 
 }  // namespace zorvex

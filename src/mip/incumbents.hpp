@@ -8,6 +8,12 @@
 
 namespace zorvex {
 
+// Objective values base + k * step; step 0: any value.
+struct ObjectiveGrid {
+  double step = 0;
+  double base = 0;
+};
+
 class Incumbents {
  public:
   struct Solution {
@@ -15,9 +21,9 @@ class Incumbents {
     double objective = mip_tol::kNone;
   };
 
-  // `cutoff` is the user's (kNone: none). Solutions above it are not taken. With a granularity g > 0 any better
-  // solution is better by at least g.
-  void configure(double cutoff, double granularity, std::size_t capacity = 10);
+  // `cutoff` is the user's (kNone: none). Solutions above it are not taken. With a step some optimum lies on the grid,
+  // so that only grid values below an incumbent, which need not be on it, matter.
+  void configure(double cutoff, const ObjectiveGrid& grid, std::size_t capacity = 10);
 
   // Whether a solution of this value would be taken.
   [[nodiscard]] bool improves(double objective) const {
@@ -43,7 +49,7 @@ class Incumbents {
   std::vector<Solution> solutions_;
   int found_ = 0;
   double user_cutoff_ = mip_tol::kNone;
-  double granularity_ = 0;
+  ObjectiveGrid grid_;
   double pruning_cutoff_ = mip_tol::kNone;
   std::size_t capacity_ = 10;
 };

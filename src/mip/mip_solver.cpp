@@ -58,7 +58,7 @@ void prepare_search(Search& search) {
   if (state.options.hooks != nullptr) {
     state.options.hooks->presolve({state.problem.lp.num_rows() - state.model.num_rows(), preparation.fixed});
   }
-  state.incumbents.configure(state.options.cutoff, state.model.granularity);
+  state.incumbents.configure(state.options.cutoff, state.model.objective_grid);
   state.domain.reload();
   state.sync_cutoff();
   if (search.infeasible) return;
@@ -122,7 +122,7 @@ void MipSolver::State::open(const MipOptions& options, const std::atomic<int>* t
   state.start_time = start_time;
   const double deadline = options.time_limit >= mip_tol::kNone ? kInf : start_time + options.time_limit;
   state.stop = StopToken(terminate, deadline, options.hooks);
-  state.incumbents.configure(options.cutoff, state.model.granularity);
+  state.incumbents.configure(options.cutoff, state.model.objective_grid);
   state.log.begin_call(state.explored, options.display_interval);
   if (resume) {
     state.log.continuing();

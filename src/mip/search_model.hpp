@@ -11,6 +11,7 @@
 #include "base/stop_token.hpp"
 #include "linalg/lp_data.hpp"
 #include "mip/clique_table.hpp"
+#include "mip/incumbents.hpp"
 #include "mip/mip_problem.hpp"
 
 namespace zorvex {
@@ -46,7 +47,7 @@ struct SearchModel {
   CliqueTable learned;                        // those that no row implies: propagation has to know them
   std::vector<ImpliedBound> implied_bounds;   // of continuous columns by binary ones, beyond the rows of two entries
   std::vector<float> probed_down, probed_up;  // bounds moved when probing set the column to zero, to one; may be empty
-  double granularity = 0;  // the objective of feasible points is offset + a multiple of this; 0 unknown
+  ObjectiveGrid objective_grid;               // on which some optimum lies
 
   [[nodiscard]] Index num_cols() const { return lp.num_cols(); }
   [[nodiscard]] Index num_rows() const { return lp.num_rows(); }

@@ -30,7 +30,7 @@ SearchState::SearchState(const MipProblem& mip_problem, const MipOptions& mip_op
       pseudocosts(mip_problem.lp.num_cols()),
       domain(model),
       random(0, "mip") {
-  incumbents.configure(options.cutoff, model.granularity);
+  incumbents.configure(options.cutoff, model.objective_grid);
 }
 
 Submission SearchState::submit(std::vector<double> x, bool optimise_rest) {

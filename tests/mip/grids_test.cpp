@@ -66,7 +66,7 @@ TEST(Grids, StepsOfColumnsAndObjective) {
     const SearchModel model = make_search_model(problem);
     EXPECT_NEAR(model.grid[2], row.grid2, 1e-9) << row.name;
     EXPECT_NEAR(model.grid[3], row.grid3, 1e-9) << row.name;
-    EXPECT_NEAR(model.granularity, row.granularity, 1e-9) << row.name;
+    EXPECT_NEAR(model.objective_grid.step, row.granularity, 1e-9) << row.name;
   }
 }
 

@@ -81,16 +81,20 @@ TEST(PackedBasis, NormsOnlyForTheSameRows) {
 TEST(Incumbents, CutoffTable) {
   struct Row {
     const char* name;
-    double user_cutoff, granularity, objective;
+    double user_cutoff;
+    ObjectiveGrid grid;
+    double objective;
     bool taken;
     double cutoff;
   };
   for (const Row& row :
-       {Row{"plain", 1e100, 0, 100, true, 100 - 1e-5}, Row{"small objective", 1e100, 0, 0.5, true, 0.5 - 1e-7},
-        Row{"integral objective", 1e100, 1, 100, true, 99 + 1e-5}, Row{"user cutoff holds", 50, 0, 40, true, 40 - 4e-6},
-        Row{"beyond the user cutoff", 50, 0, 60, false, 50}}) {
+       {Row{"plain", 1e100, {}, 100, true, 100 - 1e-5}, Row{"small objective", 1e100, {}, 0.5, true, 0.5 - 1e-7},
+        Row{"integral objective", 1e100, {1, 0}, 100, true, 99 + 1e-5},
+        Row{"incumbent off the grid", 1e100, {1, 0}, 100.7, true, 100 + 1.007e-5},
+        Row{"grid with a base", 1e100, {2, 0.5}, 100.5, true, 98.5 + 1.005e-5},
+        Row{"user cutoff holds", 50, {}, 40, true, 40 - 4e-6}, Row{"beyond the user cutoff", 50, {}, 60, false, 50}}) {
     Incumbents incumbents;
-    incumbents.configure(row.user_cutoff, row.granularity);
+    incumbents.configure(row.user_cutoff, row.grid);
     EXPECT_EQ(incumbents.add({1}, row.objective), row.taken) << row.name;
     EXPECT_NEAR(incumbents.pruning_cutoff(), row.cutoff, 1e-10) << row.name;
     if (row.taken) {
@@ -102,7 +106,7 @@ TEST(Incumbents, CutoffTable) {
 
 TEST(Incumbents, PoolKeepsTheBestFirst) {
   Incumbents incumbents;
-  incumbents.configure(1e100, 0, 3);
+  incumbents.configure(1e100, {}, 3);
   for (const double objective : {9.0, 7.0, 8.0, 5.0, 4.0}) incumbents.add({objective}, objective);
   EXPECT_EQ(incumbents.found(), 4);
   ASSERT_EQ(incumbents.solutions().size(), 3u);
