@@ -4,8 +4,8 @@
 
 namespace zorvex {
 
-Index LpColumns::column(std::string_view name) {
-  const Index col = data_->cols.insert(name);
+Index LpColumns::column(std::string_view name, const NameTable::Key& key) {
+  const Index col = data_->cols.insert(name, key);
   if (static_cast<std::size_t>(col) < given_.size()) return col;
   given_.push_back(0);
   data_->obj.push_back(0);

@@ -14,7 +14,8 @@ class LpColumns {
   explicit LpColumns(ParsedModel* data) : data_(data) {}
 
   // The variable of that name, made if there is none.
-  Index column(std::string_view name);
+  Index column(std::string_view name) { return column(name, data_->cols.prepare(name)); }
+  Index column(std::string_view name, const NameTable::Key& key);
   [[nodiscard]] Index size() const { return data_->cols.size(); }
 
   // Bounds and kinds as the sections give them. Bits of `given`: kLowerGiven, kUpperGiven.

@@ -23,9 +23,13 @@ class LpExpression {
     has_constant_ = false;
   }
 
-  // False when the variable had a term before.
-  bool add(Index col, double value) {
+  // Makes ready for add() of that variable.
+  void prepare(Index col) {
     if (static_cast<std::size_t>(col) >= place_.size()) place_.resize(static_cast<std::size_t>(col) * 2 + 16);
+    __builtin_prefetch(&place_[col]);
+  }
+  // Behind prepare(). False when the variable had a term before.
+  bool add(Index col, double value) {
     Place& place = place_[col];
     if (place.stamp == stamp_) {
       terms_[place.position].value += value;

@@ -26,6 +26,7 @@
 #include "io/lp_expression.hpp"
 #include "io/lp_keywords.hpp"
 #include "io/lp_lexer.hpp"
+#include "io/lp_term_batch.hpp"
 #include "io/parsed_model.hpp"
 
 namespace zorvex {
@@ -92,6 +93,7 @@ class LpParser {
   // Terms, constants and brackets up to whatever cannot be a part of them.
   bool expression();
   bool term(double sign, bool* ends);
+  bool add_terms();
   bool bracket(double sign);
   bool bracket_term(double sign);
   double signs(bool* any);
@@ -106,7 +108,7 @@ class LpParser {
   // As variable(), for sections in which a new one is suspicious.
   bool listed_variable(Index* col, const char* section);
   Index column_of_list(const LpLexeme& name, const char* section);
-  void note_duplicate(Index col, const LpLexeme& place);
+  void note_duplicate(Index col, long line, long column);
   bool finish();
 
   LpLexer lexer_;
@@ -115,6 +117,7 @@ class LpParser {
   ParsedModel data_;
   LpColumns columns_;
   LpExpression expression_;
+  LpTermBatch batch_;              // terms still to be added to expression_
   Index label_ = -1;               // of the constraint being read: its name in data_.rows
   std::vector<Index> sos_of_col_;  // last set (1-based) that a variable was put into
   bool has_sense_ = false;

@@ -1,4 +1,5 @@
 // Expressions and numbers of the LP format.
+#include <array>
 #include <cmath>
 
 #include "io/lp_parser.hpp"
@@ -33,9 +34,9 @@ bool LpParser::expression() {
     bool any_sign = false;
     const double sign = signs(&any_sign);
     // Without a sign only the first term goes on: what follows is a label, a section or a new constraint.
-    const bool may_start = any_sign || expression_.empty();
+    const bool may_start = any_sign || (expression_.empty() && batch_.size() == 0);
     if (may_start && at(LpToken::kOpen)) {
-      if (!bracket(sign)) return false;
+      if (!add_terms() || !bracket(sign)) return false;
     } else if (may_start && (at(LpToken::kNumber) || at(LpToken::kName))) {
       if (!any_sign && at(LpToken::kName) && header().section != LpSection::kNone) return true;
       if (!term(sign, &ends)) return false;
@@ -45,13 +46,27 @@ bool LpParser::expression() {
       ends = true;
     }
   }
-  return true;
+  return add_terms();
+}
+
+// Looks up the variables of the terms collected.
+bool LpParser::add_terms() {
+  std::array<Index, LpTermBatch::kSize> col;
+  for (int k = 0; k < batch_.size(); ++k) {
+    col[k] = columns_.column(batch_.name(k), batch_[k].key);
+    expression_.prepare(col[k]);
+  }
+  for (int k = 0; k < batch_.size(); ++k) {
+    if (!expression_.add(col[k], batch_[k].value)) note_duplicate(col[k], batch_[k].line, batch_[k].column);
+  }
+  batch_.clear();
+  return columns_.size() <= limits_.cols || fail("too many variables");
 }
 
 // [number [*]] variable, or a number alone. `ends`: nothing can follow.
 bool LpParser::term(double sign, bool* ends) {
   double value = sign;
-  if (at_infinity() && expression_.empty()) {
+  if (at_infinity() && expression_.empty() && batch_.size() == 0) {
     const LpToken next = lexer_.peek();
     if (next == LpToken::kLess || next == LpToken::kGreater || next == LpToken::kEqual) {
       expression_.add_constant(sign * kInf);
@@ -74,11 +89,10 @@ bool LpParser::term(double sign, bool* ends) {
       return true;
     }
   }
-  const LpLexeme place = token();
-  Index col = 0;
-  if (!variable(&col)) return false;
-  if (!expression_.add(col, value)) note_duplicate(col, place);
-  return true;
+  if (token().text.size() > kMaxNameLength) return fail("name too long");
+  batch_.add(data_.cols, token(), value);
+  lexer_.advance();
+  return !batch_.full() || add_terms();
 }
 
 bool LpParser::bracket(double sign) {
@@ -194,10 +208,10 @@ bool LpParser::variable(Index* col) {
   return true;
 }
 
-void LpParser::note_duplicate(Index col, const LpLexeme& place) {
+void LpParser::note_duplicate(Index col, long line, long column) {
   diagnostics_.warn(ReadWarning::kDuplicateNonzero,
                     format_text("Warning: variable %s again at line %ld, column %ld: its coefficients are added up.\n",
-                                printable(data_.cols[col]).c_str(), place.line, place.column));
+                                printable(data_.cols[col]).c_str(), line, column));
 }
 
 }  // namespace zorvex

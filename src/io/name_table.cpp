@@ -2,8 +2,7 @@
 
 namespace zorvex {
 
-Index NameTable::insert(std::string_view name) {
-  const Key key = key_of(name);
+Index NameTable::insert(std::string_view name, const Key& key) {
   std::size_t at = locate(name, key);
   if (slots_[at].index >= 0) return slots_[at].index;
   if ((end_.size() + 1) * 3 > slots_.size() * 2) {

@@ -43,7 +43,8 @@ class NameTable {
   [[nodiscard]] Index find(std::string_view name, const Key& key) const { return slots_[locate(name, key)].index; }
 
   // The number of the name, which is new exactly when the result equals the size before the call.
-  Index insert(std::string_view name);
+  Index insert(std::string_view name) { return insert(name, key_of(name)); }
+  Index insert(std::string_view name, const Key& key);
 
  private:
   static constexpr std::size_t kInitialSlots = 64;
