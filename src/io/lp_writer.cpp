@@ -8,6 +8,7 @@
 #include "io/lp_names.hpp"
 #include "io/model_writer.hpp"
 #include "io/read_diagnostics.hpp"
+#include "io/unique_names.hpp"
 
 namespace zorvex {
 
@@ -35,8 +36,8 @@ bool natural_order(const ModelData& data, const CompressedVectors& rows) {
 
 class LpTextWriter {
  public:
-  LpTextWriter(const ModelData& data, const CompressedVectors& rows, const LpNames& row_names, const LpNames& col_names,
-               ModelStream* stream)
+  LpTextWriter(const ModelData& data, const CompressedVectors& rows, const UniqueNames& row_names,
+               const UniqueNames& col_names, ModelStream* stream)
       : data_(data), rows_(rows), row_names_(row_names), col_names_(col_names), out_(stream) {}
 
   bool write() {
@@ -69,8 +70,8 @@ class LpTextWriter {
 
   const ModelData& data_;
   const CompressedVectors& rows_;
-  const LpNames& row_names_;
-  const LpNames& col_names_;
+  const UniqueNames& row_names_;
+  const UniqueNames& col_names_;
   LpLineWriter out_;
 };
 
@@ -200,7 +201,7 @@ void LpTextWriter::sos() {
   }
 }
 
-void warn_of_replaced_names(const ZLPmodel& model, const LpNames& names, const char* what) {
+void warn_of_replaced_names(const ZLPmodel& model, const UniqueNames& names, const char* what) {
   if (names.num_replaced() == 0) return;
   log_printf(model.env,
              "Warning: %d names of %s are unfit for LP format or not unique, generic names stand for them.\n",
@@ -211,9 +212,12 @@ void warn_of_replaced_names(const ZLPmodel& model, const LpNames& names, const c
 
 int write_lp(ZLPmodel& model, const std::string& name) {
   return write_model_file(model, name, [&](ModelStream* stream) {
-    const bool own = !wants_generic_names(name);
-    const LpNames rows(model.data.constr_names, 'R', own);
-    const LpNames cols(model.data.var_names, 'C', own);
+    const bool generic = wants_generic_names(name);
+    const auto names = [generic](const NameList& own, char letter) {
+      return generic ? UniqueNames(own, letter) : UniqueNames(own, letter, lp_can_carry_name);
+    };
+    const UniqueNames rows = names(model.data.constr_names, 'R');
+    const UniqueNames cols = names(model.data.var_names, 'C');
     warn_of_replaced_names(model, rows, "constraints");
     warn_of_replaced_names(model, cols, "variables");
     return LpTextWriter(model.data, row_twin(model), rows, cols, stream).write();

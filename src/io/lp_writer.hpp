@@ -1,6 +1,7 @@
 // Models into LP-format files.
 //   Lines      at most 255 characters. Numbers in the shared format.
-//   Names      see LpNames; a name of a file that ends in ".rlp" (before a compression suffix) gets generic ones, "R0"
+//   Names      see UniqueNames; a name of a file that ends in ".rlp" (before a compression suffix) gets generic ones,
+//   "R0"
 //              and "C0". The objective is called "obj", with underscores behind while a row has that name.
 //   Order      a reader takes columns in the order in which they first occur. Where objective and rows alone would
 //              change that order, or leave a column out, the objective names all columns, with coefficient 0.

@@ -9,7 +9,6 @@
 #include "io/line_reader.hpp"
 #include "io/mps_layout.hpp"
 #include "io/name_table.hpp"
-#include "io/object_names.hpp"
 #include "io/read_diagnostics.hpp"
 #include "io/side_file.hpp"
 #include "io/text_writer.hpp"
@@ -41,7 +40,7 @@ template <class Valid>
 int read_named_values(ZLPmodel& model, const std::string& name, Valid valid, std::vector<NamedValue>* values) {
   SideFileReader file(model, name);
   if (!file.is_open()) return file.code();
-  const ObjectIndex columns = ObjectIndex::columns(model.data);
+  const NameTable columns = index_of_names(side_file_columns(model.data), model.data.num_cols());
   long unknown = 0;
   std::string_view line;
   while (file.next(&line)) {
@@ -76,9 +75,9 @@ int write_solution(ZLPmodel& model, const std::string& name) {
   return write_side_file(name, [&](TextWriter& out) {
     out << "# Solution for model " << model.data.name << "\n# Status = " << status_name(solution.status) << '\n';
     if (solution.has_objective) out << "# Objective value = " << solution.obj_val << '\n';
-    ObjectNames names(model.data, true);
+    const UniqueNames names = side_file_columns(model.data);
     for (Index col = 0; col < model.data.num_cols(); ++col) {
-      out << names.col(col) << ' ' << solution.x[col] << '\n';
+      out << names[col] << ' ' << solution.x[col] << '\n';
     }
   });
 }
@@ -90,10 +89,10 @@ int write_mip_start(ZLPmodel& model, const std::string& name) {
   }
   return write_side_file(name, [&](TextWriter& out) {
     out << "# MIP start for model " << model.data.name << '\n';
-    ObjectNames names(model.data, true);
+    const UniqueNames names = side_file_columns(model.data);
     for (Index col = 0; col < model.data.num_cols(); ++col) {
       if (!is_integer_type(model.data.vtype[col]) || std::fabs(x[col]) >= ZLP_INFINITY) continue;
-      out << names.col(col) << ' ' << x[col] << '\n';
+      out << names[col] << ' ' << x[col] << '\n';
     }
   });
 }

@@ -1,24 +1,30 @@
 #include "io/side_file.hpp"
 
+#include <algorithm>
+
 #include "env/log_channel.hpp"
-#include "io/object_names.hpp"
 #include "io/read_diagnostics.hpp"
 #include "model/messages.hpp"
 
 namespace zorvex {
 
-ObjectIndex ObjectIndex::columns(const ModelData& data) {
-  ObjectIndex index;
-  ObjectNames names(data, true);
-  for (Index col = 0; col < data.num_cols(); ++col) index.add(names.col(col), col);
-  return index;
+namespace {
+
+bool fits_side_file(const std::string& name) {
+  const bool printable_text =
+      std::none_of(name.begin(), name.end(), [](char c) { return static_cast<unsigned char>(c) < ' ' || c == '\x7f'; });
+  return printable_text && name.front() != ' ' && name.back() != ' ' && name.front() != '#' && name.front() != '*';
 }
 
-ObjectIndex ObjectIndex::rows(const ModelData& data) {
-  ObjectIndex index;
-  ObjectNames names(data, true);
-  for (Index row = 0; row < data.num_rows(); ++row) index.add(names.row(row), row);
-  return index;
+}  // namespace
+
+UniqueNames side_file_columns(const ModelData& data) { return {data.var_names, 'C', fits_side_file}; }
+UniqueNames side_file_rows(const ModelData& data) { return {data.constr_names, 'R', fits_side_file}; }
+
+NameTable index_of_names(const UniqueNames& names, Index count) {
+  NameTable table;
+  for (Index i = 0; i < count; ++i) table.insert(names[i]);
+  return table;
 }
 
 SideFileReader::SideFileReader(ZLPmodel& model, const std::string& name)

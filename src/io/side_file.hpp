@@ -9,28 +9,18 @@
 #include "io/model_stream.hpp"
 #include "io/name_table.hpp"
 #include "io/text_writer.hpp"
+#include "io/unique_names.hpp"
 #include "model/model.hpp"
 
 namespace zorvex {
 
-// Columns or rows by the names that the writers give them, generic ones included. Of equal names the first counts.
-class ObjectIndex {
- public:
-  static ObjectIndex columns(const ModelData& data);
-  static ObjectIndex rows(const ModelData& data);
-  [[nodiscard]] Index find(std::string_view name) const {
-    const Index k = names_.find(name);
-    return k < 0 ? -1 : index_[k];
-  }
+// Names of columns and rows in side files: their own, except those that are empty, not unique, or that a line cannot
+// carry (control characters, blanks at an end, '#' or '*' in front).
+[[nodiscard]] UniqueNames side_file_columns(const ModelData& data);
+[[nodiscard]] UniqueNames side_file_rows(const ModelData& data);
 
- private:
-  void add(std::string_view name, Index i) {
-    if (names_.insert(name) == static_cast<Index>(index_.size())) index_.push_back(i);
-  }
-
-  NameTable names_;
-  std::vector<Index> index_;  // of each distinct name
-};
+// The objects by these names: a table in which object i has number i.
+[[nodiscard]] NameTable index_of_names(const UniqueNames& names, Index count);
 
 // Lines of a side file. Failures are logged, recorded on the model, and kept as code().
 class SideFileReader {
@@ -44,6 +34,7 @@ class SideFileReader {
   int fail(const std::string& text);
   // After the last line: false when the data were cut off or damaged.
   [[nodiscard]] bool close();
+  [[nodiscard]] long line_number() const { return lines_.line_number(); }
   [[nodiscard]] int code() const { return code_; }
 
  private:

@@ -284,7 +284,7 @@ TEST_F(Files, Bases) {
   EXPECT_EQ(m->warm.vbasis, (std::vector<int>{ZLP_BASIC, ZLP_NONBASIC_LOWER, ZLP_NONBASIC_LOWER}));
   EXPECT_EQ(m->warm.cbasis, (std::vector<int>{ZLP_NONBASIC_UPPER, ZLP_BASIC}));
   EXPECT_EQ(env_.log(),
-            "Warning: 3 lines of basis file '" + file("n.bas") + "' do not fit the model and are left out\n");
+            "Warning: 3 lines of basis file '" + file("n.bas") + "' do not fit the model, the basis is repaired\n");
 }
 
 TEST_F(Files, Parameters) {
