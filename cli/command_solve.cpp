@@ -68,6 +68,19 @@ void write_solution(ZLPmodel* model, const std::string& path) {
   require(model, ZLPwrite(model, path.c_str()), "cannot write '" + path + "'");
 }
 
+void write_basis(ZLPmodel* model, const std::string& path) {
+  if (ZLPisattravailable(model, "VBasis") == 0) {
+    std::fprintf(stderr, "zorvex: there is no basis to write to '%s'\n", path.c_str());
+    return;
+  }
+  require(model, ZLPwrite(model, path.c_str()), "cannot write '" + path + "'");
+}
+
+void require_suffix(const char* option, const std::string& path, const std::string& suffix) {
+  if (path.empty() || has_suffix(path, suffix)) return;
+  throw Failure(kExitUsage, std::string(option) + ": '" + path + "' does not end in " + suffix);
+}
+
 void write_summary(ZLPmodel* model, const SolveRequest& request) {
   const std::string text = summary_json(model, request.model);
   if (request.json == "-") {
@@ -83,9 +96,8 @@ void write_summary(ZLPmodel* model, const SolveRequest& request) {
 }  // namespace
 
 ExitCode run_solve(const SolveRequest& request) {
-  if (!request.solution.empty() && !has_suffix(request.solution, ".sol")) {
-    throw Failure(kExitUsage, "--solution: '" + request.solution + "' does not end in .sol");
-  }
+  require_suffix("--solution", request.solution, ".sol");
+  require_suffix("--basis", request.basis, ".bas");
   const Env env = open_env();
   apply_settings(env.get(), request.settings);
   const Model model = read_model(env.get(), request.model);
@@ -97,6 +109,7 @@ ExitCode run_solve(const SolveRequest& request) {
   require(model.get(), ZLPoptimize(model.get()), "cannot solve '" + request.model + "'");
 
   if (!request.solution.empty()) write_solution(model.get(), request.solution);
+  if (!request.basis.empty()) write_basis(model.get(), request.basis);
   if (!request.json.empty()) write_summary(model.get(), request);
   return kExitDone;
 }

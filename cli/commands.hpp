@@ -13,6 +13,7 @@ struct SolveRequest {
   std::vector<std::string> settings;  // NAME=VALUE
   bool relax = false;                 // drop integrality, semicontinuity and SOS constraints
   std::string solution;               // .sol file to write; empty: none
+  std::string basis;                  // .bas file to write; empty: none
   std::string start;                  // start to read: .mst, .bas, .ord or .sol; empty: none
   std::string json;                   // summary to write, "-" for standard output; empty: none
 };

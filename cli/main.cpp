@@ -22,6 +22,7 @@ void add_solve(CLI::App& app, SolveRequest& request, ExitCode& code) {
   command->add_option("settings", request.settings, "Parameters, NAME=VALUE; see 'zorvex params'");
   command->add_flag("--relax", request.relax, "Solve the continuous relaxation: no integrality, no SOS constraints");
   command->add_option("--solution", request.solution, "Write the solution to this .sol file");
+  command->add_option("--basis", request.basis, "Write the simplex basis to this .bas file");
   command->add_option("--start", request.start, "Start from this .mst, .bas or .sol file (.ord: branching priorities)");
   command->add_option("--json", request.json, "Write a summary to this file ('-': standard output)");
   command->callback([&] { code = run_solve(request); });

@@ -135,6 +135,7 @@ class Program(unittest.TestCase):
             (["solve", "lp.mps", "TimeLimit=soon"], 1, "TimeLimit"),
             (["solve", "lp.mps", "--solution", "out.mps"], 1, ".sol"),
             (["params", "NoParameter"], 1, "NoParameter"),
+            (["solve", "lp.mps", "--basis", "out.sol"], 1, ".bas"),
             (["solve", "none.mps"], 2, "none.mps"),
             (["solve", "broken.mps"], 2, "broken.mps"),
             (["solve", "lp.mps", "--json", "no/such/folder.json"], 2, "no/such/folder.json"),
@@ -179,8 +180,35 @@ class Program(unittest.TestCase):
         self.assertIn("no solution", run.stderr)
         self.assertFalse((self.root / "none.sol").exists())
 
+    def test_basis_is_written_and_starts_again(self):
+        cold = self.solve("lp.mps", "Presolve=0", "--basis", "best.bas.gz")
+        self.assertGreater(cold["iterations"], 0)
+        warm = self.solve("lp.mps", "Presolve=0", "--start", "best.bas.gz")
+        self.assertEqual(warm["iterations"], 0)
+        self.assertAlmostEqual(warm["objective"], -11.0, places=9)
+        (self.root / "one.bas").write_text("NAME\n XU x second\n XU nobody first\nENDATA\n")
+        run = self.run_program("solve", "lp.mps", "--start", "one.bas")
+        self.assertEqual(run.returncode, 0, run.stderr)
+        self.assertIn("Warning: 1 lines of basis file 'one.bas' do not fit the model", run.stdout)
+        run = self.run_program("solve", "mip.mps", "--basis", "none.bas")
+        self.assertEqual(run.returncode, 0)
+        self.assertIn("no basis", run.stderr)
+        self.assertFalse((self.root / "none.bas").exists())
+
+    def test_start_values(self):
+        # Nothing is allowed but the start itself, completed.
+        (self.root / "part.mst").write_text("# b, c and d\nb 1\nc 1\nd 1\nunknown 4\n")
+        run = self.run_program("solve", "mip.mps", "--start", "part.mst", "SolutionLimit=1", "--json", "out.json")
+        self.assertEqual(run.returncode, 0, run.stderr)
+        self.assertIn("Warning: 1 names in file 'part.mst' are not variables of the model", run.stdout)
+        self.assertAlmostEqual(json.loads((self.root / "out.json").read_text())["objective"], -21.0, places=9)
+        (self.root / "bad.mst").write_text("b 1\nc one\n")
+        run = self.run_program("solve", "mip.mps", "--start", "bad.mst")
+        self.assertEqual(run.returncode, 2)
+        self.assertIn("line 2 of file bad.mst is wrong: c one", run.stderr)
+
     def test_convert(self):
-        for name in ("copy.mps", "copy.mps.gz", "copy.rew"):
+        for name in ("copy.mps", "copy.mps.gz", "copy.rew", "copy.lp", "copy.rlp.gz"):
             self.assertEqual(self.run_program("convert", "mip.mps", name).returncode, 0)
             self.assertAlmostEqual(self.solve(name)["objective"], -21.0, places=9)
 
