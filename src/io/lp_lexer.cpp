@@ -2,6 +2,7 @@
 
 #include <array>
 
+#include "io/lp_ranges.hpp"
 #include "io/mps_layout.hpp"
 #include "io/number_text.hpp"
 
@@ -104,6 +105,9 @@ bool LpLexer::next_line() {
   const std::size_t comment = line.find('\\');
   if (comment != std::string_view::npos) {
     end_ = begin_ + comment;
+    if (line.substr(0, comment).empty() && trim(line.substr(comment + 1)) == kLpRangeRemark) {
+      remark_line_ = lines_.line_number();
+    }
     if (!seen_token_ && problem_name_.empty()) note_comment(line.substr(comment + 1));
   }
   return true;

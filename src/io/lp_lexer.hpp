@@ -63,6 +63,9 @@ class LpLexer {
     advance();
   }
 
+  // Whether the line before that of the current token is just the comment kLpRangeRemark.
+  [[nodiscard]] bool has_range_remark() const { return remark_line_ > 0 && remark_line_ + 1 == current_.line; }
+
   // The name that a comment before the first token gives the problem, as "\Problem name: NAME".
   [[nodiscard]] const std::string& problem_name() const { return problem_name_; }
 
@@ -83,6 +86,7 @@ class LpLexer {
   bool seen_token_ = false;
   std::string held_;  // text of the current token when its line is gone
   std::string problem_name_;
+  long remark_line_ = 0;  // the last one
 };
 
 // The length of the number at the front of `text`, without sign; 0 when there is none.

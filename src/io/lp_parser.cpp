@@ -126,6 +126,7 @@ bool LpParser::constraints() {
 
 bool LpParser::constraint() {
   label_ = -1;
+  is_range_by_remark_ = lexer_.has_range_remark();
   if (at(LpToken::kName)) {
     if (lexer_.peek() == LpToken::kColon && !constraint_label()) return false;
     if (at(LpToken::kName) && lexer_.peek() == LpToken::kDoubleColon) return sos_of_line();
@@ -158,6 +159,9 @@ bool LpParser::single_row() {
   if (at(LpToken::kArrow)) return fail("indicator constraints are not supported");
   const char sense = sense_of(sign);
   if (std::isinf(rhs) && sense != (rhs > 0 ? '<' : '>')) return fail_infinite(place, rhs);
+  if (is_range_by_remark_ && !expression_.terms().empty()) {
+    range_pairs_.push_back({data_.num_rows(), expression_.terms().back().col});
+  }
   return finish_row(sense, rhs - expression_.constant());
 }
 
@@ -206,8 +210,9 @@ bool LpParser::finish_row(char sense, double rhs) {
 
 bool LpParser::finish() {
   columns_.finish();
+  merge_lp_ranges(range_pairs_, &data_);
   data_.name = lexer_.problem_name().substr(0, kMaxNameLength);
-  for (Index col = 0; col < columns_.size(); ++col) {
+  for (Index col = 0; col < data_.cols.size(); ++col) {
     if (data_.lower[col] <= data_.upper[col]) continue;
     diagnostics_.warn(ReadWarning::kEmptyDomain,
                       format_text("Warning: lower bound %g of variable %s is above its upper bound %g.\n",

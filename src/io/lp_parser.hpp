@@ -5,6 +5,7 @@
 //                number]". Constants of the expression move to the other side. Constants behind the right-hand side are
 //                added to it where they fill the rest of its line. '<' and '>' mean '<=' and '>='. Lazy constraints and
 //                user cuts are read as constraints, with a warning.
+//                Rows with the remark of lp_ranges.hpp become ranges.
 //   Bounds       "x <= u", "l <= x <= u" and the like, "x = v", "x free"; 0 and infinity by default. A negative upper
 //                bound without a lower one leaves the lower bound at 0, as the other tools of the field have it, with a
 //                warning.
@@ -26,6 +27,7 @@
 #include "io/lp_expression.hpp"
 #include "io/lp_keywords.hpp"
 #include "io/lp_lexer.hpp"
+#include "io/lp_ranges.hpp"
 #include "io/lp_term_batch.hpp"
 #include "io/parsed_model.hpp"
 
@@ -117,9 +119,11 @@ class LpParser {
   ParsedModel data_;
   LpColumns columns_;
   LpExpression expression_;
-  LpTermBatch batch_;              // terms still to be added to expression_
-  Index label_ = -1;               // of the constraint being read: its name in data_.rows
-  std::vector<Index> sos_of_col_;  // last set (1-based) that a variable was put into
+  LpTermBatch batch_;  // terms still to be added to expression_
+  std::vector<LpRangePair> range_pairs_;
+  bool is_range_by_remark_ = false;  // of the constraint being read
+  Index label_ = -1;                 // of the constraint being read: its name in data_.rows
+  std::vector<Index> sos_of_col_;    // last set (1-based) that a variable was put into
   bool has_sense_ = false;
   bool in_objective_ = false;
   bool ended_ = false;

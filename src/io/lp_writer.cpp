@@ -6,7 +6,9 @@
 #include "io/file_suffix.hpp"
 #include "io/lp_line_writer.hpp"
 #include "io/lp_names.hpp"
+#include "io/lp_ranges.hpp"
 #include "io/model_writer.hpp"
+#include "io/name_table.hpp"
 #include "io/read_diagnostics.hpp"
 #include "io/unique_names.hpp"
 
@@ -59,6 +61,7 @@ class LpTextWriter {
   [[nodiscard]] std::string objective_name() const;
   void objective();
   void quadratic(bool first);
+  [[nodiscard]] std::string range_name(Index row);
   void constraint(Index row);
   void bounds();
   void bound(const std::string& name, double lower, double upper);
@@ -72,6 +75,7 @@ class LpTextWriter {
   const CompressedVectors& rows_;
   const UniqueNames& row_names_;
   const UniqueNames& col_names_;
+  NameTable column_table_;  // of col_names_, once there is a range
   LpLineWriter out_;
 };
 
@@ -126,15 +130,29 @@ void LpTextWriter::quadratic(bool first) {
   out_.word("]").word("/").word("2");
 }
 
+// The name of the variable that stands for the row's activity; no column has it.
+std::string LpTextWriter::range_name(Index row) {
+  if (column_table_.size() == 0) {
+    for (Index col = 0; col < data_.num_cols(); ++col) column_table_.insert(col_names_[col]);
+  }
+  std::string name = "Rg" + std::to_string(row);
+  while (column_table_.find(name) >= 0) name += '_';
+  return name;
+}
+
 void LpTextWriter::constraint(Index row) {
+  if (data_.is_range(row)) out_.line("\\" + std::string(kLpRangeRemark));
   out_.word(row_names_[row] + ":");
-  const bool range = data_.is_range(row);
-  if (range) out_.number(data_.range_lower[row]).word("<=");
   const double sign = data_.row_sign(row);
   for (Offset k = rows_.begin(row); k < rows_.end(row); ++k) {
     out_.term(sign * rows_.value[k], col_names_[rows_.index[k]], k == rows_.begin(row));
   }
   if (rows_.begin(row) == rows_.end(row) && data_.num_cols() > 0) out_.term(0, col_names_[0], true);
+  if (data_.is_range(row)) {
+    out_.term(-1, range_name(row), false).word("= 0");
+    out_.end_line();
+    return;
+  }
   const char sense = data_.row_sense[row];
   out_.word(sense == '=' ? "=" : sense == '<' ? "<=" : ">=").number(data_.user_rhs(row) + 0.0);
   out_.end_line();
@@ -142,14 +160,20 @@ void LpTextWriter::constraint(Index row) {
 
 void LpTextWriter::bounds() {
   bool headed = false;
+  const auto line = [&](const std::string& name, double lower, double upper) {
+    if (!headed) out_.line("Bounds");
+    headed = true;
+    bound(name, lower, upper);
+    out_.end_line();
+  };
   for (Index col = 0; col < data_.num_cols(); ++col) {
     const bool binary = data_.vtype[col] == 'B';
     const auto [lower, upper] = binary ? data_.column_bounds(col) : Interval{data_.lb[col], data_.ub[col]};
     if (lower == 0 && (binary ? upper == 1 : upper >= kStoredInfinity)) continue;
-    if (!headed) out_.line("Bounds");
-    headed = true;
-    bound(col_names_[col], lower, upper);
-    out_.end_line();
+    line(col_names_[col], lower, upper);
+  }
+  for (Index row = 0; row < data_.num_rows(); ++row) {
+    if (data_.is_range(row)) line(range_name(row), data_.range_lower[row], data_.rhs[row]);
   }
 }
 

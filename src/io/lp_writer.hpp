@@ -5,7 +5,7 @@
 //              and "C0". The objective is called "obj", with underscores behind while a row has that name.
 //   Order      a reader takes columns in the order in which they first occur. Where objective and rows alone would
 //              change that order, or leave a column out, the objective names all columns, with coefficient 0.
-//   Ranges     "l <= expression <= u". Empty rows and an empty objective have the first column with coefficient 0.
+//   Ranges     see lp_ranges.hpp. Empty rows and an empty objective have the first column with coefficient 0.
 //   Binaries   with their bounds where these are not 0 and 1: readers keep bounds that were given.
 #pragma once
 

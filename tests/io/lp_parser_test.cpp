@@ -244,6 +244,24 @@ TEST_F(LpParsing, QuadraticObjective) {
   });
 }
 
+TEST_F(LpParsing, RangesByRemark) {
+  const std::string rows = "min x + y st\n\\range\na: x + y - r = 0\n\\ range\r\nb: x - s = 0\n";
+  check({
+      {"merged", rows + "c: y >= 1\nbounds 1 <= r <= 4 -3 <= s <= -1 end",
+       "min 1 x 1 y; a: 1 < 1 x 1 y < 4; b: -3 < 1 x < -1; c: 1 y > 1"},
+      {"with sets and quadratic terms behind",
+       "min x + [ z^2 ]/2 st\n\\range\na: x - r = 0\nb: y >= 1\nbounds r <= 4 sos S1:: y:1 z:2 end",
+       "min 1 x 0 z 0 y; a: 0 < 1 x < 4; b: 1 y > 1; S1 y:1 z:2; 1 z*z"},
+      {"used again", rows + "c: r + s >= 1\nbounds r <= 4 s <= 3 end",
+       "min 1 x 1 y 0 r 0 s; a: 1 x 1 y -1 r = 0; b: 1 x -1 s = 0; c: 1 r 1 s > 1; r C [0, 4]; s C [0, 3]"},
+      {"infinite or integer", rows + "bounds s <= 3 gen s end",
+       "min 1 x 1 y 0 r 0 s; a: 1 x 1 y -1 r = 0; b: 1 x -1 s = 0; s I [0, 3]"},
+      {"no remark", "min x st\n\\ranges\na: x - r = 0\nbounds r <= 4 end", "min 1 x 0 r; a: 1 x -1 r = 0; r C [0, 4]"},
+      {"remark elsewhere", "min x st\n\\range\n\na: x - r = 0 \\range\nbounds r <= 4 end",
+       "min 1 x 0 r; a: 1 x -1 r = 0; r C [0, 4]"},
+  });
+}
+
 TEST_F(LpParsing, ProblemName) {
   for (const auto& [comment, name] :
        std::vector<std::pair<std::string, std::string>>{{"\\Problem name: plan 7\n", "plan 7"},

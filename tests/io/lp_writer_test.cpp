@@ -78,14 +78,15 @@ TEST_F(LpWriter, EveryPartOfTheFormat) {
   EXPECT_EQ(ZLPaddqpterms(m.get(), 2, first, second, q), 0);
   EXPECT_EQ(ZLPsetintattr(m.get(), "ModelSense", -1), 0);
   EXPECT_EQ(ZLPsetdblattr(m.get(), "ObjCon", -7), 0);
-  EXPECT_EQ(written(m),
-            "\\Problem name: small\n\nMaximize\n"
-            " obj: x - 0.1 y + 3.3333333333333331e-01 up + 2 i + b + b0 + sc - n + any + neg + fix - 7 + [ 2 x ^ 2 - "
-            "3 y * x ] / 2\n"
-            "Subject To\n le: x - 2.5 y - i <= 10\n ge: 1e+20 up + b >= -1\n none: 0 x = 0\n rng: -1 <= x + y <= 4\n"
-            "Bounds\n y >= -5\n up <= 4\n b0 = 0\n 2 <= sc <= 9\n 2 <= n <= 8\n any free\n -inf <= neg <= -2\n"
-            " fix = 3\n"
-            "Generals\n i n\nBinaries\n b b0\nSemi-continuous\n sc n\nSOS\n s0: S2:: x:1 y:2.5\nEnd\n");
+  EXPECT_EQ(
+      written(m),
+      "\\Problem name: small\n\nMaximize\n"
+      " obj: x - 0.1 y + 3.3333333333333331e-01 up + 2 i + b + b0 + sc - n + any + neg + fix - 7 + [ 2 x ^ 2 - "
+      "3 y * x ] / 2\n"
+      "Subject To\n le: x - 2.5 y - i <= 10\n ge: 1e+20 up + b >= -1\n none: 0 x = 0\n\\range\n rng: x + y - Rg3 = 0\n"
+      "Bounds\n y >= -5\n up <= 4\n b0 = 0\n 2 <= sc <= 9\n 2 <= n <= 8\n any free\n -inf <= neg <= -2\n"
+      " fix = 3\n -1 <= Rg3 <= 4\n"
+      "Generals\n i n\nBinaries\n b b0\nSemi-continuous\n sc n\nSOS\n s0: S2:: x:1 y:2.5\nEnd\n");
   EXPECT_EQ(difference(m->data, back()->data, true), "");
 }
 
