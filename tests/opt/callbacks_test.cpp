@@ -429,7 +429,7 @@ TEST(CallbackSolutions, AreTakenLikeStarts) {
   struct Case {
     const char* what;
     std::vector<double> point;
-    bool first;  // becomes the first solution of a search without heuristics
+    bool first;  // becomes the first solution of a search without heuristics; otherwise it would beat the optimum
   };
   const Case cases[] = {{"the optimum", best, true},
                         {"half of it", partial, true},
@@ -457,7 +457,7 @@ TEST(CallbackSolutions, AreTakenLikeStarts) {
     if (c.first) {
       EXPECT_NEAR(dbl_attr(plain.get(), "ObjVal"), objectives.front(), 1e-9) << c.what;
     } else {
-      EXPECT_LT(objectives.front(), dbl_attr(plain.get(), "ObjVal")) << c.what;
+      EXPECT_LE(objectives.front(), dbl_attr(plain.get(), "ObjVal") + 1e-9) << c.what;
     }
   }
 }
