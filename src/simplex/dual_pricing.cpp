@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <functional>
 
 namespace zorvex {
 
@@ -10,6 +11,8 @@ constexpr Index kAutomaticRows = 15000;   // smaller models never change their p
 constexpr double kPartialExponent = 0.6;  // length of the partial list as a power of the row count
 constexpr Index kMinPartialSize = 20;
 constexpr double kShortListFactor = 15;
+constexpr std::size_t kMinHot = 64;  // rows made hot at once, at least; up to twice as many all are
+constexpr double kHotFactor = 3;     // times the root of the list's length: balances choices against refills
 }  // namespace
 
 template <class Real>
@@ -25,6 +28,8 @@ void DualPricing<Real>::begin(int pricing) {
     infeasibility_.assign(m, Real(0));
     listed_.assign(m, 0);
     list_.clear();
+    hot_.assign(m, 0);
+    hot_list_.clear();
   }
   if (mode_ == DualPricingMode::kRowCount) start_partial();
   if (pricing == 3) reset_weights();
@@ -43,6 +48,7 @@ void DualPricing<Real>::recompute() {
   for (const Index position : list_) listed_[position] = 0;
   list_.clear();
   rejected_.clear();
+  cool_all();
   for (Index position = 0; position < core_.m; ++position) refresh(position);
   if (full_pricing_ || static_cast<Index>(list_.size()) <= partial_size_) return;
   std::nth_element(list_.begin(), list_.begin() + partial_size_, list_.end(), [this](Index a, Index b) {
@@ -67,35 +73,82 @@ bool DualPricing<Real>::list_is_short() {
 }
 
 template <class Real>
-Index DualPricing<Real>::choose() {
+void DualPricing<Real>::cool_all() {
+  for (const Index position : hot_list_) hot_[position] = 0;
+  hot_list_.clear();
+  hot_price_ = std::numeric_limits<Real>::infinity();
+}
+
+// Forgets feasible rows and heats those of the largest prices.
+template <class Real>
+void DualPricing<Real>::heat_best() {
+  cool_all();
+  prices_.clear();
+  std::size_t kept = 0;
+  for (const Index position : list_) {
+    if (infeasibility_[position] == 0) {
+      listed_[position] = 0;
+      continue;
+    }
+    list_[kept++] = position;
+    prices_.push_back(infeasibility_[position] / core_.weight[position]);
+  }
+  list_.resize(kept);
+  hot_price_ = 0;
+  const auto wanted = std::max(kMinHot, static_cast<std::size_t>(kHotFactor * std::sqrt(static_cast<double>(kept))));
+  if (kept > 2 * wanted) {
+    const auto nth = prices_.begin() + static_cast<std::ptrdiff_t>(wanted);
+    std::nth_element(prices_.begin(), nth, prices_.end(), std::greater<Real>());
+    hot_price_ = *nth;
+  }
+  for (const Index position : list_) heat(position);
+  if (hot_list_.empty()) {  // many rows share the largest price
+    hot_price_ = 0;
+    for (const Index position : list_) heat(position);
+  }
+}
+
+// Row of the largest price in `list`, -1 when it has none above `floor`; rows that are not go from list and flags.
+template <class Real>
+Index DualPricing<Real>::best_of(std::vector<Index>& list, std::vector<char>& flag, Real floor) const {
   const std::vector<Real>& weight = core_.weight;
   Index best = -1;
   Real best_value = 0;
   Real best_weight = 1;
   std::size_t kept = 0;
-  for (const Index position : list_) {
+  for (const Index position : list) {
     const Real value = infeasibility_[position];
-    if (value == 0) {
-      listed_[position] = 0;
+    if (!(value > floor * weight[position])) {
+      flag[position] = 0;
       continue;
     }
-    list_[kept++] = position;
+    list[kept++] = position;
     if (value * best_weight > best_value * weight[position]) {
       best = position;
       best_value = value;
       best_weight = weight[position];
     }
   }
-  list_.resize(kept);
-  if (!full_pricing_ && list_is_short()) {
-    core_.log->sink().write("Full pricing\n");
-    full_pricing_ = true;
-    const std::vector<Index> rejected = rejected_;
-    recompute();
-    for (const Index position : rejected) reject(position);
-    return choose();
-  }
+  list.resize(kept);
   return best;
+}
+
+template <class Real>
+Index DualPricing<Real>::choose() {
+  if (full_pricing_) {
+    const Index best = best_of(hot_list_, hot_, hot_price_);
+    if (best >= 0 || list_.empty()) return best;
+    heat_best();
+    return best_of(hot_list_, hot_, hot_price_);
+  }
+  const Index best = best_of(list_, listed_, 0);
+  if (!list_is_short()) return best;
+  core_.log->sink().write("Full pricing\n");
+  full_pricing_ = true;
+  const std::vector<Index> rejected = rejected_;
+  recompute();
+  for (const Index position : rejected) reject(position);
+  return choose();
 }
 
 template <class Real>
@@ -114,6 +167,7 @@ void DualPricing<Real>::update_weights(Index position, const Scattered<Real>& al
     } else {
       weight[k] = std::max(weight[k], entry * entry * leaving_weight);
     }
+    heat(k);
   }
   weight[position] = std::max(leaving_weight, KernelTolerances<Real>::kMinWeight);
 }
@@ -122,6 +176,7 @@ template <class Real>
 void DualPricing<Real>::reset_weights() {
   std::fill(core_.weight.begin(), core_.weight.end(), Real(1));
   core_.weights_valid = true;
+  cool_all();
 }
 
 template <class Real>

@@ -1,9 +1,14 @@
 // Choice of the leaving row: primal infeasibilities of the basic variables, divided by edge weights.
 //   Modes    steepest edge (exact norms), devex (reference norms), and row counts, where the weight is a fixed cost of
 //            the row and candidates come from a short list.
-//   Source   J. Forrest, D. Goldfarb, Math. Program. 57 (1992) 341-374; P. Harris, Math. Program. 5 (1973) 1-28.
+//   Lists    every infeasible row is listed; those whose price may exceed `hot_price_` are hot. A choice looks at the
+//   hot
+//            rows alone and still finds the largest price; when they run out the next best of all become hot.
+//   Source   J. Forrest, D. Goldfarb, Math. Program. 57 (1992) 341-374; P. Harris, Math. Program. 5 (1973) 1-28;
+//            J. Hall, K. McKinnon, Comput. Optim. Appl. 32 (2005) 259-283, sec. 3.3 (short lists of candidates).
 #pragma once
 
+#include <limits>
 #include <vector>
 
 #include "simplex/simplex_core.hpp"
@@ -33,6 +38,7 @@ class DualPricing {
       listed_[position] = 1;
       list_.push_back(position);
     }
+    heat(position);
   }
   // Position with the largest price, or -1 when no row is infeasible (rejected ones aside).
   Index choose();
@@ -55,6 +61,16 @@ class DualPricing {
   void switch_to(DualPricingMode mode);
   void start_partial();
   bool list_is_short();
+  // Makes a row hot whose price has risen above what the other cold rows have.
+  void heat(Index position) {
+    if (!hot_[position] && infeasibility_[position] > hot_price_ * core_.weight[position]) {
+      hot_[position] = 1;
+      hot_list_.push_back(position);
+    }
+  }
+  void cool_all();
+  void heat_best();
+  Index best_of(std::vector<Index>& list, std::vector<char>& flag, Real floor) const;
 
   SimplexCore<Real>& core_;
   DualPricingMode mode_ = DualPricingMode::kSteepestEdge;
@@ -64,6 +80,10 @@ class DualPricing {
   std::vector<char> listed_;
   std::vector<Index> list_;
   std::vector<Index> rejected_;
+  std::vector<char> hot_;
+  std::vector<Index> hot_list_;
+  Real hot_price_ = std::numeric_limits<Real>::infinity();  // no cold row has a larger price
+  std::vector<Real> prices_;                                // workspace
   double norm_work_ = 0, row_work_ = 0;
   double list_length_sum_ = 0, list_count_ = 0;
   Index partial_size_ = 0;

@@ -79,7 +79,8 @@ template <class Real>
 void DualSimplex<Real>::start_iterating() {
   pricing_.recompute();
   small_pivots_ = 0;
-  dual_objective_ = core_.objective(core_.work_cost);
+  const bool wanted = options_.objective_limit < kInf || core_.log->sink().enabled();
+  dual_objective_ = wanted ? core_.objective(core_.work_cost) : Real(0);
   cutoff_check_at_ = options_.objective_limit;
 }
 

@@ -177,10 +177,9 @@ bool LpSolver::State::accept_updated(SimplexOutcome outcome) {
   switch (outcome) {
     case SimplexOutcome::kOptimal:
       fast.extract_basic(point);
-      verdict = warm_check.optimal(data, options, !fast.core().fresh, point);
+      verdict = warm_check.optimal(data, options, !fast.core().fresh, point, objective);
       if (verdict == WarmVerdict::kOpen && is_optimal(data, point, options)) verdict = WarmVerdict::kHolds;
       status = SolveStatus::kOptimal;
-      objective = objective_at(data, point.x);
       break;
     case SimplexOutcome::kInfeasible:
       farkas = fast.user_farkas();
@@ -190,9 +189,8 @@ bool LpSolver::State::accept_updated(SimplexOutcome outcome) {
       break;
     case SimplexOutcome::kIterationLimit:
       fast.extract_basic(point);
-      (void)warm_check.optimal(data, options, false, point);  // fills in the rest of the point
+      (void)warm_check.optimal(data, options, false, point, objective);  // fills in the rest of the point
       status = SolveStatus::kIterationLimit;
-      objective = objective_at(data, point.x);
       break;
     default:
       return accept<double>(outcome);

@@ -43,14 +43,16 @@ double outside(double x, double lower, double upper) {
 
 }  // namespace
 
-WarmVerdict WarmCheck::optimal(const LpData& lp, const SimplexOptions& options, bool updated, LpPoint& point) {
+WarmVerdict WarmCheck::optimal(const LpData& lp, const SimplexOptions& options, bool updated, LpPoint& point,
+                               double& objective) {
   const auto m = static_cast<std::size_t>(lp.num_rows());
   activity_.assign(m, Sum{});
   terms_.assign(m, 0);
   Judge primal(options.primal_feasibility_tol);
   Judge dual(options.dual_feasibility_tol);
   double slackness = 0;
-  double objective = 1;
+  double scale = 1;
+  Extended sum_of_costs = lp.offset;
   const Offset* start = lp.matrix.start.data();
   const Index* index = lp.matrix.index.data();
   const double* value = lp.matrix.value.data();
@@ -78,7 +80,8 @@ WarmVerdict WarmCheck::optimal(const LpData& lp, const SimplexOptions& options, 
           lp.col_upper[col]);
     primal.violation(outside(x, lp.col_lower[col], lp.col_upper[col]), 0);
     if (x == 0) continue;
-    objective += std::abs(cost * x);
+    scale += std::abs(cost * x);
+    sum_of_costs += Extended(cost) * x;
     for (Offset k = start[col]; k < start[col + 1]; ++k) {
       const double term = value[k] * x;
       Sum& sum = activity_[index[k]];
@@ -93,8 +96,9 @@ WarmVerdict WarmCheck::optimal(const LpData& lp, const SimplexOptions& options, 
     primal.violation(outside(sum.value, lp.row_lower[row], lp.row_upper[row]), rounding(terms_[row]) * sum.size);
     price(pi[row], 0, sum.value, lp.row_lower[row], lp.row_upper[row]);
   }
+  objective = static_cast<double>(sum_of_costs);
   WarmVerdict verdict = worst(primal.verdict(), dual.verdict());
-  if (updated && !(slackness <= options.dual_feasibility_tol * objective)) verdict = WarmVerdict::kFails;
+  if (updated && !(slackness <= options.dual_feasibility_tol * scale)) verdict = WarmVerdict::kFails;
   return verdict;
 }
 

@@ -15,9 +15,10 @@ enum class WarmVerdict { kHolds, kFails, kOpen };
 
 class WarmCheck {
  public:
-  // Judges x and pi of `point` and fills its row_activity and reduced_cost. With `updated`, values that were carried
-  // over by updates, complementary slackness is demanded too: nothing else ties them to one basis.
-  WarmVerdict optimal(const LpData& lp, const SimplexOptions& options, bool updated, LpPoint& point);
+  // Judges x and pi of `point`, fills its row_activity and reduced_cost and gives the objective at x. With `updated`,
+  // values that were carried over by updates, complementary slackness is demanded too: nothing else ties them to one
+  // basis.
+  WarmVerdict optimal(const LpData& lp, const SimplexOptions& options, bool updated, LpPoint& point, double& objective);
   // Does `y` prove infeasibility by a margin `gap`, relative to max |y|?
   WarmVerdict infeasible(const LpData& lp, const std::vector<double>& y, double& gap);
 

@@ -159,6 +159,7 @@ TEST(WarmCheck, AgreesWithTheGateInLongDouble) {
   RandomStream random(43, "warm check");
   QuietLog log;
   WarmCheck check;
+  double objective = 0;
   int undecided = 0;
   int decided = 0;
   for (int trial = 0; trial < 200; ++trial) {
@@ -168,7 +169,7 @@ TEST(WarmCheck, AgreesWithTheGateInLongDouble) {
       LpPoint point = solver.point();
       point.x[static_cast<std::size_t>(random.below(solver.num_cols()))] += disturbance.x;
       point.pi[static_cast<std::size_t>(random.below(solver.num_rows()))] += disturbance.pi;
-      const WarmVerdict verdict = check.optimal(solver.data(), {}, false, point);
+      const WarmVerdict verdict = check.optimal(solver.data(), {}, false, point, objective);
       (verdict == WarmVerdict::kOpen ? undecided : decided)++;
       if (verdict == WarmVerdict::kOpen) continue;
       EXPECT_EQ(verdict == WarmVerdict::kHolds, is_optimal(solver.data(), point, {}))
@@ -192,10 +193,12 @@ TEST(WarmCheck, UpdatedValuesMustBeComplementary) {
   lp.row_lower = {-kInf};
   lp.row_upper = {5};
   WarmCheck check;
+  double objective = 0;
   LpPoint point{{3}, {0}, {0}, {0}};
-  EXPECT_EQ(check.optimal(lp, {}, true, point), WarmVerdict::kFails);
+  EXPECT_EQ(check.optimal(lp, {}, true, point, objective), WarmVerdict::kFails);
+  EXPECT_EQ(objective, 3);
   point.x = {0};
-  EXPECT_EQ(check.optimal(lp, {}, true, point), WarmVerdict::kHolds);
+  EXPECT_EQ(check.optimal(lp, {}, true, point, objective), WarmVerdict::kHolds);
   EXPECT_EQ(point.reduced_cost[0], 1);
 }
 
