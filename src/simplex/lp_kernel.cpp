@@ -73,18 +73,9 @@ void LpKernel<Real>::set_cost(Index col, double cost) {
 
 namespace {
 
-Place place_of(BasisStatus status, bool is_row) {
-  switch (status) {
-    case BasisStatus::kBasic:
-      return Place::kBasic;
-    case BasisStatus::kAtLower:
-      return is_row ? Place::kUpper : Place::kLower;  // the logical is minus the activity
-    case BasisStatus::kAtUpper:
-      return is_row ? Place::kLower : Place::kUpper;
-    default:
-      return Place::kFree;
-  }
-}
+// By status, negated: basic, at lower, at upper, free. A logical is minus its row's activity.
+constexpr Place kColPlace[] = {Place::kBasic, Place::kLower, Place::kUpper, Place::kFree};
+constexpr Place kRowPlace[] = {Place::kBasic, Place::kUpper, Place::kLower, Place::kFree};
 
 }  // namespace
 
@@ -92,15 +83,15 @@ template <class Real>
 void LpKernel<Real>::set_basis(const Basis& basis) {
   basic_work_.resize(static_cast<std::size_t>(core_.num_vars()));
   bool same_set = true;
-  for (Index var = 0; var < core_.num_vars(); ++var) {
-    const bool is_row = var >= core_.n;
-    const Place place = place_of(is_row ? basis.row[var - core_.n] : basis.col[var], is_row);
+  const auto take = [&](Index var, Place place) {
     basic_work_[var] = place == Place::kBasic;
-    same_set = same_set && core_.is_basic(var) == (place == Place::kBasic);
-    if (core_.place[var] == place) continue;
+    if (core_.is_basic(var) != (place == Place::kBasic)) same_set = false;
+    if (core_.place[var] == place) return;
     core_.place[var] = place;
     if (core_.warm) core_.changed_bounds.push_back(var);
-  }
+  };
+  for (Index col = 0; col < core_.n; ++col) take(col, kColPlace[-static_cast<int>(basis.col[col]) & 3]);
+  for (Index row = 0; row < core_.m; ++row) take(core_.n + row, kRowPlace[-static_cast<int>(basis.row[row]) & 3]);
   const bool has_norms =
       basis.head.size() == static_cast<std::size_t>(core_.m) && basis.norm.size() == basis.head.size();
   if (!same_set) {

@@ -23,6 +23,7 @@ class LpKernel {
   void load(const LpData& lp, const Scaling& scaling, double cost_factor);
   [[nodiscard]] bool loaded() const { return loaded_; }
   void unload() { loaded_ = false; }
+  [[nodiscard]] const Scaling& scaling() const { return scaling_; }
 
   void set_col_bounds(Index col, double lower, double upper);
   void set_row_bounds(Index row, double lower, double upper);

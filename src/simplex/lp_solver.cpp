@@ -36,6 +36,7 @@ struct LpSolver::State {
   LpKernel<double> fast;
   LpKernel<Extended> exact;
   bool scaled = true;      // scaling of the loaded fast kernel
+  Scaling kept;            // of the fast kernel when it was unloaded, in step with the rows since; empty: none
   bool use_exact = false;  // the last solve ended in the extended kernel
   Basis pending;           // set by the user, not yet in a kernel
   bool has_pending = false;
@@ -96,7 +97,9 @@ double LpSolver::State::cost_factor() const {
 
 template <class Real>
 void LpSolver::State::load(bool want_scaling) {
-  kernel<Real>().load(data, want_scaling && options.scale ? compute_scaling(data) : unit_scaling(data), cost_factor());
+  const bool scale = want_scaling && options.scale;
+  const bool reuse = scale && std::is_same_v<Real, double> && !kept.row.empty();
+  kernel<Real>().load(data, reuse ? kept : scale ? compute_scaling(data) : unit_scaling(data), cost_factor());
 }
 
 Basis LpSolver::State::current_basis() const {
@@ -113,6 +116,7 @@ Basis LpSolver::State::current_basis() const {
 void LpSolver::State::invalidate() {
   pending = current_basis();
   has_pending = true;
+  if (fast.loaded() && scaled) kept = fast.scaling();
   fast.unload();
   exact.unload();
   solved_before = false;
@@ -332,6 +336,7 @@ void LpSolver::State::solve_anew(const SimplexLimits& limits, const StopToken& s
     pending = current_basis();
     has_pending = true;
     fast.unload();
+    kept = {};
     scaled = true;
   }
   solved_before = fast.loaded() && status != SolveStatus::kNumeric;
@@ -367,6 +372,7 @@ void LpSolver::add_rows(const SparseMatrix& rows, std::span<const double> lower,
   state_->invalidate();
   const Index old_rows = state_->data.num_rows();
   state_->data.matrix.append_rows(rows);
+  if (!state_->kept.row.empty()) extend_scaling(state_->kept, rows);
   state_->data.row_lower.insert(state_->data.row_lower.end(), lower.begin(), lower.end());
   state_->data.row_upper.insert(state_->data.row_upper.end(), upper.begin(), upper.end());
   Basis& basis = state_->pending;
@@ -393,10 +399,12 @@ void LpSolver::delete_rows(std::span<const char> remove) {
     new_row[i] = static_cast<Index>(kept);
     lp.row_lower[kept] = lp.row_lower[i];
     lp.row_upper[kept] = lp.row_upper[i];
+    if (!state_->kept.row.empty()) state_->kept.row[kept] = state_->kept.row[i];
     basis.row[kept++] = basis.row[i];
   }
   lp.row_lower.resize(kept);
   lp.row_upper.resize(kept);
+  if (!state_->kept.row.empty()) state_->kept.row.resize(kept);
   basis.row.resize(kept);
   lp.matrix.compress(keep.data(), nullptr);
   std::size_t positions = 0;
@@ -415,6 +423,7 @@ void LpSolver::delete_rows(std::span<const char> remove) {
 void LpSolver::set_options(const SimplexOptions& options) {
   if (options.scale != state_->options.scale || options.objective_scale != state_->options.objective_scale) {
     state_->invalidate();
+    state_->kept = {};
   }
   state_->options = options;
 }

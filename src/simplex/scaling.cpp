@@ -51,6 +51,12 @@ Scaling unit_scaling(const LpData& lp) {
           std::vector<double>(static_cast<std::size_t>(lp.num_cols()), 1.0)};
 }
 
+void extend_scaling(Scaling& scaling, const SparseMatrix& rows) {
+  std::vector<double> factor(static_cast<std::size_t>(rows.num_cols), 1.0);
+  geometric_pass(rows, scaling.col, factor);
+  for (const double f : factor) scaling.row.push_back(power_of_two(f));
+}
+
 Scaling compute_scaling(const LpData& lp) {
   Scaling scaling = unit_scaling(lp);
   const SparseMatrix& matrix = lp.matrix;
