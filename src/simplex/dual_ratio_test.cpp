@@ -27,7 +27,7 @@ void DualRatioTest<Real>::collect(const SimplexCore<Real>& core, const Scattered
     if (magnitude <= min_pivot) return;
     const Real d = core.reduced_cost[var];
     const Real slack = place == Place::kFree ? Real(0) : place == Place::kLower ? d : -d;
-    candidates_.push_back({var, magnitude, slack});
+    candidates_.push_back({var, magnitude, slack, (std::max<Real>(slack, 0) + core.dual_tol) / magnitude});
   };
   if (alpha_row.dense) {
     for (Index col = 0; col < core.n; ++col) {
@@ -45,23 +45,20 @@ void DualRatioTest<Real>::collect(const SimplexCore<Real>& core, const Scattered
 // number. Rounds of geometrically growing step lengths replace a full sort.
 template <class Real>
 std::size_t DualRatioTest<Real>::select_reachable(const SimplexCore<Real>& core, Real slope) {
-  const Real tolerance = core.dual_tol;
   std::size_t front = 0;
   Real step = 0;
   Real next_step = std::numeric_limits<Real>::infinity();
-  for (const auto& c : candidates_)
-    next_step = std::min<Real>(next_step, (std::max<Real>(c.slack, 0) + tolerance) / c.alpha);
+  for (const auto& c : candidates_) next_step = std::min(next_step, c.ratio);
   while (front < candidates_.size() && slope >= 0) {
     step = Real(kGrowth) * next_step;
     next_step = std::numeric_limits<Real>::infinity();
     for (std::size_t i = front; i < candidates_.size(); ++i) {
       const DualCandidate<Real> c = candidates_[i];
-      const Real ratio = (std::max<Real>(c.slack, 0) + tolerance) / c.alpha;
-      if (ratio <= step) {
+      if (c.ratio <= step) {
         slope -= c.alpha * (core.work_upper[c.var] - core.work_lower[c.var]);  // -inf when not boxed
         std::swap(candidates_[i], candidates_[front++]);
       } else {
-        next_step = std::min(next_step, ratio);
+        next_step = std::min(next_step, c.ratio);
       }
     }
   }
@@ -81,13 +78,9 @@ typename DualRatioTest<Real>::Result DualRatioTest<Real>::choose(const SimplexCo
   if (candidates_.empty()) return result;
   const std::size_t reachable = select_reachable(core, infeasibility);
   if (reachable == 0) return result;  // values that are not numbers: the caller recomputes
-  const Real tolerance = core.dual_tol;
-  const auto ratio = [&](const DualCandidate<Real>& c) { return (std::max<Real>(c.slack, 0) + tolerance) / c.alpha; };
   std::sort(candidates_.begin(), candidates_.begin() + static_cast<std::ptrdiff_t>(reachable),
-            [&](const DualCandidate<Real>& a, const DualCandidate<Real>& b) {
-              const Real ra = ratio(a);
-              const Real rb = ratio(b);
-              return ra < rb || (ra == rb && a.var < b.var);
+            [](const DualCandidate<Real>& a, const DualCandidate<Real>& b) {
+              return a.ratio < b.ratio || (a.ratio == b.ratio && a.var < b.var);
             });
   // Harris groups: all neighbours whose exact breakpoint lies before the group's relaxed bound.
   group_start_.clear();
@@ -96,7 +89,7 @@ typename DualRatioTest<Real>::Result DualRatioTest<Real>::choose(const SimplexCo
   std::size_t i = 0;
   while (i < reachable && slope >= 0) {
     group_start_.push_back(i);
-    const Real bound = ratio(candidates_[i]);
+    const Real bound = candidates_[i].ratio;
     while (i < reachable && candidates_[i].slack <= bound * candidates_[i].alpha) {
       const DualCandidate<Real>& c = candidates_[i];
       slope -= c.alpha * (core.work_upper[c.var] - core.work_lower[c.var]);

@@ -15,6 +15,7 @@ struct DualCandidate {
   Index var;
   Real alpha;  // pivot row entry, signed so that the reduced cost of `var` moves towards its bound: > 0
   Real slack;  // |reduced cost| in its right direction; may be slightly negative
+  Real ratio;  // dual step at which the reduced cost has passed its bound by the dual tolerance
 };
 
 template <class Real>
