@@ -48,14 +48,15 @@ struct Scattered {
       index.resize(kept);
       return;
     }
-    index.clear();
-    for (Index i = 0; i < size(); ++i) {
-      if (value[i] > drop || value[i] < -drop) {
-        index.push_back(i);
-      } else {
-        value[i] = Real(0);
-      }
+    index.resize(value.size());
+    std::size_t kept = 0;
+    for (Index i = 0; i < size(); ++i) {  // without branches: which entries stay is hard to predict
+      const bool keep = value[i] > drop || value[i] < -drop;
+      value[i] = keep ? value[i] : Real(0);
+      index[kept] = i;
+      kept += keep ? 1 : 0;
     }
+    index.resize(kept);
     dense = false;
   }
 };
