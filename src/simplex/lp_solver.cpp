@@ -48,7 +48,7 @@ struct LpSolver::State {
   double farkas_gap = 0;
 
   // Solves that go on from the last one's values end without recomputing them, as long as the check bears it out. After
-  // a failure the next `backoff` solves recompute; each further failure doubles that.
+  // a failed optimum the next `backoff` solves recompute; each further failure doubles that.
   WarmCheck warm_check;
   bool solved_before = false;  // the loaded fast kernel has come through a solve
   int backoff = 1, recomputing = 0;
@@ -281,8 +281,11 @@ bool LpSolver::State::solve_by_updates(const SimplexLimits& limits, const StopTo
   if (has_pending) fast.set_basis(pending);
   has_pending = false;
   if (accept_updated(run<double>(kAttempts[0], true, limits, stop, simplex_log))) return true;
-  recomputing = backoff;
-  backoff = std::min(2 * backoff, kMaxBackoff);
+  // An unproven infeasibility says little about the values: with fresh factors other pivots may do.
+  if (status == SolveStatus::kOptimal) {
+    recomputing = backoff;
+    backoff = std::min(2 * backoff, kMaxBackoff);
+  }
   fast.distrust();
   return false;
 }
