@@ -7,7 +7,11 @@ namespace zorvex {
 
 namespace {
 constexpr int kMaxAlgorithmSwitches = 12;
-constexpr Index kMaxExchanges = 40;  // columns by which two bases may differ for updates to beat a factorization
+// Columns by which two bases may differ for updates to beat a factorization: measured break-even of small models, one
+// more for every so many rows.
+constexpr Index kMinExchanges = 10;
+constexpr Index kMaxExchanges = 40;
+constexpr Index kRowsPerExchange = 500;
 constexpr int kSwitchesWithPerturbation = 4;  // later runs of the primal do without
 }  // namespace
 
@@ -96,7 +100,8 @@ void LpKernel<Real>::set_basis(const Basis& basis) {
       basis.head.size() == static_cast<std::size_t>(core_.m) && basis.norm.size() == basis.head.size();
   if (!same_set) {
     core_.warm = core_.weights_valid = false;
-    const bool exchanged = core_.factor_valid && core_.exchange_basis(basic_work_, kMaxExchanges);
+    const Index most = std::min(kMaxExchanges, kMinExchanges + core_.m / kRowsPerExchange);
+    const bool exchanged = core_.factor_valid && core_.exchange_basis(basic_work_, most);
     core_.factor_valid = exchanged;
     if (!exchanged) take_heads(has_norms ? basis.head : std::vector<Index>());
   }
