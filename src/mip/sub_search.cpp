@@ -20,8 +20,9 @@ bool removable(const SearchModel& model, Index col, double value) {
   return !model.has_gap(col) || value <= model.gap_lower[col] || value >= model.gap_upper[col];
 }
 
-void copy_sets(const MipProblem& full, const std::vector<Index>& new_col, MipProblem& sub) {
-  for (const SosSet& set : full.sos) {
+// Of the sets that can be violated at all, whose columns are all there; the problem may have others.
+void copy_sets(const SearchModel& model, const std::vector<Index>& new_col, MipProblem& sub) {
+  for (const SosSet& set : model.sos) {
     SosSet copy = set;
     for (Index& member : copy.member) member = new_col[member];
     sub.sos.push_back(std::move(copy));
@@ -82,7 +83,7 @@ SubProblem cut_out(const SearchModel& model, const MipProblem& full, const SubSe
     sub.lp.col_upper.push_back(upper);
     sub.type.push_back(type);
   }
-  copy_sets(full, new_col, sub);
+  copy_sets(model, new_col, sub);
   return result;
 }
 
