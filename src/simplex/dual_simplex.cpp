@@ -9,7 +9,9 @@ namespace {
 constexpr double kWeightDistrust = 0.25;   // a stored weight below this share of the exact one re-opens the choice
 constexpr int kMaxWeightCorrections = 10;  // choices re-opened in one iteration
 constexpr int kStallLength = 50;           // degenerate dual steps in a row that bring on the perturbation
-constexpr int kMaxSmallPivots = 20;        // rejected rows before a rebuild
+constexpr double kWarmPatience = 500, kWarmPatienceShare = 0.5;  // iterations, and per row and column, of a warm run
+constexpr double kPatience = 5000, kPatienceShare = 20;          // and of one from fresh values
+constexpr int kMaxSmallPivots = 20;                              // rejected rows before a rebuild
 }  // namespace
 
 template <class Real>
@@ -58,6 +60,8 @@ SimplexOutcome DualSimplex<Real>::solve() {
       outcome = finish_infeasible(stopped);
     } else if (step == Step::kCutoff) {
       return SimplexOutcome::kCutoff;
+    } else if (step == Step::kGivenUp) {
+      return SimplexOutcome::kOtherAlgorithm;
     }
     if (stopped) return outcome;
   }
@@ -166,12 +170,23 @@ bool DualSimplex<Real>::select_pivot_row(Index& position) {
 }
 
 template <class Real>
+double DualSimplex<Real>::patience() const {
+  const double size = static_cast<double>(core_.num_vars());
+  return options_.trust_updates ? kWarmPatience + kWarmPatienceShare * size : kPatience + kPatienceShare * size;
+}
+
+template <class Real>
 typename DualSimplex<Real>::Step DualSimplex<Real>::iterate() {
   if (core_.needs_refactor()) return Step::kRebuild;
   if (core_.stop->stop_requested() || core_.iterations + core_.iteration_offset >= core_.iteration_limit) {
     return Step::kStopped;
   }
-  if (may_perturb_ && degenerate_steps_ > kStallLength) {
+  // Ties that neither count as degenerate steps nor move the objective for good show by the length of the run alone.
+  ++run_iterations_;
+  if (run_iterations_ > patience()) return Step::kGivenUp;
+  const bool late = !perturbed_late_ && run_iterations_ > patience() / 2;
+  if (late || (may_perturb_ && degenerate_steps_ > kStallLength)) {
+    perturbed_late_ = perturbed_late_ || late;
     perturb_costs();
     core_.compute_duals();
     return Step::kRebuild;

@@ -28,11 +28,12 @@ class DualSimplex {
   explicit DualSimplex(SimplexCore<Real>& core);
 
   // Runs from the basis in the core. kOtherAlgorithm: the basis is primal feasible but lost dual feasibility when the
-  // perturbation went, or cannot be made dual feasible, or the model is probably infeasible but no proof was found.
+  // perturbation went, or cannot be made dual feasible, or the model is probably infeasible but no proof was found, or
+  // the run goes on for far longer than runs do: it cycles.
   SimplexOutcome run(const DualOptions& options);
 
  private:
-  enum class Step { kContinue, kRebuild, kNoLeaving, kNoEntering, kStopped, kCutoff };
+  enum class Step { kContinue, kRebuild, kNoLeaving, kNoEntering, kStopped, kCutoff, kGivenUp };
 
   void begin(const DualOptions& options);
   SimplexOutcome solve();
@@ -42,6 +43,7 @@ class DualSimplex {
   bool factorize(SimplexOutcome& outcome);
   SimplexOutcome rebuild(bool& stopped);
   Step iterate();
+  [[nodiscard]] double patience() const;
   [[nodiscard]] SimplexOutcome stop_reason() const;
   bool select_pivot_row(Index& position);
   bool pivot_is_trustworthy(Index position, Index entering, Real row_alpha);
@@ -80,6 +82,8 @@ class DualSimplex {
   Index failed_position_ = -1;  // leaving row for which no entering variable was found
   int small_pivots_ = 0;
   int degenerate_steps_ = 0;
+  double run_iterations_ = 0;
+  bool perturbed_late_ = false;
 };
 
 }  // namespace zorvex

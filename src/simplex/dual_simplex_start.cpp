@@ -28,6 +28,8 @@ void DualSimplex<Real>::begin(const DualOptions& options) {
   may_perturb_ = options.perturb_value > 0;
   failed_position_ = -1;
   small_pivots_ = degenerate_steps_ = 0;
+  run_iterations_ = 0;
+  perturbed_late_ = options.perturb_value <= 0;
 }
 
 // The values of the last solve, moved along with the bounds that changed.
