@@ -51,6 +51,6 @@ inline constexpr double kCutDynamism = 1e6;        // largest over smallest coef
 inline constexpr double kCutViolation = 1e-4;      // minimum violation divided by the norm
 inline constexpr double kCutRhsRelax = 1e-9;       // right-hand sides are moved outward by this, relative
 inline constexpr double kCutFractionality = 0.01;  // distance of f0 from 0 and 1 needed for rounding cuts
-inline constexpr double kCutParallel = 0.9;        // cosine above which two cuts are not taken together
+inline constexpr double kCutParallel = 0.98;       // cosine above which two cuts are not taken together
 
 }  // namespace zorvex::mip_tol

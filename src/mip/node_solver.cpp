@@ -23,8 +23,10 @@ constexpr int kMaxCutAge = 2;                    // rounds a cut may stay in the
 constexpr double kUnboundedNodes = 1000;         // of the search for a feasible point when a relaxation is unbounded
 constexpr int kRootListenRounds = 80;            // times a listener may cut off the root's relaxation ...
 constexpr int kListenRounds = 20;                // ... or another node's
-constexpr int kMaxRestarts = 3;                  // of the root
+constexpr int kMaxRootRestarts = 2;              // before the first branching
 constexpr double kRestartShare = 0.2;            // of the integer columns fixed since the model was prepared
+constexpr int kMaxRestarts = 6;                  // in all
+constexpr double kRestartNodes = 2000;           // explored nodes that a restart may throw away
 constexpr double kCheapRoot = 1e6;   // iterations times rows of a root relaxation that may be solved again lightly
 constexpr int kMaxTightenings = 50;  // new starts of a node because strong branching tightened it
 
@@ -268,7 +270,7 @@ NodeSolver::Step NodeSolver::work_on(Node& node, NodeResult& result) {
     }
     step = run_node_heuristics(node);
     if (step != Step::kGoOn) return step;
-    if (node.root() && restarts_ < kMaxRestarts) {
+    if (node.root() && restarts_ < kMaxRootRestarts && may_restart()) {
       bool restarted = false;
       step = restart(node, restarted);
       if (step != Step::kGoOn) return step;
@@ -408,6 +410,11 @@ NodeSolver::Step NodeSolver::run_node_heuristics(Node& node) {
   return state_.incumbents.prunes(node.bound) ? Step::kCutoff : Step::kGoOn;
 }
 
+bool NodeSolver::may_restart() const {
+  // Rows that came up during the search live in the cut pool, which a restart empties.
+  return !state_.options.keep_all_solutions && state_.side_cuts.empty();
+}
+
 // Counts what a new start would find settled: fixed integer columns, and bounds of the few columns that carry the
 // objective.
 bool NodeSolver::worth_restarting() const {
@@ -429,25 +436,47 @@ bool NodeSolver::worth_restarting() const {
   return fixed > kRestartShare * open || (objective_moved && cheap);
 }
 
-// Starts the root again from a model in which everything learnt so far is built in. Only before the first branching.
-NodeSolver::Step NodeSolver::restart(Node& node, bool& restarted) {
+// Brings the domain, at its lowest level, up to date with what holds everywhere; false when nothing is left.
+bool NodeSolver::absorb_global_bounds() {
   Domain& domain = state_.domain;
+  state_.sync_cutoff();
   for (const BoundChange& change : state_.pending_global) domain.apply(change, Reason::kRelaxation);
   state_.pending_global.clear();
-  if (!domain.propagate()) return Step::kCutoff;
-  // Rows that came up during the search live in the cut pool, which a restart empties.
-  if (state_.options.keep_all_solutions || !state_.side_cuts.empty() || !worth_restarting()) return Step::kGoOn;
-  adopt_bounds(state_.model, domain);
+  return domain.propagate();
+}
+
+// Builds everything learnt so far into the search model; false when nothing is left.
+bool NodeSolver::rebuild_root() {
+  adopt_bounds(state_.model, state_.domain);
   const Preparation preparation = prepare(state_.model, prepare_options(state_.options), state_.stop);
-  if (preparation.infeasible) return Step::kCutoff;
+  if (preparation.infeasible) return false;
   state_.cutoff_built_in = true;
   state_.restart_root();
   active_path_.clear();
   lp_basis_.reset();
   lp_moved_ = false;
   ++restarts_;
+  return true;
+}
+
+// Starts the root again before the first branching.
+NodeSolver::Step NodeSolver::restart(Node& node, bool& restarted) {
+  if (!absorb_global_bounds()) return Step::kCutoff;
+  if (!worth_restarting()) return Step::kGoOn;
+  if (!rebuild_root()) return Step::kCutoff;
   restarted = true;
   return relax(node);
+}
+
+NodeSolver::Review NodeSolver::review() {
+  if (state_.incumbents.found() == reviewed_solutions_) return Review::kGoOn;
+  reviewed_solutions_ = state_.incumbents.found();
+  if (restarts_ >= kMaxRestarts || state_.explored > kRestartNodes || !may_restart()) return Review::kGoOn;
+  state_.domain.backtrack(0);
+  active_path_.clear();
+  if (!absorb_global_bounds()) return Review::kDone;
+  if (!worth_restarting()) return Review::kGoOn;
+  return rebuild_root() ? Review::kRestart : Review::kDone;
 }
 
 // The relaxation is integral within the tolerance. Either that settles the node, or a decision to branch further is

@@ -24,6 +24,12 @@ class NodeSolver {
 
   NodeResult process(Node& node);
 
+  // Between nodes, after a better solution came up in a tree that is still small: whether starting over at the root,
+  // with everything learnt built into the model, is worth more than the tree. kRestart: the search model is ready for
+  // it; kDone: nothing better is left at all.
+  enum class Review { kGoOn, kRestart, kDone };
+  Review review();
+
  private:
   // How far work on a node got.
   enum class Step { kGoOn, kInfeasible, kCutoff, kStopped, kTrouble, kDone };
@@ -50,7 +56,10 @@ class NodeSolver {
   std::unique_ptr<Node> make_child(const Node& node, const Branch& branch, bool up, Index col);
   Step run_node_heuristics(Node& node);
   Step restart(Node& node, bool& restarted);
+  [[nodiscard]] bool may_restart() const;
   [[nodiscard]] bool worth_restarting() const;
+  bool absorb_global_bounds();
+  bool rebuild_root();
   void describe(const Node& node, NodeLine& line) const;
   [[nodiscard]] double estimate_gain() const;
   void restore_lp();
@@ -63,6 +72,7 @@ class NodeSolver {
   std::shared_ptr<const PackedBasis> lp_basis_;               // basis the LP holds, when known
   SolveStatus lp_status_ = SolveStatus::kLoaded;
   int restarts_ = 0;
+  int reviewed_solutions_ = 0;      // found when the tree was last looked at
   std::size_t changes_before_ = 0;  // of the domain when the node's own branching was applied
 };
 

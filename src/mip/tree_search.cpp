@@ -32,6 +32,7 @@ SolveStatus TreeSearch::test() const {
 
 void TreeSearch::process_root() {
   auto root = std::make_unique<Node>();
+  root->bound = state_.root_bound;
   NodeResult result = solver_.process(*root);
   if (result.unfinished) {
     // Nothing is stored for an unfinished root: a resumed call starts it again from the basis the LP holds.
@@ -49,9 +50,12 @@ void TreeSearch::process_root() {
 }
 
 SolveStatus TreeSearch::run() {
-  if (!root_done_) process_root();
   bool stopped = false;
   for (;;) {
+    if (!root_done_ && !stopped) {
+      process_root();
+      stopped = !root_done_;
+    }
     if (state_.options.hooks != nullptr) {
       state_.options.hooks->search(state_.search_progress());
       accept_offered_points(state_);
@@ -121,7 +125,20 @@ bool TreeSearch::explore(std::unique_ptr<Node> node) {
   place_children(result);
   state_.log.node(result.line, state_.progress());
   ++state_.explored;
+  review_tree();
   return true;
+}
+
+// Drops the tree when its root is worth more than it.
+void TreeSearch::review_tree() {
+  const NodeSolver::Review review = solver_.review();
+  if (review == NodeSolver::Review::kGoOn) return;
+  const double bound = state_.node_bound();
+  state_.next.reset();
+  state_.nodes.prune(-mip_tol::kNone);
+  if (review == NodeSolver::Review::kDone || bound >= mip_tol::kNone) return;
+  state_.root_bound = std::min(bound, state_.incumbents.best_objective());
+  root_done_ = false;
 }
 
 }  // namespace zorvex

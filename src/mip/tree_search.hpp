@@ -27,6 +27,7 @@ class TreeSearch {
   // False when a limit ended the work on the node.
   bool explore(std::unique_ptr<Node> node);
   void place_children(NodeResult& result);
+  void review_tree();
   [[nodiscard]] bool keep_plunging(const Node& child) const;
   [[nodiscard]] int best_bound_period() const;
 
