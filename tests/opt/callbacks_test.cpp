@@ -51,16 +51,17 @@ Tiny transport() {
   return tiny;
 }
 
-// A knapsack with two rows, to be maximised, whose tree has some nodes.
+// A knapsack with two rows, to be maximised, whose profits follow the weights: cuts do not settle it, its tree has some
+// nodes.
 Tiny knapsack() {
   Tiny tiny;
   tiny.sense = -1;
-  constexpr int kItems = 24;
+  constexpr int kItems = 15;
   Row first{{}, '<', 0}, second{{}, '<', 0};
   for (int item = 0; item < kItems; ++item) {
-    tiny.obj.push_back(31 + (item * 29) % 47 + 0.25 * (item % 3));
     first.coefficient.push_back(23 + (item * 17) % 41);
     second.coefficient.push_back(19 + (item * 31) % 53);
+    tiny.obj.push_back(first.coefficient.back() + second.coefficient.back() + 10 + 0.25 * (item % 3));
     first.rhs += first.coefficient.back() / 2;
     second.rhs += second.coefficient.back() / 2;
     tiny.ub.push_back(1);
@@ -202,7 +203,7 @@ TEST(Callbacks, SearchFiguresAreConsistent) {
   const Env env = quiet_env();
   double incumbent = -1e100, last_nodes = 0;
   int solutions = 0, nodes_asked = 0;
-  std::vector<double> last(24);
+  std::vector<double> last(knapsack().obj.size());
   Body body = [&](ZLPmodel* model, ZLPcbdata* cbdata, int where) {
     if (std::count(std::begin(kSearch), std::end(kSearch), where) == 0) return 0;
     EXPECT_EQ(incumbent, ask_double(cbdata, where, ZLP_WHAT_MIP_INCUMBENT));
@@ -214,7 +215,7 @@ TEST(Callbacks, SearchFiguresAreConsistent) {
     last_nodes = nodes;
     if (where == ZLP_WHERE_MIP_NODE) {
       ++nodes_asked;
-      std::vector<double> x(24);
+      std::vector<double> x(knapsack().obj.size());
       EXPECT_EQ(0, ZLPcbget(cbdata, where, ZLP_WHAT_NODE_RELAXATION, x.data()));
       double value = 0;
       bool fractional = false;
@@ -429,12 +430,13 @@ TEST(CallbackSolutions, AreTakenLikeStarts) {
   struct Case {
     const char* what;
     std::vector<double> point;
-    bool first;  // becomes the first solution of a search without heuristics; otherwise it would beat the optimum
+    bool first;        // becomes the first solution of a search without heuristics; otherwise it would beat the optimum
+    double share = 0;  // of the optimum that a completion may miss
   };
   const Case cases[] = {{"the optimum", best, true},
                         {"half of it", partial, true},
                         {"infeasible", std::vector<double>(best.size(), 1.0), false},
-                        {"nothing fixed", std::vector<double>(best.size(), ZLP_UNDEFINED), true}};
+                        {"nothing fixed", std::vector<double>(best.size(), ZLP_UNDEFINED), true, 0.01}};
   for (const Case& c : cases) {
     std::vector<double> objectives;
     bool offered = false;
@@ -455,7 +457,8 @@ TEST(CallbackSolutions, AreTakenLikeStarts) {
     EXPECT_NEAR(dbl_attr(plain.get(), "ObjVal"), dbl_attr(model.get(), "ObjVal"), 1e-9);
     ASSERT_FALSE(objectives.empty());
     if (c.first) {
-      EXPECT_NEAR(dbl_attr(plain.get(), "ObjVal"), objectives.front(), 1e-9) << c.what;
+      const double objective = dbl_attr(plain.get(), "ObjVal");
+      EXPECT_NEAR(objective, objectives.front(), 1e-9 + c.share * objective) << c.what;
     } else {
       EXPECT_LE(objectives.front(), dbl_attr(plain.get(), "ObjVal") + 1e-9) << c.what;
     }
