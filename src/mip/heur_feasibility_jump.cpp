@@ -66,6 +66,8 @@ class FeasibilityJump {
   [[nodiscard]] double best_value(Index col) const;
   void refresh(Index col);
   void move(Index col);
+  template <class Share>
+  void adjust_scores(Index row, const Share& share);
   void shift_neighbours(Index row, double before, double after);
   void raise_weights();
   [[nodiscard]] Index choose();
@@ -194,8 +196,10 @@ void FeasibilityJump::refresh(Index col) {
   good_.set(col, jump_[col].score > kLeastScore);
 }
 
-// The row's activity went from `before` to `after`: its share of every score changes.
-void FeasibilityJump::shift_neighbours(Index row, double before, double after) {
+// Adds share(move of the row's activity by the jump) to the score of every two-valued column of the row; the others are
+// looked at anew.
+template <class Share>
+void FeasibilityJump::adjust_scores(Index row, const Share& share) {
   work_ += model_.rows.end(row) - model_.rows.begin(row);
   for (Offset k = model_.rows.begin(row); k < model_.rows.end(row); ++k) {
     const Index col = model_.rows.index[k];
@@ -205,13 +209,18 @@ void FeasibilityJump::shift_neighbours(Index row, double before, double after) {
       continue;
     }
     Jump& jump = jump_[col];
-    const double step = model_.rows.value[k] * scale_[row] * (jump.value - x_[col]);
-    const double was = violation(row, before) - violation(row, before + step);
-    const double is = violation(row, after) - violation(row, after + step);
-    if (was == is) continue;
-    jump.score += weight_[row] * (is - was);
+    jump.score += share(model_.rows.value[k] * scale_[row] * (jump.value - x_[col]));
     good_.set(col, jump.score > kLeastScore);
   }
+}
+
+// The row's activity went from `before` to `after`: its share of every score changes.
+void FeasibilityJump::shift_neighbours(Index row, double before, double after) {
+  adjust_scores(row, [&](double step) {
+    const double was = violation(row, before) - violation(row, before + step);
+    const double is = violation(row, after) - violation(row, after + step);
+    return weight_[row] * (is - was);
+  });
 }
 
 void FeasibilityJump::move(Index col) {
@@ -234,19 +243,8 @@ void FeasibilityJump::raise_weights() {
   const std::vector<Index> rows = violated_.list();
   for (const Index row : rows) {
     weight_[row] += 1;
-    work_ += model_.rows.end(row) - model_.rows.begin(row);
-    for (Offset k = model_.rows.begin(row); k < model_.rows.end(row); ++k) {
-      const Index col = model_.rows.index[k];
-      if (range_[col] == 0) continue;
-      if (!two_valued(col)) {
-        refresh(col);
-        continue;
-      }
-      Jump& jump = jump_[col];
-      const double step = model_.rows.value[k] * scale_[row] * (jump.value - x_[col]);
-      jump.score += violation(row, activity_[row]) - violation(row, activity_[row] + step);
-      good_.set(col, jump.score > kLeastScore);
-    }
+    const double now = violation(row, activity_[row]);
+    adjust_scores(row, [&](double step) { return now - violation(row, activity_[row] + step); });
   }
 }
 
