@@ -245,8 +245,9 @@ SimplexOutcome LpSolver::State::run(const Attempt& how, bool updates, const Simp
   LpKernel<Real>& lp_kernel = kernel<Real>();
   SimplexLimits kernel_limits = limits;  // the kernel does not know the objective's constant
   kernel_limits.objective -= data.offset;
-  const SimplexOutcome outcome =
-      lp_kernel.run(options, kernel_limits, how.share, updates, stop, simplex_log, iterations);
+  kernel_limits.iterations += options.first_iteration;
+  const SimplexOutcome outcome = lp_kernel.run(options, kernel_limits, how.share, updates, stop, simplex_log,
+                                               options.first_iteration + iterations);
   iterations += lp_kernel.core().iterations;
   work += lp_kernel.core().work;
   lp_kernel.core().work = 0;

@@ -33,6 +33,7 @@ struct SimplexOptions {
   int sense = 1;                // objective values are multiplied by it when printed
   bool root_log = false;        // print the log as that of a root relaxation
   double log_start_time = 0;    // now_seconds() at which the surrounding solve began; 0: at the call
+  double first_iteration = 0;   // iterations of earlier phases of the surrounding solve: the log counts on from there
 };
 
 // Limits of one solve() call.

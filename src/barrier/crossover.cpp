@@ -1,0 +1,161 @@
+#include "barrier/crossover.hpp"
+
+#include <algorithm>
+#include <cmath>
+
+#include "barrier/crossover_push.hpp"
+
+namespace zorvex {
+
+namespace {
+
+// How the parameter Crossover orders the phases.
+bool duals_first(int crossover) { return crossover == 1 || crossover == 2; }
+
+// One call of run_crossover: its inputs and the result it is building.
+class Crossover {
+ public:
+  Crossover(const LpData& lp, const InteriorPoint& point, const CrossoverOptions& options, const SimplexLimits& limits,
+            const StopToken& stop, LogSink& log)
+      : lp_(lp), point_(point), options_(options), limits_(limits), stop_(stop), log_(log) {
+    if (options_.simplex.log_start_time <= 0) options_.simplex.log_start_time = now_seconds();
+    options_.simplex.root_log = options_.root_log;
+  }
+
+  CrossoverResult run();
+
+ private:
+  template <class Real>
+  SolveStatus push_to_basis();
+  template <class Real>
+  SolveStatus push(LpKernel<Real>& kernel, SimplexLog& log, CrossoverSides<Real> sides);
+  template <class Real>
+  SolveStatus push_phases(CrossoverPush<Real>& phases);
+  [[nodiscard]] SimplexAlgorithm last_simplex(Index primal_infeasibilities, Index dual_infeasibilities) const;
+  [[nodiscard]] SimplexLog make_log() const;
+  void clean_up();
+
+  const LpData& lp_;
+  const InteriorPoint& point_;
+  CrossoverOptions options_;
+  const SimplexLimits& limits_;
+  const StopToken& stop_;
+  LogSink& log_;
+  CrossoverResult result_;
+};
+
+SimplexLog Crossover::make_log() const {
+  SimplexLog::Settings settings;
+  settings.start_time = options_.simplex.log_start_time;
+  settings.display_interval = options_.simplex.display_interval;
+  settings.root = options_.root_log;
+  settings.crossover = true;
+  settings.sense = options_.simplex.sense;
+  return SimplexLog(log_, settings);
+}
+
+SimplexAlgorithm Crossover::last_simplex(Index primal_infeasibilities, Index dual_infeasibilities) const {
+  if (options_.crossover == 1 || options_.crossover == 3) return SimplexAlgorithm::kPrimal;
+  if (options_.crossover == 2 || options_.crossover == 4) return SimplexAlgorithm::kDual;
+  return dual_infeasibilities > primal_infeasibilities ? SimplexAlgorithm::kPrimal : SimplexAlgorithm::kDual;
+}
+
+template <class Real>
+SolveStatus Crossover::push_phases(CrossoverPush<Real>& phases) {
+  const bool duals = duals_first(options_.crossover);
+  SolveStatus status = duals ? phases.push_dual() : phases.push_primal();
+  if (status == SolveStatus::kLoaded) status = duals ? phases.push_primal() : phases.push_dual();
+  if (status == SolveStatus::kLoaded) status = phases.finish();
+  return status;
+}
+
+template <class Real>
+SolveStatus Crossover::push(LpKernel<Real>& kernel, SimplexLog& log, CrossoverSides<Real> sides) {
+  SimplexCore<Real>& core = kernel.core();
+  const CrossoverBasis<Real> basis = choose_crossover_basis(core, sides, options_.crossover_basis != 0, stop_);
+  if (basis.stopped) return stop_.poll();
+  if (basis.dropped > 0) log_.diagnose("%d Columns dropped for crossover initial basis\n", basis.dropped);
+  if (!log.settings().root || log.due()) log.crossover(SimplexLog::Kind::kCrossoverBasis, basis.placed, 0, 0);
+  QuietLog quiet;  // the factorizations of the pushes have no lines of their own
+  SimplexLog factor_log(quiet, {});
+  core.stop = &stop_;
+  core.log = &factor_log;
+  core.primal_tol = Real(options_.simplex.primal_feasibility_tol * kToleranceShare);
+  core.dual_tol = Real(options_.simplex.dual_feasibility_tol * kToleranceShare);
+  core.iteration_limit = limits_.iterations;
+  core.begin_solve(options_.simplex.markowitz_tol);
+  CrossoverPush<Real> phases(core, log);
+  SolveStatus status = phases.start(basis, std::move(sides));
+  if (status == SolveStatus::kLoaded) status = push_phases(phases);
+  result_.pushes = phases.pushes();
+  result_.push_pivots = result_.iterations = core.iterations;
+  if (status == SolveStatus::kLoaded) {
+    options_.simplex.algorithm = last_simplex(phases.primal_infeasibilities(), phases.dual_infeasibilities());
+    result_.basis = kernel.basis();
+  }
+  return status;
+}
+
+// Ends with kLoaded when the simplex is to go on, from the basis of the result or, if that is empty, from scratch.
+template <class Real>
+SolveStatus Crossover::push_to_basis() {
+  LpKernel<Real> kernel;
+  kernel.load(lp_, options_.simplex.scale ? compute_scaling(lp_) : unit_scaling(lp_), 1);
+  SimplexLog log = make_log();
+  CrossoverSides<Real> sides = find_sides(kernel, point_);
+  Index free = 0;
+  for (Index col = 0; col < lp_.num_cols(); ++col) {
+    if (std::isinf(lp_.col_lower[col]) && std::isinf(lp_.col_upper[col])) ++free;
+  }
+  if (free > 0 && (!log.settings().root || log.due())) log.crossover(SimplexLog::Kind::kFreeVariables, free, 0, 0);
+  const SolveStatus status = push(kernel, log, std::move(sides));
+  return status == SolveStatus::kNumeric ? SolveStatus::kLoaded : status;
+}
+
+void Crossover::clean_up() {
+  SimplexOptions simplex = options_.simplex;
+  simplex.first_iteration = options_.iteration_offset + result_.iterations;
+  LpSolver solver(lp_, simplex, log_);
+  if (!result_.basis.empty()) solver.set_basis(result_.basis);
+  SimplexLimits rest = limits_;
+  rest.iterations -= result_.iterations;
+  result_.status = solver.solve(rest, stop_);
+  result_.iterations += solver.iterations();
+  result_.point = solver.point();
+  result_.basis = solver.basis();
+  result_.farkas = solver.farkas();
+  result_.farkas_violation = solver.farkas_violation();
+  result_.ray = solver.ray();
+  result_.extended_precision = solver.extended_precision();
+}
+
+CrossoverResult Crossover::run() {
+  if (point_.x.size() != static_cast<std::size_t>(lp_.num_cols()) ||
+      point_.pi.size() != static_cast<std::size_t>(lp_.num_rows())) {
+    log_.write("Barrier solution isn't available for crossover\n");
+    return std::move(result_);
+  }
+  log_.print("  Building initial crossover basis %33.0fs\n",
+             std::floor(now_seconds() - options_.simplex.log_start_time));
+  SolveStatus status = SolveStatus::kLoaded;
+  if (lp_.num_rows() > 0) {
+    const bool extended = options_.simplex.precision == Precision::kExtended;
+    status = extended ? push_to_basis<Extended>() : push_to_basis<double>();
+  }
+  if (status == SolveStatus::kLoaded) {
+    clean_up();
+  } else {
+    result_.status = status;
+    result_.point = {point_.x, point_.row_activity, point_.pi, point_.reduced_cost};
+  }
+  return std::move(result_);
+}
+
+}  // namespace
+
+CrossoverResult run_crossover(const LpData& lp, const InteriorPoint& point, const CrossoverOptions& options,
+                              const SimplexLimits& limits, const StopToken& stop, LogSink& log) {
+  return Crossover(lp, point, options, limits, stop, log).run();
+}
+
+}  // namespace zorvex
