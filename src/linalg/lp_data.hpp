@@ -1,4 +1,4 @@
-// One continuous model as the solvers see it: minimise cost'x + offset over row and column bounds.
+// One continuous model as the solvers see it: minimise cost'x + 1/2 x'Qx + offset over row and column bounds.
 #pragma once
 
 #include <vector>
@@ -11,13 +11,18 @@ namespace zorvex {
 // Shapes: cost, col_lower, col_upper have matrix.num_cols entries; row_lower, row_upper matrix.num_rows.
 // Infinite bounds are IEEE infinities; an equality row has equal bounds. Always a minimisation: the driver negates the
 // objective of a maximisation model and the sign of duals on the way out.
+// `quadratic` is the lower triangle of the symmetric Q with its diagonal, num_cols x num_cols, entries of a column in
+// increasing row order: an entry v at (i, j), i > j, stands for Q_ij = Q_ji = v. It has no columns when the model is
+// linear.
 struct LpData {
   SparseMatrix matrix;
   std::vector<double> cost;
   std::vector<double> col_lower, col_upper;
   std::vector<double> row_lower, row_upper;
   double offset = 0;
+  SparseMatrix quadratic;
 
+  [[nodiscard]] bool is_quadratic() const { return quadratic.num_nonzeros() > 0; }
   [[nodiscard]] Index num_rows() const { return matrix.num_rows; }
   [[nodiscard]] Index num_cols() const { return matrix.num_cols; }
 };

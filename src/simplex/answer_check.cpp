@@ -1,5 +1,6 @@
 #include "simplex/answer_check.hpp"
 
+#include <algorithm>
 #include <cmath>
 
 namespace zorvex {
@@ -15,9 +16,33 @@ ProblemView view_of(const LpData& lp) {
           lp.cost.data(), lp.col_lower.data(), lp.col_upper.data(),    lp.row_lower.data(),    lp.row_upper.data()};
 }
 
+std::vector<double> gradient_at(const LpData& lp, const std::vector<double>& x) {
+  if (!lp.is_quadratic()) return lp.cost;
+  std::vector<Extended> gradient(lp.cost.begin(), lp.cost.end());
+  const SparseMatrix& q = lp.quadratic;
+  for (Index col = 0; col < q.num_cols; ++col) {
+    for (Offset k = q.begin(col); k < q.end(col); ++k) {
+      const Index row = q.index[k];
+      gradient[row] += Extended(q.value[k]) * x[col];
+      if (row != col) gradient[col] += Extended(q.value[k]) * x[row];
+    }
+  }
+  std::vector<double> result;
+  result.reserve(gradient.size());
+  for (const Extended value : gradient) result.push_back(static_cast<double>(value));
+  return result;
+}
+
 double objective_at(const LpData& lp, const std::vector<double>& x) {
   Extended sum = lp.offset;
   for (Index col = 0; col < lp.num_cols(); ++col) sum += Extended(lp.cost[col]) * x[col];
+  const SparseMatrix& q = lp.quadratic;
+  for (Index col = 0; col < q.num_cols; ++col) {
+    for (Offset k = q.begin(col); k < q.end(col); ++k) {
+      const Extended product = Extended(q.value[k]) * x[q.index[k]] * x[col];
+      sum += q.index[k] == col ? product / 2 : product;
+    }
+  }
   return static_cast<double>(sum);
 }
 
@@ -26,9 +51,16 @@ bool is_feasible(const LpData& lp, const std::vector<double>& x, double toleranc
   return primal.bound.max <= tolerance && primal.row.max <= tolerance;
 }
 
+DualQuality dual_quality_of(const LpData& lp, const LpPoint& point, bool with_point) {
+  ProblemView view = view_of(lp);
+  const std::vector<double> gradient = gradient_at(lp, point.x);
+  view.cost = gradient.data();
+  return measure_dual(view, point.pi, point.reduced_cost, with_point ? std::span(point.x) : std::span<const double>());
+}
+
 bool is_optimal(const LpData& lp, const LpPoint& point, const SimplexOptions& options) {
   if (!is_feasible(lp, point.x, options.primal_feasibility_tol)) return false;
-  const DualQuality dual = measure_dual(view_of(lp), point.pi, point.reduced_cost, {});
+  const DualQuality dual = dual_quality_of(lp, point, false);
   return dual.sign.max <= options.dual_feasibility_tol;
 }
 
@@ -37,7 +69,31 @@ bool proves_infeasible(const LpData& lp, const std::vector<double>& y, double& g
   return gap > kMinFarkasGap;
 }
 
+namespace {
+
+// Q ray is zero up to rounding, entry by entry against the terms it sums.
+bool is_flat(const SparseMatrix& q, const std::vector<double>& ray) {
+  std::vector<Extended> sum(ray.size(), 0), largest(ray.size(), 0);
+  const auto add = [&](Index at, Extended term) {
+    sum[at] += term;
+    largest[at] = std::max(largest[at], std::abs(term));
+  };
+  for (Index col = 0; col < q.num_cols; ++col) {
+    for (Offset k = q.begin(col); k < q.end(col); ++k) {
+      add(q.index[k], Extended(q.value[k]) * ray[col]);
+      if (q.index[k] != col) add(col, Extended(q.value[k]) * ray[q.index[k]]);
+    }
+  }
+  for (std::size_t j = 0; j < sum.size(); ++j) {
+    if (!(std::abs(sum[j]) <= kRayTolerance * largest[j])) return false;
+  }
+  return true;
+}
+
+}  // namespace
+
 bool is_improving_ray(const LpData& lp, const std::vector<double>& ray) {
+  if (lp.is_quadratic() && !is_flat(lp.quadratic, ray)) return false;
   return ray_descent(view_of(lp), ray, kRayTolerance) > kMinRayDescent;
 }
 

@@ -14,19 +14,26 @@ inline constexpr double kMinFarkasGap = 1e-12;
 
 ProblemView view_of(const LpData& lp);
 
-// cost'x + offset, summed in long double.
+// c + Qx: what the duals price at x.
+std::vector<double> gradient_at(const LpData& lp, const std::vector<double>& x);
+
+// cost'x + 1/2 x'Qx + offset, summed in long double.
 double objective_at(const LpData& lp, const std::vector<double>& x);
 
 // Bounds and rows hold within `tolerance` (absolute).
 bool is_feasible(const LpData& lp, const std::vector<double>& x, double tolerance);
 
-// Feasible, and the duals have the signs that the bounds allow, within the user's tolerances.
+// Feasible, and the duals have the signs that the bounds allow, within the user's tolerances. Multipliers price the
+// gradient at the point.
 bool is_optimal(const LpData& lp, const LpPoint& point, const SimplexOptions& options);
 
 // True when `y` proves that no point satisfies rows and bounds; `gap` receives the amount, relative to max |y|.
 bool proves_infeasible(const LpData& lp, const std::vector<double>& y, double& gap);
 
-// True when the objective falls without end along `ray`, whatever the starting point.
+// measure_dual of the point, with the gradient at the point for cost; complementarity included if `with_point`.
+DualQuality dual_quality_of(const LpData& lp, const LpPoint& point, bool with_point);
+
+// True when the objective falls without end along `ray`, whatever the starting point: Q ray = 0 up to rounding.
 bool is_improving_ray(const LpData& lp, const std::vector<double>& ray);
 
 }  // namespace zorvex

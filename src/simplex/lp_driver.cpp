@@ -26,13 +26,18 @@ class LpDriver {
 
  private:
   [[nodiscard]] bool presolve_wanted() const {
-    return options_.presolve.level != 0 && (warm_start_ == nullptr || warm_start_->empty());
+    const bool starts_afresh = options_.engine != nullptr || warm_start_ == nullptr || warm_start_->empty();
+    return options_.presolve.level != 0 && starts_afresh && !lp_.is_quadratic();
   }
   bool solve_presolved();
   void report_presolve(const Presolve& presolve, PresolveOutcome outcome, double seconds);
   void solve_reduced(const Presolve& presolve);
+  void finish_reduced(const Presolve& presolve, const EngineAnswer& answer);
+  void finish_without_basis(SolveStatus status);
+  EngineAnswer solve_with_engine(const LpData& lp);
+  bool solve_given();
   bool finish_from(const Presolve& presolve, const PresolvePoint& reduced_point);
-  bool lift_proof(const Presolve& presolve, const LpSolver& solver);
+  bool lift_proof(const Presolve& presolve, const EngineAnswer& answer);
   void solve_original(const Basis* basis);
   void take(const LpSolver& solver);
   [[nodiscard]] bool is_exact_optimum() const;
@@ -47,12 +52,33 @@ class LpDriver {
   LogSink& log_;
   double start_;
   LpDriverResult result_;
+  bool reported_ = false;  // the engine has printed the closing lines
 };
+
+EngineAnswer answer_of(const LpSolver& solver) {
+  EngineAnswer answer;
+  answer.status = solver.status();
+  answer.point = solver.point();
+  answer.basis = solver.basis();
+  answer.iterations = solver.iterations();
+  answer.farkas = solver.farkas();
+  answer.farkas_violation = solver.farkas_violation();
+  answer.ray = solver.ray();
+  answer.extended_precision = solver.extended_precision();
+  return answer;
+}
+
+PresolvePoint presolve_point(const EngineAnswer& answer) {
+  const LpPoint& point = answer.point;
+  return {point.x, point.row_activity, point.pi, point.reduced_cost, answer.basis};
+}
 
 LpDriverResult LpDriver::run() {
   try {
-    if (options_.method > 1) log_.write("Warning: barrier is not available, using dual simplex\n");
-    if (!presolve_wanted() || !solve_presolved()) solve_original(warm_start_);
+    if (options_.method > 1 && options_.engine == nullptr) {
+      log_.write("Warning: barrier is not available, using dual simplex\n");
+    }
+    if (!(presolve_wanted() ? solve_presolved() : solve_given())) solve_original(warm_start_);
   } catch (const std::bad_alloc&) {
     result_ = {};
     result_.error = kErrorOutOfMemory;
@@ -93,7 +119,13 @@ bool LpDriver::solve_presolved() {
     case PresolveOutcome::kUnbounded:
       return false;  // feasibility is still open
     case PresolveOutcome::kAllRemoved:
-      return finish_from(presolve, {});
+      finish_from(presolve, {});
+      if (options_.engine != nullptr && log_.enabled() && result_.iterations == 0) {
+        options_.engine->report_without_solve(result_.status, options_.sense * result_.objective,
+                                              now_seconds() - start_, log_);
+        reported_ = true;
+      }
+      return true;
     case PresolveOutcome::kReduced:
       solve_reduced(presolve);
       return true;
@@ -102,37 +134,87 @@ bool LpDriver::solve_presolved() {
 }
 
 void LpDriver::solve_reduced(const Presolve& presolve) {
+  if (options_.engine != nullptr) {
+    finish_reduced(presolve, solve_with_engine(presolve.reduced()));
+    return;
+  }
   LpSolver solver(presolve.reduced(), options_.simplex, log_);
   solver.solve(limits(), stop_);
   result_.iterations += solver.iterations();
   result_.extended_precision = solver.extended_precision();
-  result_.status = solver.status();
-  switch (solver.status()) {
-    case SolveStatus::kOptimal: {
-      const LpPoint& point = solver.point();
-      PresolvePoint reduced{point.x, point.row_activity, point.pi, point.reduced_cost, solver.basis()};
-      finish_from(presolve, reduced);
-      return;
-    }
+  finish_reduced(presolve, answer_of(solver));
+}
+
+EngineAnswer LpDriver::solve_with_engine(const LpData& lp) {
+  EngineAnswer answer = options_.engine->solve(lp, limits(), stop_, log_);
+  result_.iterations += answer.iterations;
+  result_.barrier_iterations += answer.barrier_iterations;
+  result_.extended_precision = answer.extended_precision;
+  result_.error = answer.error;
+  reported_ = answer.reported;
+  return answer;
+}
+
+void LpDriver::finish_reduced(const Presolve& presolve, const EngineAnswer& answer) {
+  result_.status = answer.status;
+  if (answer.error != kOk) return;
+  switch (answer.status) {
+    case SolveStatus::kOptimal:
+      if (!answer.basis.empty()) {
+        finish_from(presolve, presolve_point(answer));
+        return;
+      }
+      break;
     case SolveStatus::kInfeasible:
     case SolveStatus::kUnbounded:
-      if (!lift_proof(presolve, solver)) solve_original(nullptr);
+      if (!lift_proof(presolve, answer)) solve_original(nullptr);
       return;
     case SolveStatus::kNumeric:
-      solve_original(nullptr);
+      if (options_.engine == nullptr) solve_original(nullptr);
       return;
-    default: {  // limits and interrupts: the best information there is
-      const LpPoint& point = solver.point();
-      if (point.x.empty()) return;
-      const PresolvePoint reduced{point.x, point.row_activity, point.pi, point.reduced_cost, solver.basis()};
-      PresolvePoint full = presolve.postsolve(reduced);
-      result_.point = {std::move(full.x), std::move(full.row_activity), std::move(full.pi),
-                       std::move(full.reduced_cost)};
-      result_.basis = std::move(full.basis);
-      result_.has_point = result_.has_basis = true;
-      result_.objective = objective_at(lp_, result_.point.x);
-    }
+    default:  // limits and interrupts: the best information there is
+      break;
   }
+  if (answer.point.x.empty()) return;
+  PresolvePoint full = presolve.postsolve(presolve_point(answer));
+  result_.point = {std::move(full.x), std::move(full.row_activity), std::move(full.pi), std::move(full.reduced_cost)};
+  if (answer.basis.empty()) {
+    finish_without_basis(answer.status);
+    return;
+  }
+  result_.basis = std::move(full.basis);
+  result_.has_point = result_.has_basis = true;
+  result_.objective = objective_at(lp_, result_.point.x);
+}
+
+// A point that no basis belongs to, in the original space: optimal when it passes the same tests as any other.
+void LpDriver::finish_without_basis(SolveStatus status) {
+  result_.has_point = true;
+  result_.objective = objective_at(lp_, result_.point.x);
+  const bool claims = status == SolveStatus::kOptimal || status == SolveStatus::kSuboptimal;
+  result_.status = !claims ? status : is_exact_optimum() ? SolveStatus::kOptimal : SolveStatus::kSuboptimal;
+}
+
+// The model as given, by the engine. False when there is none.
+bool LpDriver::solve_given() {
+  if (options_.engine == nullptr) return false;
+  EngineAnswer answer = solve_with_engine(lp_);
+  result_.status = answer.status;
+  if (answer.error != kOk) return true;
+  result_.point = std::move(answer.point);
+  result_.farkas = std::move(answer.farkas);
+  result_.farkas_violation = answer.farkas_violation;
+  result_.ray = std::move(answer.ray);
+  result_.basis = std::move(answer.basis);
+  result_.has_basis = !result_.basis.empty();
+  result_.has_point = !result_.point.x.empty() && result_.status != SolveStatus::kInfeasible;
+  if (!result_.has_point) return true;
+  if (result_.has_basis) {
+    result_.objective = objective_at(lp_, result_.point.x);
+  } else {
+    finish_without_basis(result_.status);
+  }
+  return true;
 }
 
 // Maps an optimal point back; when something is off in the original space, simplex goes on there from the mapped basis.
@@ -152,22 +234,21 @@ bool LpDriver::finish_from(const Presolve& presolve, const PresolvePoint& reduce
 }
 
 // Carries a proof over the presolved model back; a ray often holds with zeros where columns were removed.
-bool LpDriver::lift_proof(const Presolve& presolve, const LpSolver& solver) {
-  if (solver.status() == SolveStatus::kInfeasible) {
-    result_.farkas = presolve.postsolve_farkas(solver.farkas());
+bool LpDriver::lift_proof(const Presolve& presolve, const EngineAnswer& answer) {
+  if (answer.status == SolveStatus::kInfeasible) {
+    result_.farkas = presolve.postsolve_farkas(answer.farkas);
     return proves_infeasible(lp_, result_.farkas, result_.farkas_violation);
   }
   result_.ray.assign(static_cast<std::size_t>(lp_.num_cols()), 0.0);
   const std::vector<Index>& cols = presolve.original_cols();
-  for (std::size_t j = 0; j < cols.size(); ++j) result_.ray[cols[j]] = solver.ray()[j];
+  for (std::size_t j = 0; j < cols.size(); ++j) result_.ray[cols[j]] = answer.ray[j];
   if (!is_improving_ray(lp_, result_.ray)) return false;
-  const LpPoint& point = solver.point();
-  const PresolvePoint full =
-      presolve.postsolve({point.x, point.row_activity, point.pi, point.reduced_cost, solver.basis()});
+  const PresolvePoint full = presolve.postsolve(presolve_point(answer));
   return is_feasible(lp_, full.x, options_.simplex.primal_feasibility_tol);
 }
 
 void LpDriver::solve_original(const Basis* basis) {
+  reported_ = false;
   LpSolver solver(lp_, options_.simplex, log_);
   if (basis != nullptr && !basis->empty()) solver.set_basis(*basis);
   SimplexLimits rest = limits();
@@ -195,7 +276,7 @@ void LpDriver::take(const LpSolver& solver) {
 bool LpDriver::is_exact_optimum() const {
   const LpPoint& point = result_.point;
   if (!is_optimal(lp_, point, options_.simplex)) return false;
-  const DualQuality dual = measure_dual(view_of(lp_), point.pi, point.reduced_cost, point.x);
+  const DualQuality dual = dual_quality_of(lp_, point, true);
   return dual.complementarity.sum <=
          options_.simplex.dual_feasibility_tol * std::max(1.0, std::abs(objective_at(lp_, point.x)));
 }
@@ -206,14 +287,14 @@ void LpDriver::warn_of_violations() {
   if (violation > options_.simplex.primal_feasibility_tol) {
     log_.print("Warning: unscaled primal violation = %g and residual = %g\n", violation, primal.residual.max);
   }
-  const DualQuality dual = measure_dual(view_of(lp_), result_.point.pi, result_.point.reduced_cost, {});
+  const DualQuality dual = dual_quality_of(lp_, result_.point, false);
   if (dual.sign.max > options_.simplex.dual_feasibility_tol) {
     log_.print("Warning: unscaled dual violation = %g and residual = %g\n", dual.sign.max, dual.residual.max);
   }
 }
 
 void LpDriver::report_end() {
-  if (!log_.enabled()) return;
+  if (!log_.enabled() || reported_) return;
   log_.diagnose("result=%d\n", static_cast<int>(result_.status));
   const int code = static_cast<int>(result_.status);
   log_.print("\n%s in %d iterations and %.2f seconds\n", code >= 2 && code <= 5 ? "Solved" : "Stopped",

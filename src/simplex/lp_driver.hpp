@@ -1,5 +1,6 @@
-// Solves one continuous model from start to finish: presolve, simplex, postsolve, clean-up on the original model, final
-// check, and the log lines around them. No claim leaves here unchecked against the model as given.
+// Solves one continuous model from start to finish: presolve, simplex or another engine, postsolve, clean-up on the
+// original model, final check, and the log lines around them. No claim leaves here unchecked against the model as
+// given.
 #pragma once
 
 #include <functional>
@@ -11,6 +12,7 @@
 #include "linalg/basis.hpp"
 #include "linalg/lp_data.hpp"
 #include "presolve/presolve.hpp"
+#include "simplex/lp_engine.hpp"
 #include "simplex/lp_solver.hpp"
 
 namespace zorvex {
@@ -25,6 +27,8 @@ struct LpDriverOptions {
   std::function<void(const LpData&)> dump_presolved;  // debugging: called with the presolved model when set
   bool want_proofs = false;  // parameter InfUnbdInfo: Farkas proof and ray are wanted in the result
   bool check_solution = true;
+  LpEngine* engine =
+      nullptr;  // solves instead of the simplex when set, except where simplex has to clean up; not owned
 };
 
 struct LpDriverResult {
@@ -33,6 +37,7 @@ struct LpDriverResult {
   double objective = 0;  // minimisation form, offset included; +-1e100 as the log prints it when undecided
   double iterations = 0;
   double seconds = 0;
+  int barrier_iterations = 0;
   bool has_point = false;  // point holds values of the original model (also after limits, when there are some)
   LpPoint point;
   Basis basis;  // of the original model; empty if none
@@ -43,7 +48,8 @@ struct LpDriverResult {
   std::vector<double> ray;  // kUnbounded
 };
 
-// `warm_start` may be null. The log gets presolve lines, iteration log, summary and status line; pass a QuietLog to
+// A quadratic model needs an engine that can solve it; presolve leaves it alone. `warm_start` may be null; engines
+// ignore it. The log gets presolve lines, iteration log, summary and status line; pass a QuietLog to
 // suppress them (sub-solves).
 LpDriverResult solve_lp(const LpData& lp, const LpDriverOptions& options, const Basis* warm_start,
                         const StopToken& stop, LogSink& log);

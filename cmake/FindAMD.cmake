@@ -1,0 +1,15 @@
+# Approximate minimum degree ordering (SuiteSparse): target AMD::AMD.
+find_path(AMD_INCLUDE_DIR amd.h PATH_SUFFIXES suitesparse)
+find_library(AMD_LIBRARY amd)
+find_library(AMD_CONFIG_LIBRARY suitesparseconfig)
+include(FindPackageHandleStandardArgs)
+find_package_handle_standard_args(AMD REQUIRED_VARS AMD_LIBRARY AMD_INCLUDE_DIR)
+mark_as_advanced(AMD_INCLUDE_DIR AMD_LIBRARY AMD_CONFIG_LIBRARY)
+if(AMD_FOUND AND NOT TARGET AMD::AMD)
+  add_library(AMD::AMD UNKNOWN IMPORTED)
+  set_target_properties(AMD::AMD PROPERTIES IMPORTED_LOCATION "${AMD_LIBRARY}"
+    INTERFACE_INCLUDE_DIRECTORIES "${AMD_INCLUDE_DIR}")
+  if(AMD_CONFIG_LIBRARY)
+    set_target_properties(AMD::AMD PROPERTIES INTERFACE_LINK_LIBRARIES "${AMD_CONFIG_LIBRARY}")
+  endif()
+endif()

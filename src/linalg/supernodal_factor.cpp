@@ -1,0 +1,224 @@
+#include "linalg/supernodal_factor.hpp"
+
+#include <algorithm>
+#include <cassert>
+
+namespace zorvex {
+
+namespace {
+
+constexpr double kWorkPerPoll = 2e7;        // multiplications between two looks at the stop token
+constexpr double kSubtreesPerThread = 8;    // enough for an even load
+constexpr double kWorthThreads = 1e6;       // factorizations below this are not shared out
+constexpr double kWorthSharingFront = 1e6;  // nor are fronts below this
+
+}  // namespace
+
+SupernodalFactor::SupernodalFactor(SymbolicFactor symbolic, WorkerPool& pool)
+    : symbolic_(std::move(symbolic)),
+      pool_(pool),
+      panels_(new double[static_cast<std::size_t>(symbolic_.factor_size())]),
+      updates_(static_cast<std::size_t>(symbolic_.num_supernodes())),
+      pivots_(static_cast<std::size_t>(symbolic_.size())),
+      sign_(pivots_.size()),
+      smallest_(pivots_.size()),
+      workers_(static_cast<std::size_t>(pool.size())),
+      by_position_(pivots_.size()) {
+  Index most_rows = 0;
+  for (Index s = 0; s < symbolic_.num_supernodes(); ++s) most_rows = std::max(most_rows, symbolic_.num_rows(s));
+  gathered_.resize(static_cast<std::size_t>(most_rows));
+  plan_subtrees();
+}
+
+// Splits the largest subtree until there are enough of them; what was split is done afterwards, together.
+void SupernodalFactor::plan_subtrees() {
+  const Index count = symbolic_.num_supernodes();
+  std::vector<double> work(static_cast<std::size_t>(count), 0);
+  subtree_first_.resize(work.size());
+  for (Index s = 0; s < count; ++s) {
+    subtree_first_[s] = s;
+    for (Index k = 0; k < symbolic_.num_cols(s); ++k) {
+      const double length = symbolic_.num_rows(s) - k;
+      work[s] += length * length;
+    }
+    for (Index c = symbolic_.child_start[s]; c < symbolic_.child_start[s + 1]; ++c) {
+      work[s] += work[symbolic_.child[c]];
+      subtree_first_[s] = std::min(subtree_first_[s], subtree_first_[symbolic_.child[c]]);
+    }
+  }
+  const auto lighter = [&](Index a, Index b) { return work[a] != work[b] ? work[a] < work[b] : a > b; };
+  std::vector<Index> heap;
+  double total = 0;
+  for (Index s = 0; s < count; ++s) {
+    if (symbolic_.parent[s] != -1) continue;
+    heap.push_back(s);
+    total += work[s];
+  }
+  std::make_heap(heap.begin(), heap.end(), lighter);
+  const double share = pool_.size() == 1 || total < kWorthThreads ? kInf : total / (kSubtreesPerThread * pool_.size());
+  while (!heap.empty() && work[heap.front()] > share) {
+    std::pop_heap(heap.begin(), heap.end(), lighter);
+    const Index s = heap.back();
+    heap.pop_back();
+    shared_.push_back(s);
+    for (Index c = symbolic_.child_start[s]; c < symbolic_.child_start[s + 1]; ++c) {
+      heap.push_back(symbolic_.child[c]);
+      std::push_heap(heap.begin(), heap.end(), lighter);
+    }
+  }
+  std::sort(heap.begin(), heap.end(), [&](Index a, Index b) { return lighter(b, a); });
+  std::sort(shared_.begin(), shared_.end());
+  subtree_roots_ = std::move(heap);
+}
+
+SolveStatus SupernodalFactor::factor(std::span<const double> values, std::span<const std::int8_t> sign,
+                                     std::span<const double> smallest, const StopToken& stop) {
+  assert(values.size() == symbolic_.entry_source.size());
+  values_ = values;
+  for (std::size_t k = 0; k < sign_.size(); ++k) {
+    sign_[k] = sign[symbolic_.order[k]];
+    smallest_[k] = smallest[symbolic_.order[k]];
+  }
+  for (Worker& worker : workers_) worker.replaced = 0;
+  for (auto& update : updates_) update.reset();
+  stop_status_ = static_cast<int>(SolveStatus::kLoaded);
+  const auto trees = static_cast<int>(subtree_roots_.size());
+  if (shared_.empty()) {  // small or alone: no need to wake anybody
+    for (const Index root : subtree_roots_) factor_subtree(root, workers_[0], stop);
+  } else {
+    pool_.run(trees, [&](int tree, int worker) { factor_subtree(subtree_roots_[tree], workers_[worker], stop); });
+  }
+  for (const Index s : shared_) factor_shared(s, stop);
+  replaced_ = 0;
+  for (const Worker& worker : workers_) replaced_ += worker.replaced;
+  return static_cast<SolveStatus>(stop_status_.load());
+}
+
+bool SupernodalFactor::stopped(Worker& worker, double work, const StopToken& stop) {
+  constexpr int kGoOn = static_cast<int>(SolveStatus::kLoaded);
+  worker.work_since_poll += work;
+  if (worker.work_since_poll > kWorkPerPoll) {
+    worker.work_since_poll = 0;
+    const int status = static_cast<int>(stop.poll());
+    if (status != kGoOn) stop_status_ = status;
+  }
+  return stop_status_ != kGoOn;
+}
+
+Index SupernodalFactor::num_update_blocks(Index s) const {
+  return (symbolic_.num_rows(s) - symbolic_.num_cols(s) + kUpdateWidth - 1) / kUpdateWidth;
+}
+
+void SupernodalFactor::factor_subtree(Index root, Worker& worker, const StopToken& stop) {
+  for (Index s = subtree_first_[root]; s <= root; ++s) {
+    const double rows = symbolic_.num_rows(s), cols = symbolic_.num_cols(s);
+    const bool fresh = !assemble(s);
+    if (!eliminate(s, worker, false, stop)) return;
+    const Index blocks = num_update_blocks(s);
+    for (Index block = 0; block < blocks; ++block) {
+      update_block(panels_.get() + symbolic_.panel_start[s], symbolic_.num_rows(s), symbolic_.num_cols(s),
+                   pivots_.data() + symbolic_.first_col[s], block, fresh, updates_[s].get(), worker.dense);
+      if (stopped(worker, rows * cols * kUpdateWidth, stop)) return;
+    }
+  }
+}
+
+void SupernodalFactor::factor_shared(Index s, const StopToken& stop) {
+  if (stopped(workers_[0], kWorkPerPoll, stop)) return;
+  const double below = symbolic_.num_rows(s) - symbolic_.num_cols(s);
+  const bool fresh = !assemble(s);
+  if (!eliminate(s, workers_[0], true, stop)) return;
+  const auto one_block = [&](int block, int worker) {
+    if (stopped(workers_[worker], kWorkPerPoll, stop)) return;
+    update_block(panels_.get() + symbolic_.panel_start[s], symbolic_.num_rows(s), symbolic_.num_cols(s),
+                 pivots_.data() + symbolic_.first_col[s], block, fresh, updates_[s].get(), workers_[worker].dense);
+  };
+  const Index blocks = num_update_blocks(s);
+  if (below * below * symbolic_.num_cols(s) > kWorthSharingFront) {
+    pool_.run(blocks, one_block);
+  } else {
+    for (Index block = 0; block < blocks; ++block) one_block(block, 0);
+  }
+}
+
+// Brings matrix entries and the children's updates into the front. False when the update matrix is still unset.
+bool SupernodalFactor::assemble(Index s) {
+  double* const panel = panels_.get() + symbolic_.panel_start[s];
+  std::fill(panel, panel + (symbolic_.panel_start[s + 1] - symbolic_.panel_start[s]), 0.0);
+  for (Offset k = symbolic_.entry_start[s]; k < symbolic_.entry_start[s + 1]; ++k) {
+    panel[symbolic_.entry_target[k]] += values_[symbolic_.entry_source[k]];
+  }
+  const auto below = static_cast<std::size_t>(symbolic_.num_rows(s) - symbolic_.num_cols(s));
+  if (below > 0) updates_[s].reset(new double[below * below]);
+  const Index begin = symbolic_.child_start[s], end = symbolic_.child_start[s + 1];
+  if (begin == end) return false;
+  if (below > 0) std::fill_n(updates_[s].get(), below * below, 0.0);
+  for (Index c = begin; c < end; ++c) {
+    extend_add(symbolic_.child[c], s);
+    updates_[symbolic_.child[c]].reset();
+  }
+  return true;
+}
+
+void SupernodalFactor::extend_add(Index child, Index s) {
+  const Index size = symbolic_.num_rows(child) - symbolic_.num_cols(child);
+  const Index rows = symbolic_.num_rows(s), cols = symbolic_.num_cols(s);
+  const Index below = rows - cols;
+  const Index* const where = symbolic_.in_parent.data() + symbolic_.row_start[child] + symbolic_.num_cols(child);
+  double* const panel = panels_.get() + symbolic_.panel_start[s];
+  double* const update = updates_[s].get();
+  for (Index j = 0; j < size; ++j) {
+    const double* const source = updates_[child].get() + static_cast<Offset>(j) * size;
+    const bool in_panel = where[j] < cols;
+    double* const target = in_panel ? panel + static_cast<Offset>(where[j]) * rows
+                                    : update + static_cast<Offset>(where[j] - cols) * below - cols;
+    for (Index i = j; i < size; ++i) target[where[i]] += source[i];
+  }
+}
+
+// False when stopped.
+bool SupernodalFactor::eliminate(Index s, Worker& worker, bool shared, const StopToken& stop) {
+  const Index position = symbolic_.first_col[s], rows = symbolic_.num_rows(s), cols = symbolic_.num_cols(s);
+  const PivotRule rule{std::span(sign_).subspan(position, cols), std::span(smallest_).subspan(position, cols)};
+  double* const panel = panels_.get() + symbolic_.panel_start[s];
+  for (Index first = 0; first < cols; first += kPanelWidth) {
+    worker.replaced += eliminate_step(panel, rows, cols, first, rule, pivots_.data() + position, worker.dense);
+    const double* const scaled = worker.dense.scaled.data();
+    const Index blocks = num_trailing_blocks(cols, first);
+    const double work = static_cast<double>(rows - first) * kPanelWidth * kPanelWidth;
+    if (stopped(worker, work * (shared ? 1 : blocks + 1), stop)) return false;
+    const auto one_block = [&](int block, int) { update_trailing(panel, rows, cols, first, block, scaled); };
+    if (shared && work * blocks > kWorthSharingFront) {
+      pool_.run(blocks, one_block);
+    } else {
+      for (Index block = 0; block < blocks; ++block) one_block(block, 0);
+    }
+  }
+  return true;
+}
+
+void SupernodalFactor::solve(std::span<double> rhs) {
+  assert(rhs.size() == by_position_.size());
+  std::vector<double>& x = by_position_;
+  for (std::size_t k = 0; k < x.size(); ++k) x[k] = rhs[symbolic_.order[k]];
+  const Index count = symbolic_.num_supernodes();
+  for (Index s = 0; s < count; ++s) {
+    const Index cols = symbolic_.num_cols(s), below = symbolic_.num_rows(s) - cols;
+    const Index* const rows = symbolic_.rows.data() + symbolic_.row_start[s] + cols;
+    for (Index i = 0; i < below; ++i) gathered_[i] = x[rows[i]];
+    forward_panel(panels_.get() + symbolic_.panel_start[s], symbolic_.num_rows(s), cols,
+                  x.data() + symbolic_.first_col[s], gathered_.data());
+    for (Index i = 0; i < below; ++i) x[rows[i]] = gathered_[i];
+  }
+  for (std::size_t k = 0; k < x.size(); ++k) x[k] /= pivots_[k];
+  for (Index s = count; s-- > 0;) {
+    const Index cols = symbolic_.num_cols(s), below = symbolic_.num_rows(s) - cols;
+    const Index* const rows = symbolic_.rows.data() + symbolic_.row_start[s] + cols;
+    for (Index i = 0; i < below; ++i) gathered_[i] = x[rows[i]];
+    backward_panel(panels_.get() + symbolic_.panel_start[s], symbolic_.num_rows(s), cols,
+                   x.data() + symbolic_.first_col[s], gathered_.data());
+  }
+  for (std::size_t k = 0; k < x.size(); ++k) rhs[symbolic_.order[k]] = x[k];
+}
+
+}  // namespace zorvex

@@ -1,0 +1,43 @@
+// A method other than simplex that can solve the presolved model. The driver knows engines only through this interface,
+// so that methods which stand above the simplex in the layers can be plugged in by the optimize driver.
+#pragma once
+
+#include <vector>
+
+#include "base/log_sink.hpp"
+#include "base/status.hpp"
+#include "base/stop_token.hpp"
+#include "linalg/basis.hpp"
+#include "linalg/lp_data.hpp"
+#include "simplex/lp_solver.hpp"
+
+namespace zorvex {
+
+// What an engine found out about the model it was given, in that model's space, signs as in LpPoint.
+//   kOptimal      `point` with `basis`; or without a basis: an interior point that is yet to be judged.
+//   kSuboptimal   `point` is the best there is, no basis.
+//   kInfeasible   `farkas` is a checked proof; kUnbounded: `ray` is checked and `point` feasible.
+//   limits        whatever there is.
+struct EngineAnswer {
+  SolveStatus status = SolveStatus::kLoaded;
+  int error = 0;  // error code; status means nothing when it is set
+  LpPoint point;
+  Basis basis;
+  double iterations = 0;  // of the simplex, pushes of a crossover included
+  int barrier_iterations = 0;
+  std::vector<double> farkas;
+  double farkas_violation = 0;
+  std::vector<double> ray;
+  bool extended_precision = false;
+  bool reported = false;  // the closing lines are in the log already
+};
+
+class LpEngine {
+ public:
+  virtual ~LpEngine() = default;
+  virtual EngineAnswer solve(const LpData& lp, const SimplexLimits& limits, const StopToken& stop, LogSink& log) = 0;
+  // Presolve left nothing to solve: `objective` is in the user's sense. Closing lines of the engine's own kind.
+  virtual void report_without_solve(SolveStatus status, double objective, double seconds, LogSink& log) = 0;
+};
+
+}  // namespace zorvex
