@@ -1,6 +1,12 @@
 // Reading speed of model files: read_bench [FILE ...], files plain or gzipped. Without arguments it writes a model of
 // its own into the temporary directory (50 MB of MPS) and reads that, as MPS and LP file, plain and gzipped.
-// Prints for each file the best of three reads: megabytes of text per second of processor time and of wall time.
+// Prints for each file
+//   the best of three reads: megabytes of text per second of processor time and of wall time;
+//   memory in bytes per nonzero: what the model holds after reading and after an update that rebuilds its matrix, and
+//   the highest that the resident set rose above that of the start during either; the queries, in nanoseconds per
+//   nonzero (best of three): columns and rows, all at once and one by one, and the first query of rows, which makes the
+//   row-wise copy.
+#include <malloc.h>
 #include <stdlib.h>
 #include <time.h>
 #include <zlib.h>
@@ -10,6 +16,8 @@
 #include <cstddef>
 #include <cstdio>
 #include <filesystem>
+#include <fstream>
+#include <functional>
 #include <random>
 #include <string>
 #include <vector>
@@ -63,23 +71,110 @@ void write_example(const std::string& name, double megabytes) {
   std::fclose(out);
 }
 
+double seconds_of(const std::function<void()>& body) {
+  const auto start = std::chrono::steady_clock::now();
+  body();
+  return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+}
+
+int count_of(ZLPmodel* model, const char* attribute) {
+  int value = 0;
+  ZLPgetintattr(model, attribute, &value);
+  return value;
+}
+
+double live_bytes() {
+  const struct mallinfo2 info = mallinfo2();
+  return static_cast<double>(info.uordblks + info.hblkhd);
+}
+
+double status_bytes(const std::string& field) {
+  std::ifstream status("/proc/self/status");
+  for (std::string word; status >> word;) {
+    double kilobytes = 0;
+    if (word == field && status >> kilobytes) return kilobytes * 1024;
+  }
+  return 0;
+}
+
+// From here on the highest resident set counts anew.
+void forget_peak() {
+  malloc_trim(0);
+  std::ofstream("/proc/self/clear_refs") << "5";
+}
+
+void measure_memory(ZLPenv* env, const std::string& name) {
+  forget_peak();
+  const double live = live_bytes(), resident = status_bytes("VmRSS:");
+  ZLPmodel* model = nullptr;
+  if (ZLPreadmodel(env, name.c_str(), &model) != 0) return;
+  const double nonzeros = count_of(model, "NumNZs");
+  const double read_live = live_bytes() - live, read_peak = status_bytes("VmHWM:") - resident;
+  forget_peak();
+  const int zero = 0;
+  const double one = 1;
+  ZLPaddconstr(model, 1, &zero, &one, ZLP_LESS_EQUAL, 1e9, nullptr);
+  ZLPupdatemodel(model);
+  const double update_live = live_bytes() - live, update_peak = status_bytes("VmHWM:") - resident;
+  ZLPfreemodel(model);
+  std::printf("  bytes per nonzero: read %.1f held, %.1f at most; update %.1f held, %.1f at most\n",
+              read_live / nonzeros, read_peak / nonzeros, update_live / nonzeros, update_peak / nonzeros);
+}
+
+using Query = int (*)(ZLPmodel*, int*, int*, int*, double*, int, int);
+
+struct QueryTimes {
+  double first, whole, single;  // nanoseconds per nonzero
+};
+
+QueryTimes time_queries(ZLPmodel* model, Query query, int vectors) {
+  const auto nonzeros = static_cast<std::size_t>(count_of(model, "NumNZs"));
+  std::vector<int> begin(static_cast<std::size_t>(vectors)), index(nonzeros);
+  std::vector<double> value(nonzeros);
+  int count = 0;
+  QueryTimes best{1e30, 1e30, 1e30};
+  const auto whole = [&] { query(model, &count, begin.data(), index.data(), value.data(), 0, vectors); };
+  best.first = seconds_of([&] { query(model, &count, nullptr, nullptr, nullptr, 0, vectors); });
+  for (int repeat = 0; repeat < 3; ++repeat) {
+    best.whole = std::min(best.whole, seconds_of(whole));
+    best.single = std::min(best.single, seconds_of([&] {
+                             for (int k = 0; k < vectors; ++k) {
+                               query(model, &count, begin.data(), index.data(), value.data(), k, 1);
+                             }
+                           }));
+  }
+  const double scale = 1e9 / static_cast<double>(nonzeros);
+  return {best.first * scale, best.whole * scale, best.single * scale};
+}
+
+void measure_queries(ZLPenv* env, const std::string& name) {
+  ZLPmodel* model = nullptr;
+  if (ZLPreadmodel(env, name.c_str(), &model) != 0) return;
+  const QueryTimes cols = time_queries(model, ZLPgetvars, count_of(model, "NumVars"));
+  const QueryTimes rows = time_queries(model, ZLPgetconstrs, count_of(model, "NumConstrs"));
+  ZLPfreemodel(model);
+  std::printf("  ns per nonzero: columns %.2f, one by one %.2f; rows %.2f, one by one %.2f, first query %.2f\n",
+              cols.whole, cols.single, rows.whole, rows.single, rows.first);
+}
+
 bool measure(ZLPenv* env, const std::string& name) {
   const double megabytes = text_megabytes(name);
   double processor = 1e30, wall = 1e30;
   for (int repeat = 0; repeat < 3; ++repeat) {
     const double before = processor_seconds();
-    const auto start = std::chrono::steady_clock::now();
     ZLPmodel* model = nullptr;
-    if (ZLPreadmodel(env, name.c_str(), &model) != 0) {
+    wall = std::min(wall, seconds_of([&] { ZLPreadmodel(env, name.c_str(), &model); }));
+    if (model == nullptr) {
       std::fprintf(stderr, "%s: %s\n", name.c_str(), ZLPgeterrormsg(env));
       return false;
     }
-    wall = std::min(wall, std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count());
     processor = std::min(processor, processor_seconds() - before);
     ZLPfreemodel(model);
   }
   std::printf("%-50s %8.1f MB  cpu %6.3f s %7.1f MB/s  wall %6.3f s %7.1f MB/s\n", fs::path(name).filename().c_str(),
               megabytes, processor, megabytes / processor, wall, megabytes / wall);
+  measure_memory(env, name);
+  measure_queries(env, name);
   return true;
 }
 

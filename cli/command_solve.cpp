@@ -1,7 +1,5 @@
-#include <algorithm>
 #include <cstdio>
 #include <fstream>
-#include <numeric>
 
 #include "commands.hpp"
 #include "file_name.hpp"
@@ -13,23 +11,10 @@ namespace zorvex_cli {
 
 namespace {
 
-// The continuous relaxation. A semicontinuous variable, 0 or in [l, u], relaxes to the interval that holds both.
-void relax(ZLPmodel* model) {
-  const int count = int_attribute(model, "NumVars");
-  std::vector<char> type(count);
-  std::vector<double> lower(count);
-  require(model, ZLPgetcharattrarray(model, "VType", 0, count, type.data()), "VType");
-  require(model, ZLPgetdblattrarray(model, "LB", 0, count, lower.data()), "LB");
-  for (int var = 0; var < count; ++var) {
-    if (type[var] == ZLP_SEMICONT || type[var] == ZLP_SEMIINT) lower[var] = std::min(lower[var], 0.0);
-  }
-  std::fill(type.begin(), type.end(), ZLP_CONTINUOUS);
-  require(model, ZLPsetdblattrarray(model, "LB", 0, count, lower.data()), "LB");
-  require(model, ZLPsetcharattrarray(model, "VType", 0, count, type.data()), "VType");
-  std::vector<int> sets(int_attribute(model, "NumSOS"));
-  std::iota(sets.begin(), sets.end(), 0);
-  require(model, ZLPdelsos(model, static_cast<int>(sets.size()), sets.data()), "SOS constraints");
-  require(model, ZLPupdatemodel(model), "cannot relax the model");
+Model relaxed(ZLPmodel* model) {
+  ZLPmodel* made = nullptr;
+  require(model, ZLPrelaxmodel(model, &made), "cannot relax the model");
+  return Model(made);
 }
 
 // A solution file serves as a MIP start: the variables it names get their values, the others stay open.
@@ -100,8 +85,8 @@ ExitCode run_solve(const SolveRequest& request) {
   require_suffix("--basis", request.basis, ".bas");
   const Env env = open_env();
   apply_settings(env.get(), request.settings);
-  const Model model = read_model(env.get(), request.model);
-  if (request.relax) relax(model.get());
+  Model model = read_model(env.get(), request.model);
+  if (request.relax) model = relaxed(model.get());
   if (!request.start.empty()) read_start(model.get(), request.start);
 
   // The first Ctrl-C ends the solve at the best solution so far, the second one the program.

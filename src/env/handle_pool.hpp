@@ -4,13 +4,18 @@
 //   Record   default-constructible, with a member `magic` (std::atomic<std::uint32_t>) that is non-zero while alive
 //   Threads  acquire and release may be called from any thread; there is one pool per record type in a process, since
 //            a handle may be freed by another thread than the one that made it.
+//   Fork     waits until no thread is inside the process's pools, so that a child finds them whole and unlocked
+//            whatever other threads were doing.
 //   Memory   the pool keeps the largest number of records that were alive at once, plus the quarantine; what a record
 //            owns must have been given back before release().
 #pragma once
 
+#include <pthread.h>
+
 #include <cstddef>
 #include <memory>
 #include <mutex>
+#include <new>
 #include <utility>
 #include <vector>
 
@@ -23,7 +28,8 @@ class HandlePool {
 
   // The pool lives as long as the process: a handle may outlive every static object.
   static HandlePool& instance() {
-    static HandlePool* pool = new HandlePool;  // NOLINT: deliberately never destroyed
+    static_cast<void>(made_at_load_);
+    static HandlePool* pool = make_guarded();  // deliberately never destroyed
     return *pool;
   }
 
@@ -48,12 +54,32 @@ class HandlePool {
   }
 
  private:
+  static HandlePool* make_guarded() {
+    auto pool = std::make_unique<HandlePool>();
+    const auto lock = [] { instance().mutex_.lock(); };
+    const auto unlock = [] { instance().mutex_.unlock(); };
+    if (pthread_atfork(lock, unlock, unlock) != 0) throw std::bad_alloc();
+    return pool.release();
+  }
+  // Without a call the pool would be made by the first user, and a fork by another thread at that moment would leave
+  // the child with a pool that never gets ready. Out of memory: the first use tries again.
+  static bool make_at_load() noexcept {
+    try {
+      instance();
+      return true;
+    } catch (const std::bad_alloc&) {
+      return false;
+    }
+  }
+
   void grow() {
     std::vector<Record*> larger(2 * released_.size() + kQuarantine);
     for (std::size_t k = 0; k < count_; ++k) larger[k] = released_[(first_ + k) % released_.size()];
     released_ = std::move(larger);
     first_ = 0;
   }
+
+  inline static const bool made_at_load_ = make_at_load();
 
   std::mutex mutex_;
   std::vector<std::unique_ptr<Record>> records_;

@@ -158,8 +158,8 @@ int ZLPreadmodel(ZLPenv* env, const char* filename, ZLPmodel** model) {
 }
 
 int ZLPread(ZLPmodel* model, const char* filename) {
-  return zorvex::guarded_model(model, nullptr,
-                               [&](ZLPmodel& alive) { return zorvex::read_companion(alive, filename); });
+  return zorvex::guarded_change(model, nullptr,
+                                [&](ZLPmodel& alive) { return zorvex::read_companion(alive, filename); });
 }
 
 int ZLPwrite(ZLPmodel* model, const char* filename) {

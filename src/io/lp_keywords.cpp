@@ -1,5 +1,7 @@
 #include "io/lp_keywords.hpp"
 
+#include <array>
+
 #include "io/lp_lexer.hpp"
 #include "io/mps_layout.hpp"
 
@@ -54,6 +56,15 @@ constexpr Entry kKeywords[] = {
     {"end", LpSection::kEnd},
 };
 
+constexpr std::array<bool, 256> kFirstLetters = [] {
+  std::array<bool, 256> letters{};
+  for (const Entry& entry : kKeywords) {
+    const auto first = static_cast<unsigned char>(entry.text.front());
+    letters[first] = letters[static_cast<std::size_t>(first - 'a' + 'A')] = true;
+  }
+  return letters;
+}();
+
 char lower(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; }
 
 // The length of `word` at the front of `text`, 0 when it is not there as a whole word.
@@ -81,8 +92,7 @@ bool is_word(std::string_view name, std::string_view word) {
 }  // namespace
 
 LpKeyword lp_keyword(std::string_view text) {
-  constexpr std::string_view kFirstLetters = "bBeEgGiIlLmMsSuU";
-  if (text.empty() || kFirstLetters.find(text.front()) == std::string_view::npos) return {};
+  if (text.empty() || !kFirstLetters[static_cast<unsigned char>(text.front())]) return {};
   const char first = lower(text.front());
   LpKeyword found;
   for (const Entry& entry : kKeywords) {

@@ -29,6 +29,11 @@ const char* skip_digits(const char* p, const char* end) {
   return p;
 }
 
+const char* skip_blanks(const char* p, const char* end) {
+  while (p < end && (*p == ' ' || *p == '\t' || *p == '\r')) ++p;
+  return p;
+}
+
 // The end of the name that starts at `p`.
 const char* end_of_name(const char* p, const char* end) {
   int open = 0;
@@ -92,6 +97,14 @@ LpToken LpLexer::peek() {
   return next_.kind;
 }
 
+bool LpLexer::colon_follows() {
+  if (!has_next_) {
+    const char* p = skip_blanks(at_, end_);
+    if (p < end_) return *p == ':' && (p + 1 == end_ || p[1] != ':');
+  }
+  return peek() == LpToken::kColon;
+}
+
 bool LpLexer::next_line() {
   // A token that is being looked past outlives its line.
   if (seen_token_ && current_.text.data() != held_.data()) {
@@ -125,7 +138,7 @@ void LpLexer::note_comment(std::string_view comment) {
 
 void LpLexer::scan(LpLexeme* token) {
   for (;;) {
-    while (at_ < end_ && (*at_ == ' ' || *at_ == '\t' || *at_ == '\r')) ++at_;
+    at_ = skip_blanks(at_, end_);
     if (at_ < end_) break;
     const long behind = end_ - begin_ + 1;
     if (!next_line()) {
@@ -151,8 +164,13 @@ void LpLexer::scan_name(LpLexeme* token) {
 
 void LpLexer::scan_number(LpLexeme* token) {
   const std::string_view text(at_, static_cast<std::size_t>(end_ - at_));
-  std::size_t length = lp_number_length(text);
   token->kind = LpToken::kNumber;
+  if (const std::size_t plain = parse_plain_number(text, &token->value); plain > 0) {
+    token->text = text.substr(0, plain);
+    at_ += plain;
+    return;
+  }
+  std::size_t length = lp_number_length(text);
   if (length == 0 || !parse_number(text.substr(0, length), &token->value)) {
     token->kind = LpToken::kUnknown;
     length = 1;

@@ -52,6 +52,8 @@ class LpLexer {
 
   // The kind of the token behind the current one.
   [[nodiscard]] LpToken peek();
+  // Whether that is a colon; does not scan a token for it on the same line.
+  [[nodiscard]] bool colon_follows();
 
   // The line from the start of the current token on, without its comment; only before peek() of the same token.
   [[nodiscard]] std::string_view rest() const {

@@ -12,8 +12,9 @@
 //   Kinds        Generals, Binaries, Semi-continuous, Semi-integer: names up to the next section. A variable that is
 //                general and semi-continuous is semi-integer. Bounds given to a binary variable stay as far as they lie
 //                in [0, 1], whichever section comes first.
-//   SOS          "[label:] S1:: x:1 y:2", also among the constraints; under SOS1 and SOS2 without the type. Labels are
-//                not kept.
+//   SOS          "[name:] S1:: x:1 y:2", also among the constraints; under SOS1 and SOS2 without the type. The numbers
+//   are
+//                weights, which give the members their order.
 //   Twice        terms of one variable are added up; of bounds the last one counts; each with a warning. A label given
 //                twice is an error.
 //   Variables    exist in the order in which they first occur, also in Bounds or in a list of a kind (with a warning).
@@ -84,6 +85,7 @@ class LpParser {
   struct SosState {
     int type;
     bool open = false, labelled = false;
+    std::string label = {};
   };
   bool sos_section(int type);
   bool sos_of_line();

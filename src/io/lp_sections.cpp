@@ -1,5 +1,6 @@
 // Bounds, kinds of variables and special ordered sets of the LP format.
 #include <cmath>
+#include <utility>
 
 #include "io/lp_parser.hpp"
 
@@ -111,6 +112,7 @@ bool LpParser::sos_section(int type) {
 // A set among the constraints ends with its line: a label and a coefficient look like a member and its weight.
 bool LpParser::sos_of_line() {
   SosState state{0};
+  if (label_ >= 0) state.label = data_.rows[label_];
   const long line = token().line;
   while (at(LpToken::kName) && token().line == line) {
     if (!sos_item(&state)) return false;
@@ -138,7 +140,9 @@ bool LpParser::sos_item(SosState* state) {
   lexer_.advance();
   if (!at(LpToken::kName)) return sos_member(state, place);
   if (!close_sos(state)) return false;
+  if (name.size() > kMaxNameLength) return diagnostics_.fail_at(place, "name too long");
   state->labelled = true;
+  state->label = name;
   return true;
 }
 
@@ -147,6 +151,7 @@ bool LpParser::open_sos(SosState* state, int type) {
   state->open = true;
   data_.sos.emplace_back();
   data_.sos.back().type = type;
+  data_.sos.back().name = std::exchange(state->label, {});
   return true;
 }
 

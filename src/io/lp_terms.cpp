@@ -82,8 +82,8 @@ bool LpParser::term(double sign, bool* ends) {
     const bool product = at(LpToken::kStar);
     if (product) lexer_.advance();
     if (product && !at(LpToken::kName)) return fail("a variable is expected after '*'");
-    const bool has_variable = at(LpToken::kName) && (product || header().section == LpSection::kNone) &&
-                              (product || lexer_.peek() != LpToken::kColon);
+    const bool has_variable =
+        at(LpToken::kName) && (product || header().section == LpSection::kNone) && (product || !lexer_.colon_follows());
     if (!has_variable) {
       expression_.add_constant(value);
       return true;

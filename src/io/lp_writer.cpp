@@ -36,11 +36,14 @@ bool natural_order(const ModelData& data, const CompressedVectors& rows) {
   return std::all_of(rows.index.begin(), rows.index.end(), name) && next == data.num_cols();
 }
 
+struct LpNames {
+  const UniqueNames &row, &col, &set;
+};
+
 class LpTextWriter {
  public:
-  LpTextWriter(const ModelData& data, const CompressedVectors& rows, const UniqueNames& row_names,
-               const UniqueNames& col_names, ModelStream* stream)
-      : data_(data), rows_(rows), row_names_(row_names), col_names_(col_names), out_(stream) {}
+  LpTextWriter(const ModelData& data, const CompressedVectors& rows, const LpNames& names, ModelStream* stream)
+      : data_(data), rows_(rows), row_names_(names.row), col_names_(names.col), set_names_(names.set), out_(stream) {}
 
   bool write() {
     if (!data_.name.empty()) out_.line("\\Problem name: " + printable(data_.name));
@@ -75,6 +78,7 @@ class LpTextWriter {
   const CompressedVectors& rows_;
   const UniqueNames& row_names_;
   const UniqueNames& col_names_;
+  const UniqueNames& set_names_;
   NameTable column_table_;  // of col_names_, once there is a range
   LpLineWriter out_;
 };
@@ -215,7 +219,7 @@ void LpTextWriter::sos() {
   for (std::size_t k = 0; k < data_.sos.size(); ++k) {
     const SosConstraint& set = data_.sos[k];
     if (set.member.empty()) continue;
-    out_.word("s" + std::to_string(k) + ":").word(set.type == 1 ? "S1::" : "S2::");
+    out_.word(set_names_[static_cast<Index>(k)] + ":").word(set.type == 1 ? "S1::" : "S2::");
     for (std::size_t member = 0; member < set.member.size(); ++member) {
       char weight[kNumberTextSize];
       format_number(set.weight[member], weight);
@@ -242,9 +246,13 @@ int write_lp(ZLPmodel& model, const std::string& name) {
     };
     const UniqueNames rows = names(model.data.constr_names, 'R');
     const UniqueNames cols = names(model.data.var_names, 'C');
+    NameList own_sets;
+    for (const SosConstraint& set : model.data.sos) own_sets.append(set.name.c_str());
+    const UniqueNames sets = own_sets.any() ? names(own_sets, 's') : UniqueNames(own_sets, 's');
     warn_of_replaced_names(model, rows, "constraints");
     warn_of_replaced_names(model, cols, "variables");
-    return LpTextWriter(model.data, row_twin(model), rows, cols, stream).write();
+    warn_of_replaced_names(model, sets, "sets");
+    return LpTextWriter(model.data, row_twin(model), {rows, cols, sets}, stream).write();
   });
 }
 

@@ -79,7 +79,9 @@ ModelData to_model_data(ParsedModel&& parsed) {
   convert_names(parsed, data);
   convert_rows(parsed, data);
   convert_columns(parsed, data);
-  for (ParsedSos& sos : parsed.sos) data.sos.push_back({sos.type, std::move(sos.member), std::move(sos.weight)});
+  for (ParsedSos& sos : parsed.sos) {
+    data.sos.push_back({sos.type, std::move(sos.member), std::move(sos.weight), std::move(sos.name)});
+  }
   data.quadratic.reserve(parsed.quadratic.size());
   for (const ParsedQuadraticTerm& term : parsed.quadratic) {
     data.quadratic.push_back({term.first, term.second, term.value});

@@ -266,13 +266,16 @@ bool MpsParser::sos_line(std::string_view line) {
   return sos_member(line);
 }
 
-// "S1 [set] name [priority]": names and priorities are not kept.
+// "S1 name [priority]" or "S1 set name priority". A priority has no place in a model.
 bool MpsParser::sos_header(const MpsWords& words) {
   double priority;
   if (words.overflow || words.count > 4) return fail_line();
   if (words.count >= 3 && !parse_number(words[words.count - 1], &priority)) return fail_line();
   data_.sos.emplace_back();
   data_.sos.back().type = words[0] == "S1" ? 1 : 2;
+  const std::string_view name = words.count == 1 ? std::string_view() : words[words.count == 4 ? 2 : 1];
+  if (name.size() > kMaxNameLength) return fail_line();
+  data_.sos.back().name = name;
   sos_of_col_.resize(static_cast<std::size_t>(data_.cols.size()), 0);
   return true;
 }

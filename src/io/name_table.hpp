@@ -57,10 +57,22 @@ class NameTable {
     Index index = -1;  // -1: free
   };
 
-  static std::uint64_t load(const char* bytes, std::size_t count) {
-    std::uint64_t word = 0;
-    std::memcpy(&word, bytes, count);
+  template <class Word>
+  static std::uint64_t load_as(const char* bytes) {
+    Word word;
+    std::memcpy(&word, bytes, sizeof word);
     return word;
+  }
+  // Up to eight bytes, the first one lowest. Two loads that overlap instead of a copy of variable length.
+  static std::uint64_t load(const char* bytes, std::size_t count) {
+    const auto halves = [&]<class Half>(Half) {
+      const std::size_t shift = 8 * (count - sizeof(Half));
+      return load_as<Half>(bytes) | load_as<Half>(bytes + count - sizeof(Half)) << shift;
+    };
+    if (count >= 8) return load_as<std::uint64_t>(bytes);
+    if (count >= 4) return halves(std::uint32_t{});
+    if (count >= 2) return halves(std::uint16_t{});
+    return count == 1 ? load_as<unsigned char>(bytes) : 0;
   }
   static std::uint64_t mix(std::uint64_t a) {
     const auto product = static_cast<unsigned __int128>(a) * 0x9E3779B97F4A7C15u;

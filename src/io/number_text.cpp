@@ -110,6 +110,23 @@ int format_number(double value, char* text) {
   return static_cast<int>(end - text);
 }
 
+std::size_t parse_plain_number(std::string_view text, double* value) {
+  const char* p = text.data();
+  const char* const end = p + text.size();
+  std::uint64_t mantissa = 0;
+  while (p < end && is_digit(*p)) mantissa = mantissa * 10 + static_cast<unsigned>(*p++ - '0');
+  std::ptrdiff_t digits = p - text.data(), decimals = 0;
+  if (digits > 0 && p < end && *p == '.') {
+    const char* fraction = ++p;
+    while (p < end && is_digit(*p)) mantissa = mantissa * 10 + static_cast<unsigned>(*p++ - '0');
+    decimals = p - fraction;
+    digits += decimals;
+  }
+  if (digits == 0 || digits > kMaxFastDigits || mantissa >= kMaxExactMantissa || p == end || *p != ' ') return 0;
+  *value = static_cast<double>(mantissa) / kPowerOfTen[static_cast<std::size_t>(decimals)];
+  return static_cast<std::size_t>(p - text.data());
+}
+
 bool parse_number(std::string_view text, double* value) {
   const char* p = text.data();
   const char* end = p + text.size();

@@ -28,6 +28,7 @@ struct ParsedSos {
   int type = 1;  // 1 or 2
   std::vector<Index> member;
   std::vector<double> weight;
+  std::string name;
 };
 
 // Adds 1/2 * value * x[first] * x[second] to the objective.

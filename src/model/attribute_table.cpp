@@ -281,20 +281,25 @@ constexpr Attribute kAttributes[] = {
     {"UnbdRay", AttrType::kDouble, AttrKind::kVariable, each<unbd_ray>, nullptr, has_ray},
 };
 
-NameIndex build_index() {
-  NameIndex index;
-  int number = 0;
-  for (const Attribute& attribute : kAttributes) index.add(attribute.name, number++);
-  return index;
+const NameIndex& name_index() {
+  static const NameIndex kIndex = [] {
+    NameIndex index;
+    int number = 0;
+    for (const Attribute& attribute : kAttributes) index.add(attribute.name, number++);
+    return index;
+  }();
+  return kIndex;
 }
+
+// Made while the library is loaded: a fork can then never meet it half made by another thread.
+[[maybe_unused]] const NameIndex& kMadeAtLoad = name_index();
 
 }  // namespace
 
 std::span<const Attribute> attribute_table() { return kAttributes; }
 
 const Attribute* find_attribute(std::string_view name) {
-  static const NameIndex kIndex = build_index();
-  const int number = kIndex.find(name);
+  const int number = name_index().find(name);
   return number < 0 ? nullptr : &kAttributes[number];
 }
 

@@ -23,17 +23,13 @@ int check_range(ZLPmodel& model, Range range, int length, const char* format) {
   return kErrorIndexOutOfRange;
 }
 
-// One vector after the other; `sign(k, other)` restores the sign of the entry of vector k at index `other`.
-template <class Sign>
-void copy_vectors(const CompressedVectors& vectors, Range range, int* begin, int* index, double* value, Sign sign) {
-  int out = 0;
-  for (int k = 0; k < range.count; ++k) {
-    begin[k] = out;
-    for (Offset entry = vectors.begin(range.first + k); entry < vectors.end(range.first + k); ++entry) {
-      index[out] = vectors.index[entry];
-      value[out++] = sign(range.first + k, vectors.index[entry]) * vectors.value[entry];
-    }
-  }
+// Entries of the vectors of a range as they are stored; `value` still has the stored signs.
+void copy_vectors(const CompressedVectors& vectors, Range range, int* begin, int* index, double* value) {
+  const Offset first = vectors.begin(range.first);
+  for (int k = 0; k < range.count; ++k) begin[k] = static_cast<int>(vectors.begin(range.first + k) - first);
+  const auto count = static_cast<std::size_t>(vectors.end(range.first + range.count - 1) - first);
+  std::copy_n(vectors.index.begin() + first, count, index);
+  std::copy_n(vectors.value.begin() + first, count, value);
 }
 
 int get_coefficient(ZLPmodel& model, int row, int col, double* value) {
@@ -97,7 +93,8 @@ int ZLPgetvars(ZLPmodel* model, int* num_nz, int* vbeg, int* vind, double* vval,
     }
     *num_nz = static_cast<int>(data.matrix.end(first + num - 1) - data.matrix.begin(first));
     if (vbeg == nullptr || vind == nullptr || vval == nullptr) return static_cast<int>(kOk);
-    copy_vectors(data.matrix, {first, num}, vbeg, vind, vval, [&](int, int row) { return data.row_sign(row); });
+    copy_vectors(data.matrix, {first, num}, vbeg, vind, vval);
+    for (int k = 0; k < *num_nz; ++k) vval[k] *= data.row_sign(vind[k]);
     return static_cast<int>(kOk);
   });
 }
@@ -113,7 +110,12 @@ int ZLPgetconstrs(ZLPmodel* model, int* num_nz, int* cbeg, int* cind, double* cv
     const CompressedVectors& rows = row_twin(valid);
     *num_nz = static_cast<int>(rows.end(first + num - 1) - rows.begin(first));
     if (cbeg == nullptr || cind == nullptr || cval == nullptr) return static_cast<int>(kOk);
-    copy_vectors(rows, {first, num}, cbeg, cind, cval, [&](int row, int) { return data.row_sign(row); });
+    copy_vectors(rows, {first, num}, cbeg, cind, cval);
+    for (int k = 0; k < num; ++k) {
+      if (data.row_sense[first + k] != ZLP_GREATER_EQUAL) continue;
+      const int end = k + 1 < num ? cbeg[k + 1] : *num_nz;
+      for (int entry = cbeg[k]; entry < end; ++entry) cval[entry] = -cval[entry];
+    }
     return static_cast<int>(kOk);
   });
 }

@@ -29,6 +29,7 @@ struct SosConstraint {
   int type = 1;  // 1 or 2
   std::vector<Index> member;
   std::vector<double> weight;  // as many as members
+  std::string name = {};       // as a model file gave it, "" for none; LP files carry it on
 };
 
 // Adds 1/2 * value * x[first] * x[second] to the objective. A model's terms are the entries of a matrix Q of which only

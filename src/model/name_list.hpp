@@ -14,7 +14,7 @@ class NameList {
  public:
   [[nodiscard]] Index size() const { return count_; }
   [[nodiscard]] bool any() const { return stored_; }  // some name was given
-  [[nodiscard]] const std::string& operator[](Index i) const { return stored_ ? names_[i] : unnamed(); }
+  [[nodiscard]] const std::string& operator[](Index i) const { return stored_ ? names_[i] : kUnnamed; }
 
   // Null and "" both mean unnamed.
   void append(const char* name) {
@@ -66,10 +66,7 @@ class NameList {
   }
 
  private:
-  static const std::string& unnamed() {
-    static const std::string kUnnamed;
-    return kUnnamed;
-  }
+  inline static const std::string kUnnamed;
 
   Index count_ = 0;
   bool stored_ = false;

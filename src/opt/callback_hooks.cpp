@@ -36,54 +36,32 @@ void CallbackHooks::poll() {
 }
 
 void CallbackHooks::presolve(const PresolveProgress& progress) {
-  CallbackView view;
-  view.where = ZLP_WHERE_PRESOLVE;
-  view.presolve = &progress;
-  call(view);
+  call({.where = ZLP_WHERE_PRESOLVE, .presolve = &progress});
 }
 
 void CallbackHooks::simplex(const SimplexProgress& progress) {
-  CallbackView view;
-  view.where = ZLP_WHERE_SIMPLEX;
-  view.simplex = &progress;
-  call(view);
+  call({.where = ZLP_WHERE_SIMPLEX, .simplex = &progress});
 }
 
 void CallbackHooks::barrier(const BarrierProgress& progress) {
-  CallbackView view;
-  view.where = ZLP_WHERE_BARRIER;
-  view.barrier = &progress;
-  call(view);
+  call({.where = ZLP_WHERE_BARRIER, .barrier = &progress});
 }
 
-void CallbackHooks::search(const SearchProgress& progress) {
-  CallbackView view;
-  view.where = ZLP_WHERE_MIP;
-  view.search = &progress;
-  call(view);
-}
+void CallbackHooks::search(const SearchProgress& progress) { call({.where = ZLP_WHERE_MIP, .search = &progress}); }
 
 bool CallbackHooks::solution(const SearchProgress& progress, const std::vector<double>& x, double objective,
                              std::vector<SideRow>& rows) {
-  CallbackView view;
-  view.where = ZLP_WHERE_MIP_SOLUTION;
-  view.search = &progress;
-  view.x = &x;
-  view.objective = objective;
-  view.rows = &rows;
-  return call(view);
+  return call({.where = ZLP_WHERE_MIP_SOLUTION, .search = &progress, .x = &x, .objective = objective, .rows = &rows});
 }
 
 void CallbackHooks::node(const SearchProgress& progress, int depth, const std::vector<double>& x, double objective,
                          std::vector<SideRow>& rows) {
-  CallbackView view;
-  view.where = ZLP_WHERE_MIP_NODE;
-  view.search = &progress;
-  view.x = &x;
-  view.objective = objective;
-  view.depth = depth;
-  view.rows = &rows;
-  call(view);
+  call({.where = ZLP_WHERE_MIP_NODE,
+        .search = &progress,
+        .x = &x,
+        .objective = objective,
+        .depth = depth,
+        .rows = &rows});
 }
 
 bool CallbackHooks::take_offered(std::vector<double>& x) {

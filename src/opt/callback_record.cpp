@@ -21,10 +21,7 @@ void release_record(ZLPcbdata* record) {
 }
 
 void message_callback(CallbackData& data, int where) {
-  CallbackView view;
-  view.where = where;
-  view.text = data.text.data();
-  call_callback(*static_cast<ZLPcbdata*>(data.user), view);
+  call_callback(*static_cast<ZLPcbdata*>(data.user), {.where = where, .text = data.text.data()});
 }
 
 // The call in progress, taken back however it ends.

@@ -8,16 +8,11 @@
 #include "env/interrupt.hpp"
 #include "env/log_channel.hpp"
 #include "env/processors.hpp"
-#include "env/support.hpp"
+#include "support/scratch.hpp"
+#include "support/session.hpp"
 
-namespace zorvex {
+namespace zorvex::testing {
 namespace {
-
-using testing::load;
-using testing::printed;
-using testing::ScratchDirectory;
-using testing::slurp;
-using testing::spit;
 
 std::size_t count_of(const std::string& text, const std::string& part) {
   std::size_t count = 0;
@@ -27,7 +22,7 @@ std::size_t count_of(const std::string& text, const std::string& part) {
 
 TEST(LoadEnvironment, PlainIsQuiet) {
   const ScratchDirectory scratch;
-  testing::Env env;
+  Env env;
   EXPECT_EQ("", printed([&] { env = load(); }));
   EXPECT_STREQ("", ZLPgeterrormsg(env.get()));
   EXPECT_EQ(10002, ZLPloadenv(nullptr, nullptr));
@@ -51,7 +46,7 @@ TEST(LoadEnvironment, BannerIsAppendedEachTime) {
 
 TEST(LoadEnvironment, GoesOnWithoutALogFileThatCannotBeOpened) {
   const ScratchDirectory scratch;
-  testing::Env env;
+  Env env;
   EXPECT_EQ("Warning: Failed to open log file 'no/such/dir/a.log'\n",
             printed([&] { env = load("no/such/dir/a.log"); }));
   EXPECT_STREQ("", ZLPgeterrormsg(env.get()));
@@ -61,7 +56,7 @@ TEST(LoadEnvironment, GoesOnWithoutALogFileThatCannotBeOpened) {
 TEST(LoadEnvironment, EnvironmentFileIsApplied) {
   const ScratchDirectory scratch;
   spit("zorvex.env", "# comment\nMIPGap 0.25\nNoSuch 1\nmethod 9\nLogFile from_env.log\n");
-  testing::Env env;
+  Env env;
   const std::string out = printed([&] { env = load(); });
   EXPECT_NE(std::string::npos, out.find("Warning: unknown parameter NoSuch in zorvex.env\n")) << out;
   EXPECT_NE(std::string::npos, out.find("Failed to set parameter method to value 9\n")) << out;
@@ -251,4 +246,4 @@ TEST(License, ReleaseIsKnownToLaterChecks) {
 }
 
 }  // namespace
-}  // namespace zorvex
+}  // namespace zorvex::testing

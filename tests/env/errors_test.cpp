@@ -4,13 +4,11 @@
 
 #include "env/environment.hpp"
 #include "env/guarded.hpp"
-#include "env/support.hpp"
+#include "support/scratch.hpp"
+#include "support/session.hpp"
 
-namespace zorvex {
+namespace zorvex::testing {
 namespace {
-
-using testing::load;
-using testing::printed;
 
 TEST(ErrorTexts, StandardTextOfEveryCode) {
   const struct {
@@ -170,4 +168,4 @@ TEST(Guarded, ExceptionsBecomeCodes) {
 }
 
 }  // namespace
-}  // namespace zorvex
+}  // namespace zorvex::testing

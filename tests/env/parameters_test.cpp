@@ -7,15 +7,11 @@
 #include "env/environment.hpp"
 #include "env/parameter_lines.hpp"
 #include "env/processors.hpp"
-#include "env/support.hpp"
+#include "support/scratch.hpp"
+#include "support/session.hpp"
 
-namespace zorvex {
+namespace zorvex::testing {
 namespace {
-
-using testing::load;
-using testing::printed;
-using testing::ScratchDirectory;
-using testing::slurp;
 
 constexpr double kInfinite = std::numeric_limits<double>::infinity();
 
@@ -97,53 +93,51 @@ double read_number(ZLPenv* env, const char* name) {
 }
 
 TEST(ParameterSet, ValuesCodesAndTexts) {
+  using enum SetCase::Kind;
   const std::string threads_text =
       "Unable to set parameter Threads to value 1024 (maximum is " + std::to_string(count_logical_processors()) + ")";
   const SetCase cases[] = {
-      {SetCase::kInt, "method", 2, nullptr, 0, "", "Method", 2},
-      {SetCase::kInt, "Method", 5, nullptr, 10008, "Unable to set parameter Method to value 5 (maximum is 4)", "Method",
-       2},
-      {SetCase::kInt, "Method", -2, nullptr, 10008, "Unable to set parameter Method to value -2 (minimum is -1)",
+      {kInt, "method", 2, nullptr, 0, "", "Method", 2},
+      {kInt, "Method", 5, nullptr, 10008, "Unable to set parameter Method to value 5 (maximum is 4)", "Method", 2},
+      {kInt, "Method", -2, nullptr, 10008, "Unable to set parameter Method to value -2 (minimum is -1)", "Method", 2},
+      {kInt, "SolutionLimit", 2147483647, nullptr, 0, "", "SolutionLimit", 2e9},
+      {kInt, "Method", 2147483647, nullptr, 10008, "Unable to set parameter Method to value 2000000000 (maximum is 4)",
        "Method", 2},
-      {SetCase::kInt, "SolutionLimit", 2147483647, nullptr, 0, "", "SolutionLimit", 2e9},
-      {SetCase::kInt, "Method", 2147483647, nullptr, 10008,
-       "Unable to set parameter Method to value 2000000000 (maximum is 4)", "Method", 2},
-      {SetCase::kInt, "Threads", 1024, nullptr, 10008, threads_text, "Threads", 0},
-      {SetCase::kInt, "FeasibilityTol", 1, nullptr, 10007, "Wrong type for parameter: FeasibilityTol", "FeasibilityTol",
-       1e-6},
-      {SetCase::kInt, "Nothing", 1, nullptr, 10007, "Unknown parameter: Nothing", "Method", 2},
-      {SetCase::kInt, "EndPublic", 1, nullptr, 10007, "Wrong type for parameter: EndPublic", "Method", 2},
-      {SetCase::kInt, nullptr, 1, nullptr, 10002, "NULL argument for required parameter", "Method", 2},
-      {SetCase::kDouble, "TimeLimit", kInfinite, nullptr, 0, "", "TimeLimit", 1e100},
-      {SetCase::kDouble, "TimeLimit", 1e300, nullptr, 0, "", "TimeLimit", 1e100},
-      {SetCase::kDouble, "TimeLimit", -1, nullptr, 10008,
-       "Unable to set parameter TimeLimit to value -1 (minimum is 0)", "TimeLimit", 1e100},
-      {SetCase::kDouble, "TimeLimit", std::nan(""), nullptr, 10008,
+      {kInt, "Threads", 1024, nullptr, 10008, threads_text, "Threads", 0},
+      {kInt, "FeasibilityTol", 1, nullptr, 10007, "Wrong type for parameter: FeasibilityTol", "FeasibilityTol", 1e-6},
+      {kInt, "Nothing", 1, nullptr, 10007, "Unknown parameter: Nothing", "Method", 2},
+      {kInt, "EndPublic", 1, nullptr, 10007, "Wrong type for parameter: EndPublic", "Method", 2},
+      {kInt, nullptr, 1, nullptr, 10002, "NULL argument for required parameter", "Method", 2},
+      {kDouble, "TimeLimit", kInfinite, nullptr, 0, "", "TimeLimit", 1e100},
+      {kDouble, "TimeLimit", 1e300, nullptr, 0, "", "TimeLimit", 1e100},
+      {kDouble, "TimeLimit", -1, nullptr, 10008, "Unable to set parameter TimeLimit to value -1 (minimum is 0)",
+       "TimeLimit", 1e100},
+      {kDouble, "TimeLimit", std::nan(""), nullptr, 10008,
        "Unable to set parameter TimeLimit to value nan (minimum is 0)", "TimeLimit", 1e100},
-      {SetCase::kDouble, "FeasibilityTol", 0.5, nullptr, 10008,
+      {kDouble, "FeasibilityTol", 0.5, nullptr, 10008,
        "Unable to set parameter FeasibilityTol to value 0.5 (maximum is 0.01)", "FeasibilityTol", 1e-6},
-      {SetCase::kDouble, "Method", 1, nullptr, 10007, "Wrong type for parameter: Method", "Method", 2},
-      {SetCase::kText, "Method", 0, "2.0000000001", 0, "", "Method", 2},
-      {SetCase::kText, "Method", 0, "2.5", 10008, "Invalid value '2.5' for parameter 'Method'\n", "Method", 2},
-      {SetCase::kText, "METHOD", 0, "two", 10008, "Invalid value 'two' for parameter 'METHOD'\n", "Method", 2},
-      {SetCase::kText, "Method", 0, "nan", 10008, "Invalid value 'nan' for parameter 'Method'\n", "Method", 2},
-      {SetCase::kText, "Method", 0, "inf", 10008, "Invalid value 'inf' for parameter 'Method'\n", "Method", 2},
-      {SetCase::kText, "Method", 0, "1e20", 10008, "Unable to set parameter Method to value 2000000000 (maximum is 4)",
-       "Method", 2},
-      {SetCase::kText, "MIPGap", 0, "nan", 10008, "Invalid value 'nan' for parameter 'MIPGap'\n", "MIPGap", 1e-4},
-      {SetCase::kText, "MIPGap", 0, " 1.25e-1x", 0, "", "MIPGap", 0.125},
-      {SetCase::kText, "MIPGap", 0, "", 10008, "Invalid value '' for parameter 'MIPGap'\n", "MIPGap", 1e-4},
-      {SetCase::kText, "EndPublic", 0, "1", 10007, "Unknown parameter: EndPublic", "Method", 2},
-      {SetCase::kText, "Method", 0, nullptr, 10002, "NULL argument for required parameter", "Method", 2},
-      {SetCase::kString, "Dummy", 0, "MIPGap 0.5", 0, "", "MIPGap", 0.5},
-      {SetCase::kString, "Dummy", 0, "cut_passes 3", 0, "", "CutPasses", 3},
-      {SetCase::kText, "Dummy", 0, "MIPGap 0.75", 0, "", "MIPGap", 0.75},
-      {SetCase::kString, "Dummy", 0, "MIPGap", 10007, "Unknown parameter requested", "MIPGap", 1e-4},
-      {SetCase::kString, "Dummy", 0, "MIPGap x", 10007, "Unknown parameter requested", "MIPGap", 1e-4},
-      {SetCase::kString, "Dummy", 0, "MIPGap -1", 10008, "Unable to set parameter MIPGap to value -1 (minimum is 0)",
-       "MIPGap", 1e-4},
-      {SetCase::kString, "Dummy", 0, "NodefileDir 1", 10007, "Wrong type for parameter: NodefileDir", "MIPGap", 1e-4},
-      {SetCase::kString, "Method", 0, "1", 10007, "Wrong type for parameter: Method", "Method", 2},
+      {kDouble, "Method", 1, nullptr, 10007, "Wrong type for parameter: Method", "Method", 2},
+      {kText, "Method", 0, "2.0000000001", 0, "", "Method", 2},
+      {kText, "Method", 0, "2.5", 10008, "Invalid value '2.5' for parameter 'Method'\n", "Method", 2},
+      {kText, "METHOD", 0, "two", 10008, "Invalid value 'two' for parameter 'METHOD'\n", "Method", 2},
+      {kText, "Method", 0, "nan", 10008, "Invalid value 'nan' for parameter 'Method'\n", "Method", 2},
+      {kText, "Method", 0, "inf", 10008, "Invalid value 'inf' for parameter 'Method'\n", "Method", 2},
+      {kText, "Method", 0, "1e20", 10008, "Unable to set parameter Method to value 2000000000 (maximum is 4)", "Method",
+       2},
+      {kText, "MIPGap", 0, "nan", 10008, "Invalid value 'nan' for parameter 'MIPGap'\n", "MIPGap", 1e-4},
+      {kText, "MIPGap", 0, " 1.25e-1x", 0, "", "MIPGap", 0.125},
+      {kText, "MIPGap", 0, "", 10008, "Invalid value '' for parameter 'MIPGap'\n", "MIPGap", 1e-4},
+      {kText, "EndPublic", 0, "1", 10007, "Unknown parameter: EndPublic", "Method", 2},
+      {kText, "Method", 0, nullptr, 10002, "NULL argument for required parameter", "Method", 2},
+      {kString, "Dummy", 0, "MIPGap 0.5", 0, "", "MIPGap", 0.5},
+      {kString, "Dummy", 0, "cut_passes 3", 0, "", "CutPasses", 3},
+      {kText, "Dummy", 0, "MIPGap 0.75", 0, "", "MIPGap", 0.75},
+      {kString, "Dummy", 0, "MIPGap", 10007, "Unknown parameter requested", "MIPGap", 1e-4},
+      {kString, "Dummy", 0, "MIPGap x", 10007, "Unknown parameter requested", "MIPGap", 1e-4},
+      {kString, "Dummy", 0, "MIPGap -1", 10008, "Unable to set parameter MIPGap to value -1 (minimum is 0)", "MIPGap",
+       1e-4},
+      {kString, "Dummy", 0, "NodefileDir 1", 10007, "Wrong type for parameter: NodefileDir", "MIPGap", 1e-4},
+      {kString, "Method", 0, "1", 10007, "Wrong type for parameter: Method", "Method", 2},
   };
   const auto env = load();
   for (const SetCase& c : cases) {
@@ -300,4 +294,4 @@ TEST(ParameterLines, EveryKindOfLine) {
 }
 
 }  // namespace
-}  // namespace zorvex
+}  // namespace zorvex::testing

@@ -7,14 +7,8 @@
 #include "io/file_suffix.hpp"
 #include "io/io_fixture.hpp"
 
-namespace zorvex {
+namespace zorvex::testing {
 namespace {
-
-using testing::ModelPtr;
-using testing::read_text;
-using testing::RecordingEnv;
-using testing::TempDir;
-using testing::write_text;
 
 const char kModel[] =
     "NAME tiny\nROWS\n N  c\n L  r1\n G  r2\nCOLUMNS\n    M 'MARKER' 'INTORG'\n    i  c  1  r1  2\n    b  r2  1\n"
@@ -59,16 +53,16 @@ class Files : public ::testing::Test {
  protected:
   std::string file(const std::string& name) { return dir_.file(name); }
   // Stores the model under a name whose suffix may ask for compression.
-  ModelPtr stored(const std::string& name = "m.mps") {
-    write_text(file("source.mps"), kModel);
-    ModelPtr model = env_.read(file("source.mps"));
+  Model stored(const std::string& name = "m.mps") {
+    spit(file("source.mps"), kModel);
+    Model model = env_.read(file("source.mps"));
     std::filesystem::remove(file("source.mps"));
     EXPECT_EQ(ZLPwrite(model.get(), file(name).c_str()), 0);
     env_.clear_log();
     return model;
   }
-  int write(const ModelPtr& m, const std::string& name) { return ZLPwrite(m.get(), file(name).c_str()); }
-  int load(const ModelPtr& m, const std::string& name) { return ZLPread(m.get(), file(name).c_str()); }
+  int write(const Model& m, const std::string& name) { return ZLPwrite(m.get(), file(name).c_str()); }
+  int load(const Model& m, const std::string& name) { return ZLPread(m.get(), file(name).c_str()); }
 
   RecordingEnv env_;
   TempDir dir_;
@@ -80,8 +74,8 @@ TEST_F(Files, ProbingFindsTheFile) {
     const char* asked;
   } cases[] = {{"afiro.mps.bz2", "afiro"}, {"afiro.mps", "afiro"}, {"afiro.mps.gz", "afiro.mps"}, {"x.rew", "x"}};
   for (const auto& c : cases) {
-    const ModelPtr original = stored(c.stored);
-    const ModelPtr model = env_.read(file(c.asked));
+    const Model original = stored(c.stored);
+    const Model model = env_.read(file(c.asked));
     ASSERT_NE(model, nullptr) << c.asked << env_.log();
     std::string log = env_.log();
     const std::size_t time = log.find("Reading time = ");
@@ -93,18 +87,18 @@ TEST_F(Files, ProbingFindsTheFile) {
 }
 
 TEST_F(Files, QpsIsAnnouncedByTheWayItWasFound) {
-  write_text(file("x.QPS"), kModel);
+  spit(file("x.QPS"), kModel);
   EXPECT_NE(env_.read(file("x.QPS")), nullptr);
   EXPECT_EQ(env_.log().find("Read LP format model from file " + file("x.QPS") + "\n"), 0u) << env_.log();
   env_.clear_log();
-  write_text(file("y.qps"), kModel);
+  spit(file("y.qps"), kModel);
   EXPECT_NE(env_.read(file("y")), nullptr);
   EXPECT_EQ(env_.log().find("Read MPS format model from file " + file("y.qps") + "\n"), 0u) << env_.log();
 }
 
 TEST_F(Files, ExactNameComesFirstAndDirectoriesDoNotCount) {
   stored("x.mps.gz");
-  write_text(file("x.mps"), "no model\n");
+  spit(file("x.mps"), "no model\n");
   int code = 0;
   EXPECT_EQ(env_.read(file("x.mps"), &code), nullptr);
   EXPECT_EQ(code, 10012);
@@ -114,8 +108,8 @@ TEST_F(Files, ExactNameComesFirstAndDirectoriesDoNotCount) {
 }
 
 TEST_F(Files, ReadmodelErrors) {
-  write_text(file("x.abc"), kModel);
-  write_text(file("x.sol"), kModel);
+  spit(file("x.abc"), kModel);
+  spit(file("x.sol"), kModel);
   const struct {
     std::string name;
     int code;
@@ -140,7 +134,7 @@ TEST_F(Files, ReadmodelErrors) {
 }
 
 TEST_F(Files, WriteErrors) {
-  const ModelPtr m = stored();
+  const Model m = stored();
   const auto full = [&](const std::string& before, const std::string& name, const std::string& after) {
     return before + "'" + file(name) + "'" + after;
   };
@@ -179,20 +173,20 @@ TEST_F(Files, WriteErrors) {
 }
 
 TEST_F(Files, FullDiskIsAnError) {
-  const ModelPtr m = stored();
+  const Model m = stored();
   if (!std::filesystem::exists("/dev/full")) GTEST_SKIP() << "no /dev/full";
   std::filesystem::create_symlink("/dev/full", file("full.mps"));
   EXPECT_EQ(write(m, "full.mps"), 10013);
 }
 
 TEST_F(Files, ReadErrors) {
-  const ModelPtr m = stored();
+  const Model m = stored();
   for (const char* name : {"a.mps", "a.rew", "a.lp", "a.rlp", "a.ilp", "a.sol", "a.qps"}) {
-    write_text(file(name), "");
+    spit(file(name), "");
     EXPECT_EQ(load(m, name), 10012) << name;
     EXPECT_EQ(ZLPgetmerrormsg(m.get()), "Can't import file '" + file(name) + "' into a model");
   }
-  write_text(file("a.xyz"), "");
+  spit(file("a.xyz"), "");
   EXPECT_EQ(load(m, "a.xyz"), 10012);
   EXPECT_EQ(ZLPgetmerrormsg(m.get()), "Unknown file type for file '" + file("a.xyz") + "'");
   EXPECT_EQ(load(m, "none.mst"), 10003);
@@ -202,26 +196,26 @@ TEST_F(Files, ReadErrors) {
 }
 
 TEST_F(Files, Solutions) {
-  const ModelPtr m = stored();
+  const Model m = stored();
   m->solution.x = {2, 1, 1.0 / 3};
   m->solution.status = SolveStatus::kOptimal;
   m->solution.has_objective = true;
   m->solution.obj_val = 2;
   ASSERT_EQ(write(m, "m.sol"), 0);
   EXPECT_EQ(
-      read_text(file("m.sol")),
+      slurp(file("m.sol")),
       "# Solution for model tiny\n# Status = OPTIMAL\n# Objective value = 2\ni 2\nb 1\nx 3.3333333333333331e-01\n");
   ASSERT_EQ(write(m, "m.mst"), 0);
-  EXPECT_EQ(read_text(file("m.mst")), "# MIP start for model tiny\ni 2\nb 1\n");
+  EXPECT_EQ(slurp(file("m.mst")), "# MIP start for model tiny\ni 2\nb 1\n");
 }
 
 TEST_F(Files, MipStarts) {
-  const ModelPtr m = stored();
-  write_text(file("m.mst"), "# start\r\n\nx 0.5\n  b\t1 \nnobody 3\nsomebody 4\n");
+  const Model m = stored();
+  spit(file("m.mst"), "# start\r\n\nx 0.5\n  b\t1 \nnobody 3\nsomebody 4\n");
   ASSERT_EQ(load(m, "m.mst"), 0);
   EXPECT_EQ(m->warm.start, (std::vector<double>{kUndefinedStart, 1, 0.5}));
   EXPECT_EQ(env_.log(), "Warning: 2 names in file '" + file("m.mst") + "' are not variables of the model\n");
-  write_text(file("n.mst"), "i 3\n");
+  spit(file("n.mst"), "i 3\n");
   ASSERT_EQ(load(m, "n.mst"), 0);
   EXPECT_EQ(m->warm.start, (std::vector<double>{3, 1, 0.5}));
   ASSERT_EQ(write(m, "o.mst.gz"), 0);
@@ -231,7 +225,7 @@ TEST_F(Files, MipStarts) {
 }
 
 TEST_F(Files, BrokenSideFilesChangeNothing) {
-  const ModelPtr m = stored();
+  const Model m = stored();
   m->warm.start = {1, 1, 1};
   const struct {
     const char* name;
@@ -247,7 +241,7 @@ TEST_F(Files, BrokenSideFilesChangeNothing) {
                {"a.bas", "NAME t\n XU i\n", 2, " XU i"},
                {"a.bas", "rubbish\n", 1, "rubbish"}};
   for (const auto& c : cases) {
-    write_text(file(c.name), c.text);
+    spit(file(c.name), c.text);
     env_.clear_log();
     EXPECT_EQ(load(m, c.name), 10012) << c.text;
     const std::string text = "line " + std::to_string(c.line) + " of file " + file(c.name) + " is wrong: " + c.shown;
@@ -260,26 +254,26 @@ TEST_F(Files, BrokenSideFilesChangeNothing) {
 }
 
 TEST_F(Files, Priorities) {
-  const ModelPtr m = stored();
-  write_text(file("m.ord"), "# name priority\ni 7\nx -2\n");
+  const Model m = stored();
+  spit(file("m.ord"), "# name priority\ni 7\nx -2\n");
   ASSERT_EQ(load(m, "m.ord"), 0);
   EXPECT_EQ(m->branch_priority, (std::vector<int>{7, 0, -2}));
 }
 
 TEST_F(Files, Bases) {
-  const ModelPtr m = stored();
+  const Model m = stored();
   m->warm.vbasis = {ZLP_BASIC, ZLP_NONBASIC_UPPER, ZLP_NONBASIC_LOWER};
   m->warm.cbasis = {ZLP_BASIC, ZLP_NONBASIC_LOWER};
   ASSERT_EQ(write(m, "m.bas"), 0);
   const std::string text = "NAME tiny\n XL i         r2\n UL b       \nENDATA\n";
-  EXPECT_EQ(read_text(file("m.bas")), text);
+  EXPECT_EQ(slurp(file("m.bas")), text);
   const WarmStart before = m->warm;
   m->warm.drop_basis();
   ASSERT_EQ(load(m, "m.bas"), 0);
   EXPECT_EQ(m->warm.vbasis, before.vbasis);
   EXPECT_EQ(m->warm.cbasis, before.cbasis);
   env_.clear_log();
-  write_text(file("n.bas"), "NAME t\n XU i r1\n XU b r1\n UL i\n XL zz r2\nENDATA\n");
+  spit(file("n.bas"), "NAME t\n XU i r1\n XU b r1\n UL i\n XL zz r2\nENDATA\n");
   ASSERT_EQ(load(m, "n.bas"), 0);
   EXPECT_EQ(m->warm.vbasis, (std::vector<int>{ZLP_BASIC, ZLP_NONBASIC_LOWER, ZLP_NONBASIC_LOWER}));
   EXPECT_EQ(m->warm.cbasis, (std::vector<int>{ZLP_NONBASIC_UPPER, ZLP_BASIC}));
@@ -288,7 +282,7 @@ TEST_F(Files, Bases) {
 }
 
 TEST_F(Files, Parameters) {
-  const ModelPtr m = stored();
+  const Model m = stored();
   ZLPenv* env = ZLPgetenv(m.get());
   ZLPsetdblparam(env, "MIPGap", 0.5);
   ASSERT_EQ(write(m, "m.prm.gz"), 0);
@@ -298,7 +292,7 @@ TEST_F(Files, Parameters) {
   ZLPgetdblparam(env, "MIPGap", &gap);
   EXPECT_EQ(gap, 0.5);
   ASSERT_EQ(ZLPwriteparams(env, file("n.prm").c_str()), 0);
-  EXPECT_NE(read_text(file("n.prm")).find("MIPGap  0.5\n"), std::string::npos);
+  EXPECT_NE(slurp(file("n.prm")).find("MIPGap  0.5\n"), std::string::npos);
   EXPECT_EQ(ZLPreadparams(env, file("none.prm").c_str()), 10003);
   EXPECT_EQ(ZLPgeterrormsg(env), "Unable to read parameter file " + file("none.prm"));
   EXPECT_EQ(ZLPwriteparams(env, file("no/n.prm").c_str()), 10003);
@@ -318,4 +312,4 @@ TEST_F(Files, MissingCompressorIsNamed) {
 }
 
 }  // namespace
-}  // namespace zorvex
+}  // namespace zorvex::testing

@@ -2,40 +2,18 @@
 #pragma once
 
 #include <gtest/gtest.h>
-#include <unistd.h>
 
-#include <cstdlib>
-#include <filesystem>
-#include <fstream>
 #include <memory>
-#include <sstream>
 #include <string>
+#include <vector>
 
 #include "env/environment.hpp"
+#include "io/number_text.hpp"
 #include "model/model.hpp"
-#include "zorvex.h"
+#include "support/scratch.hpp"
+#include "support/session.hpp"
 
 namespace zorvex::testing {
-
-class TempDir {
- public:
-  TempDir() {
-    std::string pattern = (std::filesystem::temp_directory_path() / "zorvex_io_XXXXXX").string();
-    path_ = mkdtemp(pattern.data());
-  }
-  TempDir(const TempDir&) = delete;
-  TempDir& operator=(const TempDir&) = delete;
-  ~TempDir() { std::filesystem::remove_all(path_); }
-  [[nodiscard]] std::string file(const std::string& name) const { return (path_ / name).string(); }
-
- private:
-  std::filesystem::path path_;
-};
-
-struct FreeModel {
-  void operator()(ZLPmodel* model) const { ZLPfreemodel(model); }
-};
-using ModelPtr = std::unique_ptr<ZLPmodel, FreeModel>;
 
 class RecordingEnv {
  public:
@@ -60,12 +38,12 @@ class RecordingEnv {
   [[nodiscard]] std::string error() const { return ZLPgeterrormsg(env_); }
 
   // Null on failure; `code` receives what ZLPreadmodel returned.
-  ModelPtr read(const std::string& name, int* code = nullptr) {
+  Model read(const std::string& name, int* code = nullptr) {
     ZLPmodel* model = nullptr;
     const int result = ZLPreadmodel(env_, name.c_str(), &model);
     if (code != nullptr) *code = result;
     if (model != nullptr) hook(model->env);
-    return ModelPtr(model);
+    return Model(model);
   }
 
  private:
@@ -73,14 +51,61 @@ class RecordingEnv {
   std::string log_;
 };
 
-inline void write_text(const std::string& path, const std::string& text) {
-  std::ofstream(path, std::ios::binary) << text;
-}
+// Models built through the C interface, what is written of them, and what is read back of that.
+class WriterTest : public ::testing::Test {
+ protected:
+  explicit WriterTest(const char* file) : file_(file) {}
 
-inline std::string read_text(const std::string& path) {
-  std::ostringstream text;
-  text << std::ifstream(path, std::ios::binary).rdbuf();
-  return text.str();
+  Model model(const char* name) {
+    ZLPmodel* made = nullptr;
+    EXPECT_EQ(ZLPnewmodel(env_.get(), &made, name, 0, nullptr, nullptr, nullptr, nullptr, nullptr), 0);
+    env_.hook(made->env);
+    return Model(made);
+  }
+  static void column(const Model& m, const char* name, double obj, double lb, double ub, char type) {
+    EXPECT_EQ(ZLPaddvar(m.get(), 0, nullptr, nullptr, obj, lb, ub, type, name), 0);
+  }
+  static void row(const Model& m, const char* name, std::vector<int> ind, std::vector<double> val, char sense,
+                  double rhs) {
+    EXPECT_EQ(ZLPaddconstr(m.get(), static_cast<int>(ind.size()), ind.data(), val.data(), sense, rhs, name), 0);
+  }
+  static void range(const Model& m, const char* name, std::vector<int> ind, std::vector<double> val, double lower,
+                    double upper) {
+    EXPECT_EQ(ZLPaddrangeconstr(m.get(), static_cast<int>(ind.size()), ind.data(), val.data(), lower, upper, name), 0);
+  }
+  std::string written(const Model& m, std::string file = "") {
+    file = dir_.file(file.empty() ? file_ : file);
+    EXPECT_EQ(ZLPupdatemodel(m.get()), 0);
+    env_.clear_log();
+    EXPECT_EQ(ZLPwrite(m.get(), file.c_str()), 0) << ZLPgetmerrormsg(m.get());
+    return slurp(file);
+  }
+  Model back(std::string file = "") {
+    file = dir_.file(file.empty() ? file_ : file);
+    env_.clear_log();
+    Model again = env_.read(file);
+    EXPECT_NE(again, nullptr) << env_.log() << slurp(file);
+    return again;
+  }
+  // Queued edits are announced and left out of what is written of `m`.
+  void expect_pending_changes_left_out(const Model& m) {
+    const std::string before = written(m);
+    column(m, "late", 1, 0, 1e30, 'C');
+    EXPECT_EQ(ZLPwrite(m.get(), dir_.file(file_).c_str()), 0);
+    EXPECT_EQ(slurp(dir_.file(file_)), before);
+    EXPECT_EQ(env_.log(),
+              "Warning: model has pending changes.\nFile '" + dir_.file(file_) + "' does not contain these changes.\n");
+  }
+
+  RecordingEnv env_;
+  TempDir dir_;
+  std::string file_;
+};
+
+inline std::string number(double value) {
+  char text[kNumberTextSize];
+  format_number(value, text);
+  return text;
 }
 
 // A maximisation model comes back as a minimisation and says so no more.

@@ -6,12 +6,8 @@
 
 #include "io/io_fixture.hpp"
 
-namespace zorvex {
+namespace zorvex::testing {
 namespace {
-
-using testing::RecordingEnv;
-using testing::TempDir;
-using testing::write_text;
 
 struct BrokenFile {
   const char* what;
@@ -61,6 +57,8 @@ const std::vector<BrokenFile>& broken_files() {
       {"zero byte", std::string("min x\0y\n", 8), 1, 6, kSignOrSection, "byte 0x00"},
       {"long name", "min " + std::string(256, 'n') + "\n", 1, 5, "name too long", std::string(200, 'n')},
       {"long label", with_rows(std::string(256, 'n') + ": x >= 1"), 4, 1, "name too long", std::string(200, 'n')},
+      {"long name of a set", with_tail("sos " + std::string(256, 'n') + ": S1:: x:1"), 5, 5, "name too long",
+       std::string(200, 'n')},
       {"bracket not closed", "min [ x^2\nst\n", 2, 1, "a sign or ']' is expected", "st"},
       {"no half", "min [ x^2 ]\nst\n", 2, 1, kHalf, "st"},
       {"another divisor", "min [ x^2 ] / 3\n", 1, 15, kHalf, "3"},
@@ -122,7 +120,7 @@ TEST(BrokenLp, EachWithItsMessage) {
   const TempDir dir;
   RecordingEnv env;
   for (const BrokenFile& broken : broken_files()) {
-    write_text(dir.file("m.lp"), broken.text);
+    spit(dir.file("m.lp"), broken.text);
     env.clear_log();
     int code = 0;
     EXPECT_EQ(env.read(dir.file("m.lp"), &code), nullptr) << broken.what;
@@ -139,15 +137,15 @@ TEST(BrokenLp, EachWithItsMessage) {
 TEST(BrokenLp, DamagedStream) {
   const TempDir dir;
   RecordingEnv env;
-  write_text(dir.file("m.lp"), "min x st c: x >= 1 end\n");
+  spit(dir.file("m.lp"), "min x st c: x >= 1 end\n");
   const auto model = env.read(dir.file("m.lp"));
   ASSERT_EQ(ZLPwrite(model.get(), dir.file("p.lp.gz").c_str()), 0);
-  const std::string packed = testing::read_text(dir.file("p.lp.gz"));
-  write_text(dir.file("p.lp.gz"), packed.substr(0, packed.size() - 12));
+  const std::string packed = slurp(dir.file("p.lp.gz"));
+  spit(dir.file("p.lp.gz"), packed.substr(0, packed.size() - 12));
   env.clear_log();
   EXPECT_EQ(env.read(dir.file("p.lp.gz")), nullptr);
   EXPECT_NE(env.log().find("Error: cannot read file"), std::string::npos) << env.log();
 }
 
 }  // namespace
-}  // namespace zorvex
+}  // namespace zorvex::testing

@@ -6,20 +6,9 @@
 
 #include "io/io_fixture.hpp"
 #include "io/lp_reader.hpp"
-#include "io/number_text.hpp"
 
-namespace zorvex {
+namespace zorvex::testing {
 namespace {
-
-using testing::RecordingEnv;
-using testing::TempDir;
-using testing::write_text;
-
-std::string number(double value) {
-  char text[kNumberTextSize];
-  format_number(value, text);
-  return text;
-}
 
 // "min|max costs + constant ; rows ; columns ; sets ; quadratic terms", empty parts left out:
 //   rows      "name: [lower <] 2 x - y < 3"
@@ -45,7 +34,7 @@ std::string shown(const ModelData& data) {
            number(data.ub[col]) + "]";
   }
   for (const SosConstraint& set : data.sos) {
-    out += "; S" + std::to_string(set.type);
+    out += "; " + (set.name.empty() ? "" : set.name + " ") + "S" + std::to_string(set.type);
     for (std::size_t k = 0; k < set.member.size(); ++k) {
       out += " " + data.var_names[set.member[k]] + ":" + number(set.weight[k]);
     }
@@ -67,7 +56,7 @@ class LpParsing : public ::testing::Test {
  protected:
   void check(const std::vector<Reading>& readings) {
     for (const Reading& reading : readings) {
-      write_text(file_, reading.text);
+      spit(file_, reading.text);
       LpParseResult result = parse_lp_file(file_);
       EXPECT_TRUE(result.ok) << reading.what << ": " << result.diagnostics.error().log;
       if (!result.ok) continue;
@@ -225,11 +214,13 @@ TEST_F(LpParsing, Kinds) {
 TEST_F(LpParsing, Sets) {
   check({
       {"both types", with_tail("sos\ns1: S1:: x:1 y:2\nother: s2 :: y : 1.5 x : 3"),
-       tail_model("; S1 x:1 y:2; S2 y:1.5 x:3")},
+       tail_model("; s1 S1 x:1 y:2; other S2 y:1.5 x:3")},
       {"without labels", with_tail("sos S1:: x:1 S2:: y:-1 x:2"), tail_model("; S1 x:1; S2 y:-1 x:2")},
-      {"typed sections", with_tail("sos2 a: x:1 y:2 b: y:3 sos1 c: x:4"), tail_model("; S2 x:1 y:2; S2 y:3; S1 x:4")},
-      {"over lines", with_tail("sos\nset:\nS1\n::\nx\n:\n1\ny:2"), tail_model("; S1 x:1 y:2")},
-      {"among constraints", with_tail("set: S1:: x:1 y:2\nd: 3 x >= 1"), tail_model("; d: 3 x > 1; S1 x:1 y:2")},
+      {"typed sections", with_tail("sos2 a: x:1 y:2 b: y:3 sos1 c: x:4"),
+       tail_model("; a S2 x:1 y:2; b S2 y:3; c S1 x:4")},
+      {"over lines", with_tail("sos\nset:\nS1\n::\nx\n:\n1\ny:2"), tail_model("; set S1 x:1 y:2")},
+      {"among constraints", with_tail("set: S1:: x:1 S2:: y:2\nd: 3 x >= 1"),
+       tail_model("; d: 3 x > 1; set S1 x:1; S2 y:2")},
       {"a variable called S1", "min S1 st c: S1 >= 1 sos S1:: S1:4 end", "min 1 S1; c: 1 S1 > 1; S1 S1:4"},
   });
 }
@@ -269,7 +260,7 @@ TEST_F(LpParsing, ProblemName) {
                                                         {"\\ Problem name     : plan\r\n", "plan"},
                                                         {"\\Problems: none\n", ""},
                                                         {"", ""}}) {
-    write_text(file_, comment + "min x\n\\Problem name: late\nst c: x >= 1\nend\n");
+    spit(file_, comment + "min x\n\\Problem name: late\nst c: x >= 1\nend\n");
     const LpParseResult result = parse_lp_file(file_);
     ASSERT_TRUE(result.ok) << comment;
     EXPECT_EQ(result.data.name, name) << comment;
@@ -277,7 +268,7 @@ TEST_F(LpParsing, ProblemName) {
 }
 
 TEST_F(LpParsing, SizeLimits) {
-  write_text(file_, "min x + y + [ x^2 + y^2 ]/2 st a: x + y >= 1 b: x >= 0 end");
+  spit(file_, "min x + y + [ x^2 + y^2 ]/2 st a: x + y >= 1 b: x >= 0 end");
   for (const auto member :
        {&ReadLimits::rows, &ReadLimits::cols, &ReadLimits::nonzeros, &ReadLimits::quadratic_terms}) {
     ReadLimits limits;
@@ -291,7 +282,7 @@ TEST_F(LpParsing, SizeLimits) {
 TEST(LpReader, AnnouncesAndNames) {
   RecordingEnv env;
   const TempDir dir;
-  write_text(dir.file("m.lp"), "\\Problem name: plan\nmin x st c: x + y >= 1 end\n");
+  spit(dir.file("m.lp"), "\\Problem name: plan\nmin x st c: x + y >= 1 end\n");
   const auto model = env.read(dir.file("m"));
   ASSERT_NE(model, nullptr);
   EXPECT_NE(env.log().find("Read LP format model from file " + dir.file("m.lp") + "\nReading time = "),
@@ -300,4 +291,4 @@ TEST(LpReader, AnnouncesAndNames) {
 }
 
 }  // namespace
-}  // namespace zorvex
+}  // namespace zorvex::testing

@@ -10,50 +10,16 @@
 #include "io/lp_names.hpp"
 #include "io/model_comparison.hpp"
 
-namespace zorvex {
+namespace zorvex::testing {
 namespace {
 
-using testing::difference;
-using testing::ModelPtr;
-using testing::read_text;
-using testing::RecordingEnv;
-using testing::TempDir;
-
-class LpWriter : public ::testing::Test {
+class LpWriter : public WriterTest {
  protected:
-  ModelPtr model(const char* name) {
-    ZLPmodel* made = nullptr;
-    EXPECT_EQ(ZLPnewmodel(env_.get(), &made, name, 0, nullptr, nullptr, nullptr, nullptr, nullptr), 0);
-    env_.hook(made->env);
-    return ModelPtr(made);
-  }
-  static void column(const ModelPtr& m, const char* name, double obj, double lb, double ub, char type) {
-    EXPECT_EQ(ZLPaddvar(m.get(), 0, nullptr, nullptr, obj, lb, ub, type, name), 0);
-  }
-  static void row(const ModelPtr& m, const char* name, std::vector<int> ind, std::vector<double> val, char sense,
-                  double rhs) {
-    EXPECT_EQ(ZLPaddconstr(m.get(), static_cast<int>(ind.size()), ind.data(), val.data(), sense, rhs, name), 0);
-  }
-  std::string written(const ModelPtr& m, const std::string& file = "m.lp") {
-    EXPECT_EQ(ZLPupdatemodel(m.get()), 0);
-    env_.clear_log();
-    EXPECT_EQ(ZLPwrite(m.get(), dir_.file(file).c_str()), 0) << ZLPgetmerrormsg(m.get());
-    return read_text(dir_.file(file));
-  }
-  // The model as read back from what written() wrote.
-  ModelPtr back(const std::string& file = "m.lp") {
-    env_.clear_log();
-    ModelPtr again = env_.read(dir_.file(file));
-    EXPECT_NE(again, nullptr) << env_.log() << read_text(dir_.file(file));
-    return again;
-  }
-
-  RecordingEnv env_;
-  TempDir dir_;
+  LpWriter() : WriterTest("m.lp") {}
 };
 
 TEST_F(LpWriter, EveryPartOfTheFormat) {
-  const ModelPtr m = model("small");
+  const Model m = model("small");
   column(m, "x", 1, 0, 1e30, 'C');
   column(m, "y", -0.1, -5, 1e30, 'C');
   column(m, "up", 1.0 / 3, 0, 4, 'C');
@@ -68,9 +34,9 @@ TEST_F(LpWriter, EveryPartOfTheFormat) {
   row(m, "le", {0, 1, 3}, {1, -2.5, -1}, '<', 10);
   row(m, "ge", {2, 4}, {1e20, 1}, '>', -1);
   row(m, "none", {}, {}, '=', 0);
+  range(m, "rng", {0, 1}, {1, 1}, -1, 4);
   const int ind[] = {0, 1};
-  const double val[] = {1, 1}, weight[] = {1, 2.5};
-  EXPECT_EQ(ZLPaddrangeconstr(m.get(), 2, ind, val, -1, 4, "rng"), 0);
+  const double weight[] = {1, 2.5};
   const int type = 2, begin = 0;
   EXPECT_EQ(ZLPaddsos(m.get(), 1, 2, &type, &begin, ind, weight), 0);
   const int first[] = {0, 1}, second[] = {0, 0};
@@ -91,7 +57,7 @@ TEST_F(LpWriter, EveryPartOfTheFormat) {
 }
 
 TEST_F(LpWriter, ColumnsKeepTheirOrder) {
-  const ModelPtr m = model("order");
+  const Model m = model("order");
   for (const char* name : {"a", "b", "c"}) column(m, name, *name == 'c' ? 1 : 0, 0, 1e30, 'C');
   row(m, "r", {0}, {1}, '>', 1);
   EXPECT_NE(written(m).find(" obj: 0 a + 0 b + c\n"), std::string::npos);
@@ -99,7 +65,7 @@ TEST_F(LpWriter, ColumnsKeepTheirOrder) {
 }
 
 TEST_F(LpWriter, Names) {
-  const ModelPtr m = model("");
+  const Model m = model("");
   for (const char* name : {"ok", "with blank", "e5", "free", "ok", "2x", "C0000001", "x[1]", ""}) {
     column(m, name, 1, 0, 1e30, 'C');
   }
@@ -118,6 +84,23 @@ TEST_F(LpWriter, Names) {
   EXPECT_EQ(difference(m->data, back("m.RLP")->data, false), "");
 }
 
+TEST_F(LpWriter, NamesOfSets) {
+  const Model m = model("");
+  for (const char* name : {"x", "y"}) column(m, name, 1, 0, 1e30, 'C');
+  const int type[] = {1, 2, 1, 2}, begin[] = {0, 1, 2, 3}, member[] = {0, 1, 0, 1};
+  EXPECT_EQ(ZLPaddsos(m.get(), 4, 4, type, begin, member, nullptr), 0);
+  EXPECT_EQ(ZLPupdatemodel(m.get()), 0);
+  for (const auto& [set, name] : {std::pair{0, "one"}, {1, "two words"}, {3, "one"}}) m->data.sos[set].name = name;
+  const std::string text = written(m);
+  EXPECT_NE(text.find("SOS\n one: S1:: x:1\n s0000001: S2:: y:1\n s0000002: S1:: x:1\n s0000003: S2:: y:1\n"),
+            std::string::npos)
+      << text;
+  EXPECT_EQ(env_.log(),
+            "Warning: 2 names of sets are unfit for LP format or not unique, generic names stand for them.\n");
+  EXPECT_EQ(back()->data.sos[0].name, "one");
+  EXPECT_NE(written(m, "m.rlp").find("\n s0: S1:: C0:1\n"), std::string::npos);
+}
+
 TEST(LpNameTest, CarriedOrNot) {
   for (const char* name : {"x", "x(1,2)", "_", "E", "eel", "endless", "a.b", "\xc3\xa9", "stx"}) {
     EXPECT_TRUE(lp_can_carry_name(name)) << name;
@@ -132,7 +115,7 @@ TEST(LpNameTest, CarriedOrNot) {
 }
 
 TEST_F(LpWriter, LinesAreShort) {
-  const ModelPtr m = model("wide");
+  const Model m = model("wide");
   std::vector<int> ind;
   std::vector<double> val;
   for (int col = 0; col < 60; ++col) {
@@ -152,18 +135,13 @@ TEST_F(LpWriter, LinesAreShort) {
 }
 
 TEST_F(LpWriter, PendingChangesAreLeftOut) {
-  const ModelPtr m = model("");
+  const Model m = model("");
   column(m, "x", 1, 0, 1e30, 'C');
-  EXPECT_EQ(ZLPupdatemodel(m.get()), 0);
-  column(m, "y", 1, 0, 1e30, 'C');
-  EXPECT_EQ(ZLPwrite(m.get(), dir_.file("p.lp").c_str()), 0);
-  EXPECT_EQ(env_.log(),
-            "Warning: model has pending changes.\nFile '" + dir_.file("p.lp") + "' does not contain these changes.\n");
-  EXPECT_EQ(read_text(dir_.file("p.lp")), "\nMinimize\n obj: x\nSubject To\nEnd\n");
+  expect_pending_changes_left_out(m);
 }
 
 TEST_F(LpWriter, UnwritableFile) {
-  const ModelPtr m = model("");
+  const Model m = model("");
   const std::string name = dir_.file("absent/m.lp");
   EXPECT_EQ(ZLPwrite(m.get(), name.c_str()), 10013);
   EXPECT_EQ(std::string(ZLPgetmerrormsg(m.get())), "Unable to open file '" + name + "' for output");
@@ -175,7 +153,7 @@ TEST_F(LpWriter, RandomModels) {
   const auto pick = [&random](int n) { return static_cast<int>(random() % static_cast<unsigned>(n)); };
   const auto value = [&] { return pick(3) == 0 ? pick(9) - 4.0 : static_cast<double>(random()) / 1e8 - 20; };
   for (int round = 0; round < 60; ++round) {
-    const ModelPtr m = model("random");
+    const Model m = model("random");
     const int cols = 1 + pick(8), rows = pick(8);
     for (int col = 0; col < cols; ++col) {
       const double a = value(), b = value();
@@ -196,9 +174,7 @@ TEST_F(LpWriter, RandomModels) {
         row(m, name.c_str(), ind, val, "<>="[pick(3)], value());
       } else {
         const double a = value(), b = value();
-        EXPECT_EQ(ZLPaddrangeconstr(m.get(), static_cast<int>(ind.size()), ind.data(), val.data(), std::min(a, b),
-                                    std::max(a, b), name.c_str()),
-                  0);
+        range(m, name.c_str(), ind, val, std::min(a, b), std::max(a, b));
       }
     }
     for (int k = pick(4); k > 0; --k) {
@@ -214,4 +190,4 @@ TEST_F(LpWriter, RandomModels) {
 }
 
 }  // namespace
-}  // namespace zorvex
+}  // namespace zorvex::testing

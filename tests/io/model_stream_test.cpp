@@ -9,12 +9,8 @@
 
 #include "io/io_fixture.hpp"
 
-namespace zorvex {
+namespace zorvex::testing {
 namespace {
-
-using testing::read_text;
-using testing::TempDir;
-using testing::write_text;
 
 std::string contents(const std::string& name, std::string* reason, bool* good) {
   StreamKind kind;
@@ -96,7 +92,7 @@ TEST(ModelStream, WhatCannotBeOpenedIsNull) {
   const TempDir dir;
   std::filesystem::create_directory(dir.file("folder"));
   std::filesystem::create_directory(dir.file("folder.gz"));
-  write_text(dir.file("m.zip"), "x");
+  spit(dir.file("m.zip"), "x");
   const std::string missing = dir.file("nowhere/model");
   struct {
     std::string name;
@@ -136,13 +132,13 @@ TEST(ModelStream, DamagedDataFailAtClose) {
   for (const char* suffix : {".gz", ".bz2", ".7z"}) {
     const std::string whole = dir.file(std::string("whole") + suffix);
     store(whole, long_text());
-    const std::string bytes = read_text(whole);
+    const std::string bytes = slurp(whole);
     const std::string cut = dir.file(std::string("cut") + suffix);
     const std::string plain = dir.file(std::string("plain") + suffix);
     const std::string empty = dir.file(std::string("empty") + suffix);
-    write_text(cut, bytes.substr(0, bytes.size() / 2));
-    write_text(plain, "NAME not compressed at all\n");
-    write_text(empty, "");
+    spit(cut, bytes.substr(0, bytes.size() / 2));
+    spit(plain, "NAME not compressed at all\n");
+    spit(empty, "");
     for (const std::string& name : {cut, plain, empty}) {
       std::string reason;
       bool good = true;
@@ -157,7 +153,7 @@ TEST(ModelStream, GzipMembersFollowEachOther) {
   const TempDir dir;
   store(dir.file("a.gz"), "first\n");
   store(dir.file("b.gz"), "second\n");
-  write_text(dir.file("both.gz"), read_text(dir.file("a.gz")) + read_text(dir.file("b.gz")));
+  spit(dir.file("both.gz"), slurp(dir.file("a.gz")) + slurp(dir.file("b.gz")));
   std::string reason;
   bool good;
   EXPECT_EQ(contents(dir.file("both.gz"), &reason, &good), "first\nsecond\n");
@@ -176,7 +172,7 @@ TEST(ModelStream, ClosingEarlyIsNoFailure) {
 // A compressor that dies must neither kill the host nor pass for success.
 TEST(ModelStream, DyingCompressorIsReportedAndSigpipeStaysAway) {
   const TempDir dir;
-  write_text(dir.file("bzip2"), "#!/bin/sh\nexit 3\n");
+  spit(dir.file("bzip2"), "#!/bin/sh\nexit 3\n");
   std::filesystem::permissions(dir.file("bzip2"), std::filesystem::perms::owner_all);
   const std::string saved = std::getenv("PATH");
   setenv("PATH", dir.file("").c_str(), 1);
@@ -212,4 +208,4 @@ TEST(ModelStream, ManyThreadsShareNoPipe) {
 }
 
 }  // namespace
-}  // namespace zorvex
+}  // namespace zorvex::testing

@@ -7,12 +7,8 @@
 #include "io/io_fixture.hpp"
 #include "io/mps_reader.hpp"
 
-namespace zorvex {
+namespace zorvex::testing {
 namespace {
-
-using testing::RecordingEnv;
-using testing::TempDir;
-using testing::write_text;
 
 struct BrokenFile {
   const char* what;
@@ -161,7 +157,7 @@ TEST(BrokenMps, EachHasItsMessage) {
   for (BrokenFile& c : line_cases()) cases.push_back(std::move(c));
   EXPECT_GE(cases.size(), 60u);
   for (const BrokenFile& c : cases) {
-    write_text(path, c.text);
+    spit(path, c.text);
     RecordingEnv env;
     int code = 0;
     EXPECT_EQ(env.read(path, &code), nullptr) << c.what;
@@ -175,7 +171,7 @@ TEST(BrokenMps, EachHasItsMessage) {
 TEST(BrokenMps, SizeLimits) {
   const TempDir dir;
   const std::string path = dir.file("m.mps");
-  write_text(path, with_tail("QUADOBJ\n x x 1\n x y 1\nENDATA\n"));
+  spit(path, with_tail("QUADOBJ\n x x 1\n x y 1\nENDATA\n"));
   ReadLimits rows, cols, nonzeros, terms;
   rows.rows = cols.cols = terms.quadratic_terms = 1;
   nonzeros.nonzeros = 2;
@@ -200,7 +196,7 @@ TEST(BrokenMps, MissingAndDamagedFiles) {
   EXPECT_EQ(env.log(), "Error: file " + dir.file("none.mps") + " not found\n");
   EXPECT_EQ(env.error(), "File " + dir.file("none.mps") + " not found\n");
   env.clear_log();
-  write_text(dir.file("plain.mps.gz"), with_tail("ENDATA\n"));
+  spit(dir.file("plain.mps.gz"), with_tail("ENDATA\n"));
   int code = 0;
   EXPECT_EQ(env.read(dir.file("plain.mps.gz"), &code), nullptr);
   EXPECT_EQ(code, 10012);
@@ -211,7 +207,7 @@ TEST(BrokenMps, FloodsOfWarningsAreCounted) {
   const TempDir dir;
   std::string text = "ROWS\n N c\n L r\nCOLUMNS\n x r 1\n";
   for (int i = 0; i < 5000; ++i) text += " x u" + std::to_string(i) + " 1\n";
-  write_text(dir.file("m.mps"), text + "ENDATA\n");
+  spit(dir.file("m.mps"), text + "ENDATA\n");
   RecordingEnv env;
   EXPECT_NE(env.read(dir.file("m.mps")), nullptr);
   EXPECT_LT(env.log().size(), 10000u);
@@ -219,4 +215,4 @@ TEST(BrokenMps, FloodsOfWarningsAreCounted) {
 }
 
 }  // namespace
-}  // namespace zorvex
+}  // namespace zorvex::testing

@@ -10,14 +10,8 @@
 #include "io/io_fixture.hpp"
 #include "io/mps_reader.hpp"
 
-namespace zorvex {
+namespace zorvex::testing {
 namespace {
-
-using testing::ModelPtr;
-using testing::read_text;
-using testing::RecordingEnv;
-using testing::TempDir;
-using testing::write_text;
 
 const char kFreeSeed[] =
     "NAME seed with objcon=           3\nOBJSENSE\n    MAX\nROWS\n N  cost\n L  lim1\n G  lim2\n E  eq1\n N  other\n"
@@ -138,17 +132,17 @@ TEST(MpsFuzz, MutatedFilesAreReadOrRefused) {
   RecordingEnv env;
   std::mt19937 random(12345);
   for (const char* seed : {kFreeSeed, kFixedSeed}) {
-    write_text(path, seed);
+    spit(path, seed);
     ASSERT_NE(env.read(path), nullptr) << env.log();
   }
   int read = 0;
   constexpr int kRounds = 2000;
   for (int round = 0; round < kRounds; ++round) {
     const std::string text = mutate(round % 2 == 0 ? kFreeSeed : kFixedSeed, random);
-    write_text(path, text);
+    spit(path, text);
     env.clear_log();
     int code = -1;
-    const ModelPtr model = env.read(path, &code);
+    const Model model = env.read(path, &code);
     ASSERT_EQ(model != nullptr, code == 0) << text;
     if (model == nullptr) {
       ASSERT_EQ(code, 10012) << text;
@@ -158,11 +152,11 @@ TEST(MpsFuzz, MutatedFilesAreReadOrRefused) {
     ++read;
     check_consistent(model->data);
     ASSERT_EQ(ZLPwrite(model.get(), path.c_str()), 0) << text;
-    const std::string first = read_text(path);
-    const ModelPtr again = env.read(path, &code);
+    const std::string first = slurp(path);
+    const Model again = env.read(path, &code);
     ASSERT_NE(again, nullptr) << text << "\nwritten as\n" << first << env.log();
     ASSERT_EQ(ZLPwrite(again.get(), path.c_str()), 0);
-    ASSERT_EQ(read_text(path), testing::without_max_remark(first)) << text;
+    ASSERT_EQ(slurp(path), without_max_remark(first)) << text;
   }
   // Both outcomes must be common for the test to mean anything.
   EXPECT_GT(read, kRounds / 10);
@@ -170,4 +164,4 @@ TEST(MpsFuzz, MutatedFilesAreReadOrRefused) {
 }
 
 }  // namespace
-}  // namespace zorvex
+}  // namespace zorvex::testing

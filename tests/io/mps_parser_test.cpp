@@ -5,21 +5,9 @@
 
 #include "io/io_fixture.hpp"
 #include "io/mps_reader.hpp"
-#include "io/number_text.hpp"
 
-namespace zorvex {
+namespace zorvex::testing {
 namespace {
-
-using testing::ModelPtr;
-using testing::RecordingEnv;
-using testing::TempDir;
-using testing::write_text;
-
-std::string number(double value) {
-  char text[kNumberTextSize];
-  format_number(value, text);
-  return text;
-}
 
 // "min 3: x=1 y=2 | r1 < 4: x=1 | x C [0,1e+30]" and so on.
 std::string canonical(const ModelData& data) {
@@ -45,7 +33,7 @@ std::string canonical(const ModelData& data) {
            number(data.ub[j]) + "]";
   }
   for (const SosConstraint& set : data.sos) {
-    out += " | S" + std::to_string(set.type);
+    out += " | " + (set.name.empty() ? "" : set.name + " ") + "S" + std::to_string(set.type);
     for (std::size_t k = 0; k < set.member.size(); ++k) {
       out += " " + data.var_names[set.member[k]] + ":" + number(set.weight[k]);
     }
@@ -81,9 +69,9 @@ void check(const std::vector<FormCase>& cases) {
   const TempDir dir;
   const std::string path = dir.file("m.mps");
   for (const FormCase& c : cases) {
-    write_text(path, c.text);
+    spit(path, c.text);
     RecordingEnv env;
-    const ModelPtr model = env.read(path);
+    const Model model = env.read(path);
     ASSERT_NE(model, nullptr) << c.what << "\n" << env.log();
     EXPECT_EQ(canonical(model->data), c.model) << c.what;
     if (c.warning.empty()) {
@@ -269,11 +257,12 @@ TEST(MpsForms, Columns) {
 TEST(MpsForms, SpecialOrderedSetsAndQuadraticTerms) {
   const std::string model = rows_and("x C[0,1e+30] y C[0,1e+30]");
   check({
-      {"sets", with_tail("SOS\n S1 a\n x 3\n y 4\n S2 b\n y 1\n"), model + " | S1 x:3 y:4 | S2 y:1"},
-      {"set names and priorities", with_tail("SOS\n S1 SOS a 5\n    SOS x 3\n    SOS y 4\n"), model + " | S1 x:3 y:4"},
-      {"no weights", with_tail("SETS\n S2 a\n y\n x\n"), model + " | S2 y:1 x:2"},
+      {"sets", with_tail("SOS\n S1 a\n x 3\n y 4\n S2 b\n y 1\n"), model + " | a S1 x:3 y:4 | b S2 y:1"},
+      {"set names and priorities", with_tail("SOS\n S1 SOS a 5\n    SOS x 3\n    SOS y 4\n"),
+       model + " | a S1 x:3 y:4"},
+      {"no weights", with_tail("SETS\n S2 a\n y\n x\n"), model + " | a S2 y:1 x:2"},
       {"column named like a type", "ROWS\n N c\n L r\nCOLUMNS\n    S1 r 1\nSOS\n S2 a\n    S1 8\nENDATA\n",
-       "min 0: | r < 0: S1=1 | S1 C[0,1e+30] | S2 S1:8"},
+       "min 0: | r < 0: S1=1 | S1 C[0,1e+30] | a S2 S1:8"},
       {"triangle", with_tail("QUADOBJ\n x x 2\n x y 3\n"), model + " | x*x 2 | x*y 6"},
       {"triangle named", with_tail("QSECTION c\n x y 3\n y y 1\n"), model + " | x*y 6 | y*y 1"},
       {"both orders", with_tail("QUADOBJ\n x y 1\n y x 2\n"), model + " | x*y 2 | y*x 4"},
@@ -319,10 +308,10 @@ TEST(MpsForms, FixedLayout) {
        head + "COLUMNS\n" + fixed("", "X Y", "A B", "1.") + fixed("", "Z", "A B", "1.") + "RANGES\n" +
            fixed("", "RNG", "A B", "2.") + "SOS\n S1 s0\n    X Y          1\n    Z            2\nQUADOBJ\n" +
            fixed("", "X Y", "X Y", "3.") + "    Z         X Y       1.2345678901234567e+01\nENDATA\n",
-       "min 0: | A B -2 < 0: X Y=1 Z=1 | X Y C[0,1e+30] Z C[0,1e+30] | S1 X Y:1 Z:2 | X Y*X Y 3 | Z*X Y "
+       "min 0: | A B -2 < 0: X Y=1 Z=1 | X Y C[0,1e+30] Z C[0,1e+30] | s0 S1 X Y:1 Z:2 | X Y*X Y 3 | Z*X Y "
        "2.4691357802469135e+01"},
   });
 }
 
 }  // namespace
-}  // namespace zorvex
+}  // namespace zorvex::testing

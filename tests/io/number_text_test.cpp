@@ -69,6 +69,12 @@ TEST(ParseNumber, AgreesWithStrtodOnRandomTexts) {
     double got = 0;
     ASSERT_TRUE(parse_number(text, &got)) << text;
     ASSERT_EQ(got, std::strtod(text, nullptr)) << text;
+    const std::size_t length = std::strlen(text), plain = parse_plain_number(std::strcat(text, " x"), &got);
+    const bool ordinary = std::strspn(text, "0123456789.") == length && length <= 15;
+    ASSERT_TRUE(plain == length || (plain == 0 && !ordinary)) << text;
+    ASSERT_EQ(got, std::strtod(text, nullptr)) << text;
+    text[length] = 'e';
+    ASSERT_EQ(parse_plain_number(text, &got), 0u) << text;
   }
 }
 

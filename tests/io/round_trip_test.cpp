@@ -9,13 +9,8 @@
 #include "io/model_comparison.hpp"
 #include "support/models.hpp"
 
-namespace zorvex {
+namespace zorvex::testing {
 namespace {
-
-using testing::difference;
-using testing::ModelPtr;
-using testing::RecordingEnv;
-using testing::TempDir;
 
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
 constexpr std::uintmax_t kLargestFile = 20'000;  // bytes, compressed; sanitizers are an order of magnitude slower
@@ -25,7 +20,7 @@ constexpr std::uintmax_t kLargestFile = 300'000;
 
 std::vector<std::string> shared_files(bool lp_format) {
   std::vector<std::string> files;
-  for (const auto& entry : std::filesystem::recursive_directory_iterator(testing::models_dir())) {
+  for (const auto& entry : std::filesystem::recursive_directory_iterator(models_dir())) {
     const std::string name = entry.path().filename().string();
     const bool is_lp = name.find(".lp") != std::string::npos;
     const bool is_mps = name.find(".mps") != std::string::npos || name.find(".qps") != std::string::npos;
@@ -39,12 +34,12 @@ class RoundTrip : public ::testing::Test {
  protected:
   // Writes the model as `file` and reads it back; it must be the same. `names`: with its names, where the format
   // carries them.
-  ModelPtr through(const ModelPtr& model, const std::string& file, const std::string& origin) {
+  Model through(const Model& model, const std::string& file, const std::string& origin) {
     env_.clear_log();
     EXPECT_EQ(ZLPwrite(model.get(), dir_.file(file).c_str()), 0) << origin;
     const bool names = env_.log().find("generic names") == std::string::npos && file.find(".r") == std::string::npos;
     env_.clear_log();
-    ModelPtr again = env_.read(dir_.file(file));
+    Model again = env_.read(dir_.file(file));
     EXPECT_NE(again, nullptr) << origin << " as " << file << "\n" << env_.log();
     if (again == nullptr) return nullptr;
     EXPECT_EQ(difference(model->data, again->data, names && all_named(model->data)), "") << origin << " as " << file;
@@ -62,15 +57,15 @@ class RoundTrip : public ::testing::Test {
 };
 
 TEST_F(RoundTrip, MpsToLpToMps) {
-  if (testing::models_dir().empty()) GTEST_SKIP() << "shared models are not available (set ZORVEX_MODELS)";
+  if (models_dir().empty()) GTEST_SKIP() << "shared models are not available (set ZORVEX_MODELS)";
   int read = 0;
   for (const std::string& path : shared_files(false)) {
-    const ModelPtr model = env_.read(path);
+    const Model model = env_.read(path);
     if (model == nullptr) continue;  // other tests say which ones must be refused
     ++read;
-    const ModelPtr as_lp = through(model, "m.lp", path);
+    const Model as_lp = through(model, "m.lp", path);
     ASSERT_NE(as_lp, nullptr);
-    const ModelPtr back = through(as_lp, "m.mps", path);
+    const Model back = through(as_lp, "m.mps", path);
     ASSERT_NE(back, nullptr);
     EXPECT_EQ(difference(model->data, back->data, false), "") << path;
     EXPECT_EQ(model->data.name, as_lp->data.name);
@@ -79,10 +74,10 @@ TEST_F(RoundTrip, MpsToLpToMps) {
 }
 
 TEST_F(RoundTrip, LpToLp) {
-  if (testing::models_dir().empty()) GTEST_SKIP() << "shared models are not available (set ZORVEX_MODELS)";
+  if (models_dir().empty()) GTEST_SKIP() << "shared models are not available (set ZORVEX_MODELS)";
   int read = 0;
   for (const std::string& path : shared_files(true)) {
-    const ModelPtr model = env_.read(path);
+    const Model model = env_.read(path);
     if (model == nullptr) continue;
     ++read;
     through(model, "m.lp", path);
@@ -92,4 +87,4 @@ TEST_F(RoundTrip, LpToLp) {
 }
 
 }  // namespace
-}  // namespace zorvex
+}  // namespace zorvex::testing

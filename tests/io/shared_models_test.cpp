@@ -11,13 +11,8 @@
 #include "io/io_fixture.hpp"
 #include "support/models.hpp"
 
-namespace zorvex {
+namespace zorvex::testing {
 namespace {
-
-using testing::ModelPtr;
-using testing::read_text;
-using testing::RecordingEnv;
-using testing::TempDir;
 
 struct Listed {
   std::string path, rows, cols, nonzeros;
@@ -25,7 +20,7 @@ struct Listed {
 
 std::vector<Listed> mps_files_of_manifest() {
   std::vector<Listed> files;
-  std::ifstream manifest(testing::models_dir() / "manifest.tsv");
+  std::ifstream manifest(models_dir() / "manifest.tsv");
   std::string line;
   std::getline(manifest, line);
   while (std::getline(manifest, line)) {
@@ -139,14 +134,14 @@ constexpr std::uintmax_t kLargestFile = 600'000;
 #endif
 
 TEST(SharedModels, SizesAndFixedPoint) {
-  if (testing::models_dir().empty()) GTEST_SKIP() << "shared models are not available (set ZORVEX_MODELS)";
+  if (models_dir().empty()) GTEST_SKIP() << "shared models are not available (set ZORVEX_MODELS)";
   const TempDir dir;
   int read = 0;
   for (const Listed& listed : mps_files_of_manifest()) {
-    const std::string path = testing::model_path(listed.path);
+    const std::string path = model_path(listed.path);
     if (path.empty() || std::filesystem::file_size(path) > kLargestFile) continue;
     RecordingEnv env;
-    const ModelPtr model = env.read(path);
+    const Model model = env.read(path);
     if (const auto refused = kRefused.find(listed.path); refused != kRefused.end()) {
       EXPECT_EQ(model, nullptr) << path;
       EXPECT_NE(env.log().find(refused->second), std::string::npos) << path << "\n" << env.log();
@@ -160,17 +155,17 @@ TEST(SharedModels, SizesAndFixedPoint) {
         << path;
     const std::string file = dir.file("written.mps");
     ASSERT_EQ(ZLPwrite(model.get(), file.c_str()), 0) << path;
-    const std::string first = read_text(file);
+    const std::string first = slurp(file);
     env.clear_log();
-    const ModelPtr again = env.read(file);
+    const Model again = env.read(file);
     ASSERT_NE(again, nullptr) << path << "\n" << env.log();
     EXPECT_EQ(env.log().find("Warning"), std::string::npos) << path << "\n" << env.log();
     expect_same_model(model->data, again->data, path);
     ASSERT_EQ(ZLPwrite(again.get(), file.c_str()), 0) << path;
-    EXPECT_TRUE(read_text(file) == testing::without_max_remark(first)) << path << " is not a fixed point";
+    EXPECT_TRUE(slurp(file) == without_max_remark(first)) << path << " is not a fixed point";
   }
   EXPECT_GT(read, 0);
 }
 
 }  // namespace
-}  // namespace zorvex
+}  // namespace zorvex::testing

@@ -7,42 +7,36 @@
 
 #include "io/io_fixture.hpp"
 
-namespace zorvex {
+namespace zorvex::testing {
 namespace {
-
-using testing::ModelPtr;
-using testing::read_text;
-using testing::RecordingEnv;
-using testing::TempDir;
-using testing::write_text;
 
 constexpr int B = ZLP_BASIC, L = ZLP_NONBASIC_LOWER, U = ZLP_NONBASIC_UPPER, S = ZLP_SUPERBASIC;
 
 class SideFiles : public ::testing::Test {
  protected:
-  ModelPtr model(const std::string& text) {
-    write_text(file("m.lp"), text);
-    ModelPtr made = env_.read(file("m.lp"));
+  Model model(const std::string& text) {
+    spit(file("m.lp"), text);
+    Model made = env_.read(file("m.lp"));
     EXPECT_NE(made, nullptr) << env_.log();
     env_.clear_log();
     return made;
   }
   // Rows of every kind; columns with both, one and no bounds.
-  ModelPtr small() {
+  Model small() {
     return model(
         "min x + y + z + w st le: x + y <= 4 ge: x - y >= -2 eq: x + z = 3 rg: 1 <= y + z <= 5\n"
         "bounds z <= 2 w free -inf <= y <= 7 end\n");
   }
   std::string file(const std::string& name) { return dir_.file(name); }
-  int load(const ModelPtr& m, const std::string& name) { return ZLPread(m.get(), file(name).c_str()); }
-  int write(const ModelPtr& m, const std::string& name) { return ZLPwrite(m.get(), file(name).c_str()); }
+  int load(const Model& m, const std::string& name) { return ZLPread(m.get(), file(name).c_str()); }
+  int write(const Model& m, const std::string& name) { return ZLPwrite(m.get(), file(name).c_str()); }
 
   RecordingEnv env_;
   TempDir dir_;
 };
 
 TEST_F(SideFiles, BasisLines) {
-  const ModelPtr m = small();
+  const Model m = small();
   const struct {
     const char* what;
     const char* lines;
@@ -62,7 +56,7 @@ TEST_F(SideFiles, BasisLines) {
       {"status twice", " XU x le\n XU x ge\n XU z le\n UL x\n", {B, U, L, S}, {U, B, B, B}, 3},
   };
   for (const auto& c : cases) {
-    write_text(file("b.bas"), std::string("NAME other\n") + c.lines + "ENDATA\nnothing of this counts\n");
+    spit(file("b.bas"), std::string("NAME other\n") + c.lines + "ENDATA\nnothing of this counts\n");
     env_.clear_log();
     ASSERT_EQ(load(m, "b.bas"), 0) << c.what << env_.log();
     EXPECT_EQ(m->warm.vbasis, c.columns) << c.what;
@@ -76,19 +70,19 @@ TEST_F(SideFiles, BasisLines) {
 }
 
 TEST_F(SideFiles, BasisWritten) {
-  const ModelPtr m = small();
+  const Model m = small();
   m->warm.vbasis = {B, B, U, B};
   m->warm.cbasis = {L, U, B, U};  // the sides of one-sided rows follow from their senses
   ASSERT_EQ(write(m, "b.bas"), 0);
-  EXPECT_EQ(read_text(file("b.bas")),
+  EXPECT_EQ(slurp(file("b.bas")),
             "NAME \n XU x         le\n XL y         ge\n UL z       \n XU w         rg\nENDATA\n");
   m->warm.cbasis = {B, B, B, B};  // too many basic ones
   EXPECT_EQ(write(m, "b.bas"), 10005);
 }
 
 TEST_F(SideFiles, BasisThatEndsEarly) {
-  const ModelPtr m = small();
-  write_text(file("b.bas"), "NAME t\n XU x le\n");
+  const Model m = small();
+  spit(file("b.bas"), "NAME t\n XU x le\n");
   EXPECT_EQ(load(m, "b.bas"), 10012);
   EXPECT_EQ(env_.log(), "Error: file " + file("b.bas") + " ends at line 2 without ENDATA\n");
   EXPECT_FALSE(m->warm.has_basis());
@@ -98,7 +92,7 @@ TEST_F(SideFiles, BasisThatEndsEarly) {
 TEST_F(SideFiles, RoundTripsWithAwkwardNames) {
   ZLPmodel* made = nullptr;
   ASSERT_EQ(ZLPnewmodel(env_.get(), &made, "odd", 0, nullptr, nullptr, nullptr, nullptr, nullptr), 0);
-  const ModelPtr m(made);
+  const Model m(made);
   env_.hook(made->env);
   const std::vector<const char*> cols = {"a", "a b", "b", "a", "", " lead", "tab\t", "#x", "C0000004", "7", "a 7"};
   const std::vector<const char*> rows = {"r", "b r", "r 1", "r", "", "*r", "1", "b", "R0000003", "a b r", "r  1"};
@@ -138,11 +132,11 @@ TEST_F(SideFiles, RoundTripsWithAwkwardNames) {
 }
 
 TEST_F(SideFiles, OwnNamesWithoutRowNames) {
-  const ModelPtr m = model("min y + x st y + x >= 1 end");
+  const Model m = model("min y + x st y + x >= 1 end");
   m->solution.x = {1.0 / 3, 2};
   ASSERT_EQ(write(m, "m.sol"), 0);
-  EXPECT_EQ(read_text(file("m.sol")), "# Solution for model \n# Status = LOADED\ny 3.3333333333333331e-01\nx 2\n");
+  EXPECT_EQ(slurp(file("m.sol")), "# Solution for model \n# Status = LOADED\ny 3.3333333333333331e-01\nx 2\n");
 }
 
 }  // namespace
-}  // namespace zorvex
+}  // namespace zorvex::testing

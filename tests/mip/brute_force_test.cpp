@@ -6,11 +6,8 @@
 #include "mip/mip_problem.hpp"
 #include "mip/random_mip.hpp"
 
-namespace zorvex {
+namespace zorvex::testing {
 namespace {
-
-using testing::EnumeratedMip;
-using testing::RandomMipShape;
 
 struct Family {
   const char* name;
@@ -58,8 +55,8 @@ TEST(BruteForce, AgreesWithEnumeration) {
   for (const Family& family : families()) {
     RandomStream random(20240611, family.name);
     for (int k = 0; k < family.count; ++k) {
-      const MipProblem problem = testing::random_mip(random, family.shape);
-      const EnumeratedMip expected = testing::enumerate_mip(problem);
+      const MipProblem problem = random_mip(random, family.shape);
+      const EnumeratedMip expected = enumerate_mip(problem);
       QuietLog log;
       MipSolver solver(problem, log);
       MipOptions options = family.options;
@@ -95,4 +92,4 @@ TEST(BruteForce, AgreesWithEnumeration) {
 }
 
 }  // namespace
-}  // namespace zorvex
+}  // namespace zorvex::testing

@@ -7,11 +7,8 @@
 #include "mip/prepare.hpp"
 #include "mip/random_mip.hpp"
 
-namespace zorvex {
+namespace zorvex::testing {
 namespace {
-
-using testing::dense_problem;
-using testing::RandomMipShape;
 
 TEST(Domain, RowsTightenAndBacktrackRestores) {
   const SearchModel model = make_search_model(dense_problem({{2, 3, 0}, {0, 1, -1}}, {-kInf, 0}, {7.5, 0}, 10));
@@ -84,8 +81,8 @@ TEST(Domain, RandomPropagationAndPreparationKeepTheAnswer) {
   shape.max_rows = 9;
   int tightened = 0;
   for (int k = 0; k < 1500; ++k) {
-    const MipProblem problem = testing::random_mip(random, shape);
-    const testing::EnumeratedMip before = testing::enumerate_mip(problem);
+    const MipProblem problem = random_mip(random, shape);
+    const EnumeratedMip before = enumerate_mip(problem);
     SearchModel model = make_search_model(problem);
     const Preparation preparation = prepare(model, PrepareOptions{}, StopToken());
     if (before.status == SolveStatus::kInfeasible && preparation.infeasible) continue;
@@ -104,7 +101,7 @@ TEST(Domain, RandomPropagationAndPreparationKeepTheAnswer) {
       }
     }
     tightened += model.num_rows() != problem.lp.num_rows() || model.lp.matrix.value != problem.lp.matrix.value;
-    const testing::EnumeratedMip after = testing::enumerate_mip(prepared);
+    const EnumeratedMip after = enumerate_mip(prepared);
     ASSERT_EQ(after.status, before.status) << k;
     if (after.status == SolveStatus::kOptimal) {
       ASSERT_NEAR(after.objective, before.objective, 1e-5) << k;
@@ -116,7 +113,7 @@ TEST(Domain, RandomPropagationAndPreparationKeepTheAnswer) {
 TEST(Domain, BacktrackAfterRandomMovesRestoresBoundsAndActivities) {
   RandomStream random(8, "backtrack");
   for (int k = 0; k < 300; ++k) {
-    const MipProblem problem = testing::random_mip(random, {});
+    const MipProblem problem = random_mip(random, {});
     const SearchModel model = make_search_model(problem);
     Domain domain(model);
     const Domain fresh(model);
@@ -166,4 +163,4 @@ TEST(Preparation, Tables) {
 }
 
 }  // namespace
-}  // namespace zorvex
+}  // namespace zorvex::testing

@@ -4,7 +4,7 @@
 
 #include "mip/random_mip.hpp"
 
-namespace zorvex {
+namespace zorvex::testing {
 namespace {
 
 // Columns 0 and 1 integer, 2 and 3 as the row says, all in [0, 5].
@@ -16,8 +16,6 @@ struct Row {
   VarType type2, type3;
   double grid2, grid3, granularity;
 };
-
-using testing::dense_problem;
 
 constexpr VarType kReal = VarType::kContinuous;
 constexpr VarType kWhole = VarType::kInteger;
@@ -71,4 +69,4 @@ TEST(Grids, StepsOfColumnsAndObjective) {
 }
 
 }  // namespace
-}  // namespace zorvex
+}  // namespace zorvex::testing

@@ -4,10 +4,8 @@
 
 #include "mip/text_log.hpp"
 
-namespace zorvex {
+namespace zorvex::testing {
 namespace {
-
-using testing::TextLog;
 
 constexpr const char* kHeader =
     "\n"
@@ -265,4 +263,4 @@ TEST(MipLog, Announcements) {
 }
 
 }  // namespace
-}  // namespace zorvex
+}  // namespace zorvex::testing

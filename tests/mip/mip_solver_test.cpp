@@ -7,10 +7,8 @@
 #include "mip/random_mip.hpp"
 #include "mip/text_log.hpp"
 
-namespace zorvex {
+namespace zorvex::testing {
 namespace {
-
-using testing::TextLog;
 
 // max sum of values over a multi-row knapsack, as a minimisation with sense -1: needs a tree of some size.
 MipProblem knapsack(Index items, Index rows, std::uint64_t seed) {
@@ -317,4 +315,4 @@ TEST(MipSolver, ProblemsWithoutRowsOrColumns) {
 }
 
 }  // namespace
-}  // namespace zorvex
+}  // namespace zorvex::testing

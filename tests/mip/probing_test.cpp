@@ -5,10 +5,8 @@
 #include "mip/prepare.hpp"
 #include "mip/random_mip.hpp"
 
-namespace zorvex {
+namespace zorvex::testing {
 namespace {
-
-using testing::dense_problem;
 
 constexpr std::int64_t kPlenty = 1000000;
 
@@ -84,4 +82,4 @@ TEST(Probing, BoundsOfContinuousColumnsByBinaries) {
 }
 
 }  // namespace
-}  // namespace zorvex
+}  // namespace zorvex::testing

@@ -7,10 +7,8 @@
 #include "mip/random_mip.hpp"
 #include "mip/separator.hpp"
 
-namespace zorvex {
+namespace zorvex::testing {
 namespace {
-
-using testing::dense_problem;
 
 bool satisfies_rows(const LpData& lp, const std::vector<double>& x) {
   std::vector<double> activity(static_cast<std::size_t>(lp.num_rows()), 0);
@@ -152,4 +150,4 @@ TEST(Separators, PreparationKeepsEveryIntegerPoint) {
 }
 
 }  // namespace
-}  // namespace zorvex
+}  // namespace zorvex::testing

@@ -8,11 +8,8 @@
 #include "mip/random_mip.hpp"
 #include "mip/side_rows.hpp"
 
-namespace zorvex {
+namespace zorvex::testing {
 namespace {
-
-using testing::EnumeratedMip;
-using testing::RandomMipShape;
 
 struct Split {
   MipProblem visible;
@@ -116,14 +113,14 @@ TEST(SideRows, HiddenConstraintsHoldWhateverFoundTheSolution) {
   for (const Family& family : families) {
     RandomStream random(20240702, family.name);
     for (int k = 0; k < 600; ++k) {
-      const MipProblem whole = testing::random_mip(random, family.shape);
+      const MipProblem whole = random_mip(random, family.shape);
       Split split = hide_rows(whole);
       std::vector<std::vector<double>> offers;
       if (family.offers) {
         split.visible.start = random_point(random, whole);
         for (int offer = 0; offer < 4; ++offer) offers.push_back(random_point(random, whole));
       }
-      const EnumeratedMip expected = testing::enumerate_mip(whole);
+      const EnumeratedMip expected = enumerate_mip(whole);
       HiddenRows hooks(split.hidden, family.cuts, offers);
       QuietLog log;
       MipSolver solver(split.visible, log);
@@ -171,7 +168,7 @@ TEST(SideRows, NothingIsTakenUnseen) {
   for (int k = 0; k < 50; ++k) {
     Blind hooks;
     QuietLog log;
-    MipSolver solver(testing::random_mip(random, pure), log);
+    MipSolver solver(random_mip(random, pure), log);
     MipOptions options;
     options.hooks = &hooks;
     const MipResult& result = solver.run(options, nullptr, now_seconds());
@@ -218,4 +215,4 @@ TEST(SideRows, PinnedCutsStayInTheLp) {
 }
 
 }  // namespace
-}  // namespace zorvex
+}  // namespace zorvex::testing

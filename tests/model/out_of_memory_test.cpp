@@ -1,49 +1,26 @@
 // Every allocation of an edit and of an update fails once: the call answers 10001, nothing is half done, and the same
 // call then succeeds.
-#include <cstdlib>
 #include <functional>
-#include <new>
+#include <memory>
 
 #include "model/model.hpp"
 #include "model_fixture.hpp"
-
-namespace {
-
-thread_local long allocations_left = -1;  // negative: no limit
-
-void* allocate(std::size_t size) {
-  if (allocations_left == 0) throw std::bad_alloc();
-  if (allocations_left > 0) --allocations_left;
-  void* memory = std::malloc(size == 0 ? 1 : size);
-  if (memory == nullptr) throw std::bad_alloc();
-  return memory;
-}
-
-}  // namespace
-
-void* operator new(std::size_t size) { return allocate(size); }
-void* operator new[](std::size_t size) { return allocate(size); }
-void operator delete(void* memory) noexcept { std::free(memory); }
-void operator delete[](void* memory) noexcept { std::free(memory); }
-void operator delete(void* memory, std::size_t) noexcept { std::free(memory); }
-void operator delete[](void* memory, std::size_t) noexcept { std::free(memory); }
+#include "support/failing_allocation.hpp"
 
 namespace zorvex::test {
 namespace {
 
 class OutOfMemory : public ModelTest {
  protected:
-  void TearDown() override {
-    allocations_left = -1;
-    ModelTest::TearDown();
+  static int with_allocations(long granted, const std::function<int()>& call) {
+    const testing::FailingAllocations failing(granted);
+    return call();
   }
 
   // Runs `call` with ever more allocations granted until it succeeds; `after_failure` looks at the model each time.
   void starve(const std::function<int()>& call, const std::function<void()>& after_failure) {
     for (long granted = 0; granted < 1000; ++granted) {
-      allocations_left = granted;
-      const int code = call();
-      allocations_left = -1;
+      const int code = with_allocations(granted, call);
       if (code == 0) return;
       ASSERT_EQ(code, 10001);
       ASSERT_EQ(message(), "Out of memory");
@@ -125,9 +102,9 @@ TEST_F(OutOfMemory, UpdateIsAllOrNothing) {
 
 TEST_F(OutOfMemory, MakingAModel) {
   for (long granted = 0; granted < 1000 && model_ == nullptr; ++granted) {
-    allocations_left = granted;
-    const int code = ZLPnewmodel(env_, &model_, kLongName, 3, kOnes, nullptr, nullptr, nullptr, nullptr);
-    allocations_left = -1;
+    const int code = with_allocations(granted, [this] {
+      return ZLPnewmodel(env_, &model_, kLongName, 3, kOnes, nullptr, nullptr, nullptr, nullptr);
+    });
     if (code == 0) break;
     ASSERT_EQ(code, 10001);
     ASSERT_EQ(model_, nullptr);

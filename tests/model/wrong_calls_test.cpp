@@ -28,6 +28,18 @@ const char* const kLongNames[] = {"a", kName256.c_str()};
 constexpr char kNullText[] = "NULL argument for required parameter";
 constexpr char kNameText[] = "Name too long (maximum name length is 255 characters)";
 
+constexpr char kAddVars[] = "Problem adding variables";
+constexpr char kAddRows[] = "Problem adding constraints";
+constexpr char kAddSos[] = "Problem adding SOS constraints";
+constexpr char kAddQ[] = "Problem adding quadratic coefficients";
+constexpr char kChange[] = "Problem changing coefficient";
+constexpr char kNotFinite[] = "Double value is Nan or Inf.";
+constexpr char kSecondBad[] = "Element 1 of a double array is Nan or Inf.";
+constexpr char kIsNan[] = "Double value is Nan.";
+using M = ZLPmodel*;
+double coefficient_out;
+int count_out;
+
 struct WrongCall {
   const char* what;
   int code;
@@ -37,129 +49,81 @@ struct WrongCall {
 
 // Model: 3 rows, 4 columns, one SOS set.
 const WrongCall kBuilding[] = {
-    {"row index", 10006, "Problem adding variables",
-     [](ZLPmodel* m) { return ZLPaddvar(m, 2, kOutside, kOnes, 1, 0, 1, 'C', nullptr); }},
-    {"negative count", 10003, "Problem adding variables",
-     [](ZLPmodel* m) { return ZLPaddvar(m, -1, kIndex, kOnes, 1, 0, 1, 'C', nullptr); }},
-    {"row twice", 10018, "Problem adding variables",
-     [](ZLPmodel* m) { return ZLPaddvar(m, 2, kTwice, kOnes, 1, 0, 1, 'C', nullptr); }},
-    {"null rows", 10002, "Problem adding variables",
-     [](ZLPmodel* m) { return ZLPaddvar(m, 2, nullptr, kOnes, 1, 0, 1, 'C', nullptr); }},
-    {"null values", 10002, "Problem adding variables",
-     [](ZLPmodel* m) { return ZLPaddvar(m, 2, kIndex, nullptr, 1, 0, 1, 'C', nullptr); }},
-    {"infinite objective", 10003, "Double value is Nan or Inf.",
-     [](ZLPmodel* m) { return ZLPaddvar(m, 0, nullptr, nullptr, kInfinite, 0, 1, 'C', nullptr); }},
-    {"NaN lower bound", 10003, "Double value is Nan.",
-     [](ZLPmodel* m) { return ZLPaddvar(m, 0, nullptr, nullptr, 1, kNan, 1, 'C', nullptr); }},
-    {"NaN upper bound", 10003, "Double value is Nan.",
-     [](ZLPmodel* m) { return ZLPaddvar(m, 0, nullptr, nullptr, 1, 0, kNan, 'C', nullptr); }},
-    {"type", 10003, "Problem adding variables",
-     [](ZLPmodel* m) { return ZLPaddvar(m, 0, nullptr, nullptr, 1, 0, 1, 'X', nullptr); }},
+    {"row index", 10006, kAddVars, [](M m) { return ZLPaddvar(m, 2, kOutside, kOnes, 1, 0, 1, 'C', nullptr); }},
+    {"negative count", 10003, kAddVars, [](M m) { return ZLPaddvar(m, -1, kIndex, kOnes, 1, 0, 1, 'C', nullptr); }},
+    {"row twice", 10018, kAddVars, [](M m) { return ZLPaddvar(m, 2, kTwice, kOnes, 1, 0, 1, 'C', nullptr); }},
+    {"null rows", 10002, kAddVars, [](M m) { return ZLPaddvar(m, 2, nullptr, kOnes, 1, 0, 1, 'C', nullptr); }},
+    {"null values", 10002, kAddVars, [](M m) { return ZLPaddvar(m, 2, kIndex, nullptr, 1, 0, 1, 'C', nullptr); }},
+    {"infinite objective", 10003, kNotFinite,
+     [](M m) { return ZLPaddvar(m, 0, nullptr, nullptr, kInfinite, 0, 1, 'C', nullptr); }},
+    {"NaN lower bound", 10003, kIsNan, [](M m) { return ZLPaddvar(m, 0, nullptr, nullptr, 1, kNan, 1, 'C', nullptr); }},
+    {"NaN upper bound", 10003, kIsNan, [](M m) { return ZLPaddvar(m, 0, nullptr, nullptr, 1, 0, kNan, 'C', nullptr); }},
+    {"type", 10003, kAddVars, [](M m) { return ZLPaddvar(m, 0, nullptr, nullptr, 1, 0, 1, 'X', nullptr); }},
     {"long name", 10003, kNameText,
-     [](ZLPmodel* m) { return ZLPaddvar(m, 0, nullptr, nullptr, 1, 0, 1, 'C', kName256.c_str()); }},
+     [](M m) { return ZLPaddvar(m, 0, nullptr, nullptr, 1, 0, 1, 'C', kName256.c_str()); }},
     {"objective array", 10003, "Element 3 of a double array is Nan or Inf.",
-     [](ZLPmodel* m) {
-       return ZLPaddvars(m, 4, 0, nullptr, nullptr, nullptr, kHoled, nullptr, nullptr, nullptr, nullptr);
-     }},
+     [](M m) { return ZLPaddvars(m, 4, 0, nullptr, nullptr, nullptr, kHoled, nullptr, nullptr, nullptr, nullptr); }},
     {"bound array", 10003, "Element 1 of a double array is Nan.",
-     [](ZLPmodel* m) {
-       return ZLPaddvars(m, 3, 0, nullptr, nullptr, nullptr, nullptr, kNans, nullptr, nullptr, nullptr);
-     }},
+     [](M m) { return ZLPaddvars(m, 3, 0, nullptr, nullptr, nullptr, nullptr, kNans, nullptr, nullptr, nullptr); }},
     {"names", 10003, kNameText,
-     [](ZLPmodel* m) {
+     [](M m) {
        return ZLPaddvars(m, 2, 0, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, kLongNames);
      }},
-    {"begins out of order", 10003, "Problem adding variables",
-     [](ZLPmodel* m) {
-       return ZLPaddvars(m, 2, 3, kBadBegin, kIndex, kOnes, nullptr, nullptr, nullptr, nullptr, nullptr);
-     }},
-    {"null begins", 10002, "Problem adding variables",
-     [](ZLPmodel* m) {
-       return ZLPaddvars(m, 2, 2, nullptr, kIndex, kOnes, nullptr, nullptr, nullptr, nullptr, nullptr);
-     }},
-    {"column index", 10006, "Problem adding constraints",
-     [](ZLPmodel* m) { return ZLPaddconstr(m, 2, kOutside, kOnes, '<', 1, nullptr); }},
-    {"column twice", 10018, "Problem adding constraints",
-     [](ZLPmodel* m) { return ZLPaddconstr(m, 2, kTwice, kOnes, '<', 1, nullptr); }},
-    {"sense", 10003, "Problem adding constraints",
-     [](ZLPmodel* m) { return ZLPaddconstr(m, 1, kIndex, kOnes, 'R', 1, nullptr); }},
-    {"infinite right-hand side", 10003, "Double value is Nan or Inf.",
-     [](ZLPmodel* m) { return ZLPaddconstr(m, 1, kIndex, kOnes, '<', kInfinite, nullptr); }},
-    {"NaN coefficient", 10003, "Element 1 of a double array is Nan or Inf.",
-     [](ZLPmodel* m) { return ZLPaddconstr(m, 3, kIndex, kNans, '<', 1, nullptr); }},
-    {"null senses", 10002, "Problem adding constraints",
-     [](ZLPmodel* m) { return ZLPaddconstrs(m, 2, 2, kBegin, kIndex, kOnes, nullptr, kOnes, nullptr); }},
-    {"second row bad", 10006, "Problem adding constraints",
-     [](ZLPmodel* m) { return ZLPaddconstrs(m, 2, 2, kBegin, kOutside, kOnes, "<<", kOnes, nullptr); }},
-    {"NaN range", 10003, "Double value is Nan.",
-     [](ZLPmodel* m) { return ZLPaddrangeconstr(m, 1, kIndex, kOnes, kNan, 1, nullptr); }},
-    {"crossed range", 10003, "Problem adding constraints",
-     [](ZLPmodel* m) { return ZLPaddrangeconstr(m, 1, kIndex, kOnes, 2, 1, nullptr); }},
-    {"null range", 10002, "Problem adding constraints",
-     [](ZLPmodel* m) { return ZLPaddrangeconstrs(m, 1, 1, kBegin, kIndex, kOnes, nullptr, kOnes, nullptr); }},
-    {"SOS type", 10003, "Problem adding SOS constraints",
-     [](ZLPmodel* m) { return ZLPaddsos(m, 2, 2, kBadTypes, kBegin, kIndex, kOnes); }},
-    {"SOS member", 10006, "Problem adding SOS constraints",
-     [](ZLPmodel* m) { return ZLPaddsos(m, 2, 2, kTypes, kBegin, kOutside, kOnes); }},
-    {"SOS member twice", 10018, "Problem adding SOS constraints",
-     [](ZLPmodel* m) { return ZLPaddsos(m, 1, 2, kTypes, kBegin, kTwice, kOnes); }},
-    {"quadratic index", 10006, "Problem adding quadratic coefficients",
-     [](ZLPmodel* m) { return ZLPaddqpterms(m, 2, kIndex, kOutside, kOnes); }},
-    {"quadratic value", 10003, "Element 1 of a double array is Nan or Inf.",
-     [](ZLPmodel* m) { return ZLPaddqpterms(m, 2, kIndex, kIndex, kNans); }},
-    {"quadratic null", 10002, "Problem adding quadratic coefficients",
-     [](ZLPmodel* m) { return ZLPaddqpterms(m, 2, kIndex, nullptr, kOnes); }},
-    {"change row", 10006, "Problem changing coefficient",
-     [](ZLPmodel* m) { return ZLPchgcoeffs(m, 2, kOutside, kIndex, kOnes); }},
-    {"change column", 10006, "Problem changing coefficient",
-     [](ZLPmodel* m) { return ZLPchgcoeffs(m, 2, kIndex, kOutside, kOnes); }},
-    {"change value", 10003, "Element 1 of a double array is Nan or Inf.",
-     [](ZLPmodel* m) { return ZLPchgcoeffs(m, 2, kIndex, kIndex, kNans); }},
-    {"change null", 10002, "Problem changing coefficient",
-     [](ZLPmodel* m) { return ZLPchgcoeffs(m, 2, kIndex, kIndex, nullptr); }},
-    {"delete null", 10002, "Problem deleting variable", [](ZLPmodel* m) { return ZLPdelvars(m, 1, nullptr); }},
-    {"delete row null", 10002, "Problem deleting constraint", [](ZLPmodel* m) { return ZLPdelconstrs(m, 1, nullptr); }},
-    {"delete set outside", 10006, "Problem deleting sos", [](ZLPmodel* m) { return ZLPdelsos(m, 1, kIndex + 1); }},
+    {"begins out of order", 10003, kAddVars,
+     [](M m) { return ZLPaddvars(m, 2, 3, kBadBegin, kIndex, kOnes, nullptr, nullptr, nullptr, nullptr, nullptr); }},
+    {"null begins", 10002, kAddVars,
+     [](M m) { return ZLPaddvars(m, 2, 2, nullptr, kIndex, kOnes, nullptr, nullptr, nullptr, nullptr, nullptr); }},
+    {"column index", 10006, kAddRows, [](M m) { return ZLPaddconstr(m, 2, kOutside, kOnes, '<', 1, nullptr); }},
+    {"column twice", 10018, kAddRows, [](M m) { return ZLPaddconstr(m, 2, kTwice, kOnes, '<', 1, nullptr); }},
+    {"sense", 10003, kAddRows, [](M m) { return ZLPaddconstr(m, 1, kIndex, kOnes, 'R', 1, nullptr); }},
+    {"infinite right-hand side", 10003, kNotFinite,
+     [](M m) { return ZLPaddconstr(m, 1, kIndex, kOnes, '<', kInfinite, nullptr); }},
+    {"NaN coefficient", 10003, kSecondBad, [](M m) { return ZLPaddconstr(m, 3, kIndex, kNans, '<', 1, nullptr); }},
+    {"null senses", 10002, kAddRows,
+     [](M m) { return ZLPaddconstrs(m, 2, 2, kBegin, kIndex, kOnes, nullptr, kOnes, nullptr); }},
+    {"second row bad", 10006, kAddRows,
+     [](M m) { return ZLPaddconstrs(m, 2, 2, kBegin, kOutside, kOnes, "<<", kOnes, nullptr); }},
+    {"NaN range", 10003, kIsNan, [](M m) { return ZLPaddrangeconstr(m, 1, kIndex, kOnes, kNan, 1, nullptr); }},
+    {"crossed range", 10003, kAddRows, [](M m) { return ZLPaddrangeconstr(m, 1, kIndex, kOnes, 2, 1, nullptr); }},
+    {"null range", 10002, kAddRows,
+     [](M m) { return ZLPaddrangeconstrs(m, 1, 1, kBegin, kIndex, kOnes, nullptr, kOnes, nullptr); }},
+    {"SOS type", 10003, kAddSos, [](M m) { return ZLPaddsos(m, 2, 2, kBadTypes, kBegin, kIndex, kOnes); }},
+    {"SOS member", 10006, kAddSos, [](M m) { return ZLPaddsos(m, 2, 2, kTypes, kBegin, kOutside, kOnes); }},
+    {"SOS member twice", 10018, kAddSos, [](M m) { return ZLPaddsos(m, 1, 2, kTypes, kBegin, kTwice, kOnes); }},
+    {"quadratic index", 10006, kAddQ, [](M m) { return ZLPaddqpterms(m, 2, kIndex, kOutside, kOnes); }},
+    {"quadratic value", 10003, kSecondBad, [](M m) { return ZLPaddqpterms(m, 2, kIndex, kIndex, kNans); }},
+    {"quadratic null", 10002, kAddQ, [](M m) { return ZLPaddqpterms(m, 2, kIndex, nullptr, kOnes); }},
+    {"change row", 10006, kChange, [](M m) { return ZLPchgcoeffs(m, 2, kOutside, kIndex, kOnes); }},
+    {"change column", 10006, kChange, [](M m) { return ZLPchgcoeffs(m, 2, kIndex, kOutside, kOnes); }},
+    {"change value", 10003, kSecondBad, [](M m) { return ZLPchgcoeffs(m, 2, kIndex, kIndex, kNans); }},
+    {"change null", 10002, kChange, [](M m) { return ZLPchgcoeffs(m, 2, kIndex, kIndex, nullptr); }},
+    {"delete null", 10002, "Problem deleting variable", [](M m) { return ZLPdelvars(m, 1, nullptr); }},
+    {"delete row null", 10002, "Problem deleting constraint", [](M m) { return ZLPdelconstrs(m, 1, nullptr); }},
+    {"delete set outside", 10006, "Problem deleting sos", [](M m) { return ZLPdelsos(m, 1, kIndex + 1); }},
 };
 
 const WrongCall kQuerying[] = {
     {"coefficient row", 10006, "Row index 3 out of range in coefficient query",
-     [](ZLPmodel* m) {
-       double value;
-       return ZLPgetcoeff(m, 3, 0, &value);
-     }},
+     [](M m) { return ZLPgetcoeff(m, 3, 0, &coefficient_out); }},
     {"coefficient column", 10006, "Column index -1 out of range in coefficient query",
-     [](ZLPmodel* m) {
-       double value;
-       return ZLPgetcoeff(m, 0, -1, &value);
-     }},
-    {"coefficient null", 10002, "Failed to retrieve coefficient",
-     [](ZLPmodel* m) { return ZLPgetcoeff(m, 0, 0, nullptr); }},
+     [](M m) { return ZLPgetcoeff(m, 0, -1, &coefficient_out); }},
+    {"coefficient null", 10002, "Failed to retrieve coefficient", [](M m) { return ZLPgetcoeff(m, 0, 0, nullptr); }},
     {"empty variable range", 10006, "Invalid index range for variable query: [1, 1]",
-     [](ZLPmodel* m) {
-       int count;
-       return ZLPgetvars(m, &count, nullptr, nullptr, nullptr, 1, 0);
-     }},
+     [](M m) { return ZLPgetvars(m, &count_out, nullptr, nullptr, nullptr, 1, 0); }},
     {"variable count null", 10002, "Failed to retrieve variables",
-     [](ZLPmodel* m) { return ZLPgetvars(m, nullptr, nullptr, nullptr, nullptr, 0, 1); }},
+     [](M m) { return ZLPgetvars(m, nullptr, nullptr, nullptr, nullptr, 0, 1); }},
     {"constraint range", 10006, "Invalid index range for constraint query: [2, 4]",
-     [](ZLPmodel* m) {
-       int count;
-       return ZLPgetconstrs(m, &count, nullptr, nullptr, nullptr, 2, 2);
-     }},
+     [](M m) { return ZLPgetconstrs(m, &count_out, nullptr, nullptr, nullptr, 2, 2); }},
     {"constraint count null", 10002, "Failed to retrieve constraints",
-     [](ZLPmodel* m) { return ZLPgetconstrs(m, nullptr, nullptr, nullptr, nullptr, 0, 1); }},
+     [](M m) { return ZLPgetconstrs(m, nullptr, nullptr, nullptr, nullptr, 0, 1); }},
     {"sides range", 10006, "Invalid index range for constraint query: [0, 0]",
-     [](ZLPmodel* m) { return ZLPgetconstrsides(m, nullptr, nullptr, 0, 0); }},
+     [](M m) { return ZLPgetconstrsides(m, nullptr, nullptr, 0, 0); }},
     {"SOS range", 10006, "Invalid index range for SOS query: [-1, 0]",
-     [](ZLPmodel* m) {
-       int count;
-       return ZLPgetsos(m, &count, nullptr, nullptr, nullptr, nullptr, -1, 1);
-     }},
+     [](M m) { return ZLPgetsos(m, &count_out, nullptr, nullptr, nullptr, nullptr, -1, 1); }},
     {"SOS count null", 10002, "Failed to retrieve SOS constraints",
-     [](ZLPmodel* m) { return ZLPgetsos(m, nullptr, nullptr, nullptr, nullptr, nullptr, 0, 1); }},
+     [](M m) { return ZLPgetsos(m, nullptr, nullptr, nullptr, nullptr, nullptr, 0, 1); }},
     {"Q count null", 10002, "Failed to retrieve Q matrix",
-     [](ZLPmodel* m) { return ZLPgetq(m, nullptr, nullptr, nullptr, nullptr); }},
+     [](M m) { return ZLPgetq(m, nullptr, nullptr, nullptr, nullptr); }},
 };
 
 class WrongCalls : public ModelTest {

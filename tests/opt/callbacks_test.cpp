@@ -322,6 +322,7 @@ TEST(Callbacks, WhatTheModelAllowsInside) {
       {"set", [](ZLPmodel* m) { return ZLPsetdblattrelement(m, "Start", 0, 1); }, 10017},
       {"callback", [](ZLPmodel* m) { return ZLPsetcallbackfunc(m, nullptr, nullptr); }, 10017},
       {"signal", [](ZLPmodel* m) { return ZLPsetsignal(m); }, 10017},
+      {"read", [](ZLPmodel* m) { return ZLPread(m, "start.mst"); }, 10017},
   };
   std::set<int> seen;
   Body body = [&](ZLPmodel* model, ZLPcbdata*, int where) {

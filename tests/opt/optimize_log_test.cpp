@@ -4,16 +4,8 @@
 #include "opt/tiny_model.hpp"
 #include "support/models.hpp"
 
-namespace zorvex {
+namespace zorvex::testing {
 namespace {
-
-using testing::build;
-using testing::Model;
-using testing::printed;
-using testing::quiet_env;
-using testing::ScratchDirectory;
-using testing::slurp;
-using testing::Tiny;
 
 const Tiny kLp{-1, {3, 2}, {{{1, 1}, '<', 4}, {{1, 3}, '<', 6}}, {}, {3, ZLP_INFINITY}};
 const Tiny kMip{-1, {10, 13, 7, 8}, {{{3, 4, 2, 3}, '<', 6}}, {}, {}, "BBBB"};
@@ -118,7 +110,7 @@ TEST(OptimizeFiles, DebugDump) {
   ASSERT_EQ(0, ZLPreadmodel(env.get(), "zorvex.rew", &again));
   const Model copy(again);
   ASSERT_EQ(0, ZLPoptimize(copy.get()));
-  EXPECT_NEAR(-11, testing::dbl_attr(copy.get(), "ObjVal"), 1e-6) << "files hold the minimisation form";
+  EXPECT_NEAR(-11, dbl_attr(copy.get(), "ObjVal"), 1e-6) << "files hold the minimisation form";
   const char* name = nullptr;
   ASSERT_EQ(0, ZLPgetstrattrelement(copy.get(), "VarName", 1, &name));
   EXPECT_STREQ("C0000001", name);
@@ -129,19 +121,19 @@ TEST(OptimizeFiles, PresolvedModelOnRequest) {
   ZORVEX_NEED_MODEL(path, "lp/adlittle.mps.gz");
   const ScratchDirectory scratch;
   const auto env = quiet_env();
-  const Model model = testing::read_model(env.get(), path);
+  const Model model = read_model(env.get(), path);
   ASSERT_EQ(0, ZLPoptimize(model.get()));
   EXPECT_FALSE(std::filesystem::exists("junk.mps"));
   ASSERT_EQ(0, ZLPresetmodel(model.get()));
   ASSERT_EQ(0, ZLPsetintparam(ZLPgetenv(model.get()), "ZORV_PAR_WRITEPREMODEL", 1));
   ASSERT_EQ(0, ZLPoptimize(model.get()));
-  const Model reduced = testing::read_model(env.get(), "junk.mps");
+  const Model reduced = read_model(env.get(), "junk.mps");
   ASSERT_NE(nullptr, reduced);
-  EXPECT_LT(testing::int_attr(reduced.get(), "NumConstrs"), testing::int_attr(model.get(), "NumConstrs"));
+  EXPECT_LT(int_attr(reduced.get(), "NumConstrs"), int_attr(model.get(), "NumConstrs"));
   ASSERT_EQ(0, ZLPoptimize(reduced.get()));
-  const double optimum = testing::dbl_attr(model.get(), "ObjVal");
-  EXPECT_NEAR(optimum, testing::dbl_attr(reduced.get(), "ObjVal"), 1e-6 * std::abs(optimum));
+  const double optimum = dbl_attr(model.get(), "ObjVal");
+  EXPECT_NEAR(optimum, dbl_attr(reduced.get(), "ObjVal"), 1e-6 * std::abs(optimum));
 }
 
 }  // namespace
-}  // namespace zorvex
+}  // namespace zorvex::testing

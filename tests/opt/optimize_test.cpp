@@ -5,20 +5,8 @@
 #include "opt/tiny_model.hpp"
 #include "support/models.hpp"
 
-namespace zorvex {
+namespace zorvex::testing {
 namespace {
-
-using testing::build;
-using testing::dbl_array;
-using testing::dbl_attr;
-using testing::expect_lp_quality;
-using testing::expect_mip_quality;
-using testing::expect_near;
-using testing::int_attr;
-using testing::Model;
-using testing::printed;
-using testing::quiet_env;
-using testing::Tiny;
 
 constexpr double kInfinite = ZLP_INFINITY;
 constexpr double kTol = 1e-6;
@@ -187,7 +175,7 @@ TEST(OptimizeLp, ProofsWhenAskedFor) {
 TEST(OptimizeLp, WarmStartFromTheLastBasisNeedsNoPivots) {
   ZORVEX_NEED_MODEL(path, "lp/afiro.mps.gz");
   const auto env = quiet_env();
-  const Model model = testing::read_model(env.get(), path);
+  const Model model = read_model(env.get(), path);
   ASSERT_NE(nullptr, model);
   ASSERT_EQ(0, ZLPoptimize(model.get()));
   EXPECT_NEAR(-464.75314286, dbl_attr(model.get(), "ObjVal"), 1e-6);
@@ -203,7 +191,7 @@ TEST(OptimizeLp, WarmStartFromTheLastBasisNeedsNoPivots) {
   EXPECT_EQ(0, dbl_attr(model.get(), "IterCount"));
   EXPECT_NEAR(-464.75314286, dbl_attr(model.get(), "ObjVal"), 1e-6);
 
-  const Model other = testing::read_model(env.get(), path);
+  const Model other = read_model(env.get(), path);
   ASSERT_EQ(0, ZLPsetintattrarray(other.get(), "VBasis", 0, num_vars, vbasis.data()));
   ASSERT_EQ(0, ZLPsetintattrarray(other.get(), "CBasis", 0, num_constrs, cbasis.data()));
   ASSERT_EQ(0, ZLPoptimize(other.get()));
@@ -391,4 +379,4 @@ TEST(Optimize, QuadraticModelsAreRefused) {
 }
 
 }  // namespace
-}  // namespace zorvex
+}  // namespace zorvex::testing

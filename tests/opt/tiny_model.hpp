@@ -3,18 +3,13 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
-#include <cstdio>
-#include <filesystem>
-#include <fstream>
-#include <functional>
-#include <memory>
-#include <sstream>
-#include <stdexcept>
 #include <string>
 #include <vector>
 
-#include "zorvex.h"
+#include "support/scratch.hpp"
+#include "support/session.hpp"
 
 namespace zorvex::testing {
 
@@ -33,22 +28,6 @@ struct Tiny {
   std::string types = {};
   double obj_con = 0;
 };
-
-struct FreeEnv {
-  void operator()(ZLPenv* env) const { ZLPfreeenv(env); }
-};
-struct FreeModel {
-  void operator()(ZLPmodel* model) const { ZLPfreemodel(model); }
-};
-using Env = std::unique_ptr<ZLPenv, FreeEnv>;
-using Model = std::unique_ptr<ZLPmodel, FreeModel>;
-
-inline Env quiet_env() {
-  ZLPenv* env = nullptr;
-  EXPECT_EQ(0, ZLPloadenv(&env, nullptr));
-  EXPECT_EQ(0, ZLPsetintparam(env, "OutputFlag", 0));
-  return Env(env);
-}
 
 // The code of ZLPloadmodel; *model is null on failure.
 inline int load_tiny(ZLPenv* env, const Tiny& tiny, ZLPmodel** model) {
@@ -78,12 +57,6 @@ inline int load_tiny(ZLPenv* env, const Tiny& tiny, ZLPmodel** model) {
 inline Model build(ZLPenv* env, const Tiny& tiny) {
   ZLPmodel* model = nullptr;
   EXPECT_EQ(0, load_tiny(env, tiny, &model)) << ZLPgeterrormsg(env);
-  return Model(model);
-}
-
-inline Model read_model(ZLPenv* env, const std::string& path) {
-  ZLPmodel* model = nullptr;
-  EXPECT_EQ(0, ZLPreadmodel(env, path.c_str(), &model)) << ZLPgeterrormsg(env);
   return Model(model);
 }
 
@@ -122,39 +95,6 @@ inline void expect_mip_quality(ZLPmodel* model) {
   for (const char* name : {"BoundVio", "ConstrVio"}) EXPECT_LE(dbl_attr(model, name), 1.001e-6) << name;
   EXPECT_LE(dbl_attr(model, "IntVio"), 1.001e-5);
 }
-
-// What `body` prints to standard output.
-inline std::string printed(const std::function<void()>& body) {
-  ::testing::internal::CaptureStdout();
-  body();
-  std::fflush(stdout);
-  return ::testing::internal::GetCapturedStdout();
-}
-
-inline std::string slurp(const std::string& file) {
-  std::ifstream in(file);
-  std::ostringstream text;
-  text << in.rdbuf();
-  return text.str();
-}
-
-// A fresh empty working directory for one test; the old one comes back at the end.
-class ScratchDirectory {
- public:
-  ScratchDirectory() : before_(std::filesystem::current_path()) {
-    std::string name = (std::filesystem::temp_directory_path() / "zorvex-test-XXXXXX").string();
-    if (mkdtemp(name.data()) == nullptr) throw std::runtime_error("no scratch directory");
-    path_ = name;
-    std::filesystem::current_path(path_);
-  }
-  ~ScratchDirectory() {
-    std::filesystem::current_path(before_);
-    std::filesystem::remove_all(path_);
-  }
-
- private:
-  std::filesystem::path before_, path_;
-};
 
 // Binary columns and equations with coefficients from a fixed sequence, the distance to the right-hand sides to be
 // minimised: small, and still far too hard to finish, so that every limit can stop it.

@@ -1,5 +1,5 @@
 // Replaces the global operator new of the test program. In a file of its own, so that callers do not see its body.
-#include "opt/failing_allocation.hpp"
+#include "support/failing_allocation.hpp"
 
 #include <cstdlib>
 #include <new>
