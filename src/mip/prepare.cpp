@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "mip/cancel_equations.hpp"
 #include "mip/domain.hpp"
 #include "mip/grids.hpp"
 #include "mip/mip_tolerances.hpp"
@@ -16,6 +17,8 @@ namespace {
 constexpr int kRounds = 4;
 constexpr std::int64_t kProbingBase = 2000000;  // effort of a round of probing, and per nonzero of the model
 constexpr std::int64_t kProbingPerNonzero = 100;
+constexpr std::int64_t kCancelBase = 1000000;  // effort of cancelling with equations, and per nonzero of the model
+constexpr std::int64_t kCancelPerNonzero = 20;
 
 // Euclid on doubles that hold whole numbers; gcd(0, b) = b.
 double whole_gcd(double a, double b) {
@@ -241,7 +244,10 @@ void rebuild_cliques(SearchModel& model) {
 PrepareOptions prepare_options(const MipOptions& options) {
   PrepareOptions result;
   result.keep_all_solutions = options.keep_all_solutions;
-  if (options.presolve == 0) result.probing_rounds = 0;
+  if (options.presolve == 0) {
+    result.probing_rounds = 0;
+    result.cancel_with_equations = false;
+  }
   if (options.sub_mip) result.probing_rounds = std::min(result.probing_rounds, 1);
   return result;
 }
@@ -250,6 +256,10 @@ Preparation prepare(SearchModel& model, const PrepareOptions& options, const Sto
   Preparation result;
   const Index fixed_before = count_fixed(model);
   result.infeasible = !tighten_to_fixed_point(model, stop);
+  if (options.cancel_with_equations && !result.infeasible) {
+    const std::int64_t effort = kCancelBase + kCancelPerNonzero * model.lp.matrix.num_nonzeros();
+    if (cancel_with_equations(model, effort, stop) > 0) result.infeasible = !tighten_to_fixed_point(model, stop);
+  }
   for (int round = 0; round < options.probing_rounds && !result.infeasible && !stop.stop_requested(); ++round) {
     rebuild_cliques(model);
     const std::int64_t effort = kProbingBase + kProbingPerNonzero * model.lp.matrix.num_nonzeros();

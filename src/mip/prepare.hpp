@@ -10,7 +10,8 @@
 namespace zorvex {
 
 struct PrepareOptions {
-  int probing_rounds = 3;           // at most; 0 for none
+  int probing_rounds = 3;  // at most; 0 for none
+  bool cancel_with_equations = true;
   bool keep_all_solutions = false;  // see MipOptions
 };
 

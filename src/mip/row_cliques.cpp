@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "mip/knapsack_row.hpp"
 #include "mip/mip_tolerances.hpp"
 
 namespace zorvex {
@@ -12,33 +13,10 @@ namespace {
 constexpr std::size_t kMaxExtra = 100;        // cliques of one row beyond the largest
 constexpr std::size_t kMaxExtraMembers = 10;  // of those together, in multiples of the row's length
 
-struct Weighted {
-  Literal lit;
-  double weight;
-};
-
-// Literals with positive weights whose sum must not exceed `room`; false when other columns leave it unbounded.
-bool as_knapsack(const SearchModel& model, Index row, double sign, std::vector<Weighted>& items, double& room) {
-  room = sign > 0 ? model.lp.row_upper[row] : -model.lp.row_lower[row];
-  if (std::isinf(room)) return false;
-  items.clear();
-  for (Offset k = model.rows.begin(row); k < model.rows.end(row); ++k) {
-    const Index col = model.rows.index[k];
-    const double a = sign * model.rows.value[k];
-    const double lower = model.lp.col_lower[col];
-    const double upper = model.lp.col_upper[col];
-    const double bound = a > 0 ? lower : upper;
-    if (std::isinf(bound)) return false;
-    room -= a * bound;
-    if (model.binary(col) && lower < upper) items.push_back({literal(col, a > 0), std::abs(a)});
-  }
-  return items.size() >= 2;
-}
-
-void add_knapsack_cliques(std::vector<Weighted>& items, double room, CliqueTable& table) {
+void add_knapsack_cliques(std::vector<KnapsackItem>& items, double room, CliqueTable& table) {
   const double limit = room + mip_tol::kRowFeasibility * std::max(1.0, std::abs(room));
   std::stable_sort(items.begin(), items.end(),
-                   [](const Weighted& a, const Weighted& b) { return a.weight > b.weight; });
+                   [](const KnapsackItem& a, const KnapsackItem& b) { return a.weight > b.weight; });
   if (items[0].weight + items[1].weight <= limit) return;
   std::size_t size = 2;
   while (size < items.size() && items[size - 1].weight + items[size].weight > limit) ++size;
@@ -60,11 +38,11 @@ void add_knapsack_cliques(std::vector<Weighted>& items, double room, CliqueTable
 }  // namespace
 
 void add_row_cliques(const SearchModel& model, CliqueTable& table) {
-  std::vector<Weighted> items;
+  std::vector<KnapsackItem> items;
   for (Index row = 0; row < model.num_rows(); ++row) {
     for (const double sign : {1.0, -1.0}) {
       double room = 0;
-      if (as_knapsack(model, row, sign, items, room)) add_knapsack_cliques(items, room, table);
+      if (knapsack_of_row(model, row, sign, items, room)) add_knapsack_cliques(items, room, table);
     }
   }
 }

@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "mip/knapsack_row.hpp"
 #include "mip/separator.hpp"
 
 namespace zorvex {
@@ -15,39 +16,10 @@ namespace {
 constexpr std::size_t kMaxItems = 2000;
 
 struct Item {
-  Index col;
-  bool complemented;
+  Literal lit;
   double weight;  // > 0
-  double value;   // of the possibly complemented column, at x
+  double value;   // of the literal, at x
 };
-
-// sum weight z <= capacity over binaries z (x or 1 - x); false when the row has no such relaxation.
-bool make_knapsack(const SeparationContext& context, Index row, double sign, std::vector<Item>& items,
-                   double& capacity) {
-  const SearchModel& model = context.state.model;
-  capacity = sign > 0 ? model.lp.row_upper[row] : -model.lp.row_lower[row];
-  if (std::isinf(capacity)) return false;
-  items.clear();
-  for (Offset k = model.rows.begin(row); k < model.rows.end(row); ++k) {
-    const Index col = model.rows.index[k];
-    const double a = sign * model.rows.value[k];
-    const double lower = model.lp.col_lower[col];
-    const double upper = model.lp.col_upper[col];
-    if (model.integer[col] && lower == 0 && upper == 1) {
-      if (a > 0) {
-        items.push_back({col, false, a, context.relaxation.x[col]});
-      } else {
-        capacity -= a;
-        items.push_back({col, true, -a, 1 - context.relaxation.x[col]});
-      }
-      continue;
-    }
-    const double bound = a > 0 ? lower : upper;
-    if (std::isinf(bound)) return false;
-    capacity -= a * bound;
-  }
-  return items.size() >= 2 && items.size() <= kMaxItems && capacity > 0;
-}
 
 // How the members of a cover are chosen. Items above the share of the capacity stay outside: they are lifted with
 // coefficients of two and more, which covers of the light items alone bring out.
@@ -140,25 +112,30 @@ void try_cover(SeparationContext& context, const std::vector<Item>& items, doubl
   cut.rhs = rhs;
   for (std::size_t k = 0; k < items.size(); ++k) {
     if (coef[k] == 0) continue;
-    cut.index.push_back(items[k].col);
-    cut.value.push_back(items[k].complemented ? -coef[k] : coef[k]);
-    if (items[k].complemented) cut.rhs -= coef[k];
+    const bool one = is_one(items[k].lit);
+    cut.index.push_back(column_of(items[k].lit));
+    cut.value.push_back(one ? coef[k] : -coef[k]);
+    if (!one) cut.rhs -= coef[k];
   }
   context.found.push_back(std::move(cut));
 }
 
-void try_row(SeparationContext& context, Index row, double sign, std::vector<Item>& items) {
-  double capacity = 0;
-  if (!make_knapsack(context, row, sign, items, capacity)) return;
-  for (const CoverRule& rule : kCoverRules) try_cover(context, items, capacity, rule);
-}
-
 void separate(SeparationContext& context) {
+  const SearchModel& model = context.state.model;
+  std::vector<KnapsackItem> knapsack;
   std::vector<Item> items;
-  for (Index row = 0; row < context.state.model.num_rows(); ++row) {
-    if (context.state.model.rows.col_length(row) < 2) continue;
-    try_row(context, row, 1, items);
-    try_row(context, row, -1, items);
+  double capacity = 0;
+  for (Index row = 0; row < model.num_rows(); ++row) {
+    for (const double sign : {1.0, -1.0}) {
+      if (!knapsack_of_row(model, row, sign, knapsack, capacity)) continue;
+      if (knapsack.size() > kMaxItems || capacity <= 0) continue;
+      items.clear();
+      for (const auto& [lit, weight] : knapsack) {
+        const double x = context.relaxation.x[column_of(lit)];
+        items.push_back({lit, weight, is_one(lit) ? x : 1 - x});
+      }
+      for (const CoverRule& rule : kCoverRules) try_cover(context, items, capacity, rule);
+    }
   }
 }
 
