@@ -13,6 +13,15 @@ function(zorvex_layer name)
   set_property(GLOBAL APPEND PROPERTY ZORVEX_LAYERS zorvex_${name})
 endfunction()
 
+# The code of tests is compiled for short builds: what they exercise lies in the libraries, which stay optimized and
+# checked in full.
+function(zorvex_quick_build target)
+  target_compile_options(${target} PRIVATE -O1)
+  if(ZORVEX_SANITIZE MATCHES "undefined")
+    target_compile_options(${target} PRIVATE -fno-sanitize=undefined)
+  endif()
+endfunction()
+
 # Test program test_<name> of tests/<name>/*.cpp, linked with the objects of the given layers (those that exist).
 # Suites with "Slow" in their name carry the label slow: the sanitizer presets leave them out.
 function(zorvex_layer_test name)
@@ -33,6 +42,7 @@ function(zorvex_layer_test name)
   endif()
   target_link_libraries(test_${name} PRIVATE GTest::gtest_main ZLIB::ZLIB Threads::Threads)
   target_compile_definitions(test_${name} PRIVATE "ZORVEX_MODELS_DIR=\"${ZORVEX_MODELS_DIR}\"")
+  zorvex_quick_build(test_${name})
   zorvex_discover_tests(test_${name})
 endfunction()
 
