@@ -6,7 +6,7 @@
 namespace zorvex {
 
 namespace {
-constexpr double kFarkasDrop = 1e-11;   // relative size of entries that rounding may have left in A'y
+constexpr double kFarkasDrop = 1e-11;   // relative size of entries that rounding may have left in y and A'y
 constexpr double kRayTolerance = 1e-9;  // relative to the largest entry
 constexpr double kMinRayDescent = 1e-9;
 }  // namespace
@@ -62,6 +62,15 @@ bool is_optimal(const LpData& lp, const LpPoint& point, const SimplexOptions& op
   if (!is_feasible(lp, point.x, options.primal_feasibility_tol)) return false;
   const DualQuality dual = dual_quality_of(lp, point, false);
   return dual.sign.max <= options.dual_feasibility_tol;
+}
+
+void drop_sign_noise(const LpData& lp, std::vector<double>& y) {
+  double largest = 0;
+  for (const double entry : y) largest = std::max(largest, std::abs(entry));
+  for (Index row = 0; row < lp.num_rows(); ++row) {
+    const double side = y[row] > 0 ? lp.row_lower[row] : lp.row_upper[row];
+    if (!std::isfinite(side) && std::abs(y[row]) <= kFarkasDrop * largest) y[row] = 0;
+  }
 }
 
 bool proves_infeasible(const LpData& lp, const std::vector<double>& y, double& gap) {

@@ -27,6 +27,9 @@ bool is_feasible(const LpData& lp, const std::vector<double>& x, double toleranc
 // gradient at the point.
 bool is_optimal(const LpData& lp, const LpPoint& point, const SimplexOptions& options);
 
+// Multipliers of a wrong sign (their rows have no such side) that are no more than rounding become zero.
+void drop_sign_noise(const LpData& lp, std::vector<double>& y);
+
 // True when `y` proves that no point satisfies rows and bounds; `gap` receives the amount, relative to max |y|.
 bool proves_infeasible(const LpData& lp, const std::vector<double>& y, double& gap);
 

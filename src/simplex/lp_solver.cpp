@@ -187,6 +187,7 @@ bool LpSolver::State::accept_updated(SimplexOutcome outcome) {
       break;
     case SimplexOutcome::kInfeasible:
       farkas = fast.user_farkas();
+      drop_sign_noise(data, farkas);
       verdict = warm_check.infeasible(data, farkas, farkas_gap);
       if (verdict == WarmVerdict::kOpen && proves_infeasible(data, farkas, farkas_gap)) verdict = WarmVerdict::kHolds;
       status = SolveStatus::kInfeasible;
@@ -214,6 +215,7 @@ bool LpSolver::State::accept(SimplexOutcome outcome) {
       return is_optimal(data, point, options);
     case SimplexOutcome::kInfeasible:
       farkas = lp_kernel.user_farkas();
+      drop_sign_noise(data, farkas);
       status = SolveStatus::kInfeasible;
       return proves_infeasible(data, farkas, farkas_gap);
     case SimplexOutcome::kUnbounded:

@@ -419,6 +419,18 @@ TEST(Callbacks, BarrierFigures) {
   EXPECT_EQ(seen, (std::vector<double>{3, -10, -20, 0.5, 0.25, 0.125}));
 }
 
+// A relaxation without bound settles nothing as long as constraints may still come.
+TEST(Callbacks, UnboundedModelsStayOpenWhileConstraintsMayCome) {
+  const Env env = quiet_env();
+  Body body = [](ZLPmodel*, ZLPcbdata*, int) { return 0; };
+  for (const int pre_crush : {0, 1}) {
+    const Model model = with_callback(env.get(), {1, {-1, 0}, {{{1, -1}, '>', -3}}, {}, {}, "II"}, body);
+    ASSERT_EQ(0, ZLPsetintparam(ZLPgetenv(model.get()), "PreCrush", pre_crush));
+    ASSERT_EQ(0, ZLPoptimize(model.get()));
+    EXPECT_EQ(pre_crush == 0 ? ZLP_UNBOUNDED : ZLP_INF_OR_UNBD, int_attr(model.get(), "Status"));
+  }
+}
+
 // --- answers ---
 
 TEST(CallbackSolutions, AreTakenLikeStarts) {

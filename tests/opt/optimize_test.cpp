@@ -261,17 +261,35 @@ TEST(OptimizeMip, UnboundedRelaxations) {
   }
 }
 
-// Infeasible by 6e-5 in all: without presolve no proof stands up to the check, and nothing weaker may be claimed.
-TEST(OptimizeLp, WithoutAProofTheStatusSaysNumeric) {
+// Infeasible by 6e-5 in all; the multipliers that prove it carry rounding.
+TEST(OptimizeLp, BarelyInfeasibleModelIsProvenInfeasible) {
   ZORVEX_NEED_MODEL(path, "lp-infeas/cplex2.mps.gz");
   const auto env = quiet_env();
-  ASSERT_EQ(0, ZLPsetintparam(env.get(), "Presolve", 0));
-  ZLPmodel* read = nullptr;
-  ASSERT_EQ(0, ZLPreadmodel(env.get(), path.c_str(), &read));
-  const Model model(read);
-  ASSERT_EQ(0, ZLPoptimize(model.get()));
-  const int status = int_attr(model.get(), "Status");
-  EXPECT_TRUE(status == ZLP_NUMERIC || status == ZLP_INFEASIBLE) << status;
+  for (const int presolve : {-1, 0}) {
+    ASSERT_EQ(0, ZLPsetintparam(env.get(), "Presolve", presolve));
+    const Model model = read_model(env.get(), path);
+    ASSERT_EQ(0, ZLPoptimize(model.get()));
+    EXPECT_EQ(ZLP_INFEASIBLE, int_attr(model.get(), "Status"));
+  }
+}
+
+// x - y = 0.3 with x from 1e15 on: no doubles satisfy it within the tolerance, whatever is tried.
+TEST(Optimize, WhatCannotBeSettledIsCalledSo) {
+  const Tiny hopeless{1, {1, 0}, {{{1, -1}, '=', 0.3}}, {1e15, -kInfinite}, {2e15, kInfinite}};
+  const Tiny one_branch{1, {0, 0, -1}, {{{1, -1, -0.3}, '=', 0}}, {1e15, -kInfinite, 0}, {2e15, kInfinite, 1}, "CCB"};
+  const auto env = quiet_env();
+  for (const int presolve : {-1, 0}) {
+    ASSERT_EQ(0, ZLPsetintparam(env.get(), "Presolve", presolve));
+    const Model numeric = build(env.get(), hopeless);
+    ASSERT_EQ(0, ZLPoptimize(numeric.get()));
+    EXPECT_EQ(ZLP_NUMERIC, int_attr(numeric.get(), "Status"));
+    EXPECT_EQ(0, int_attr(numeric.get(), "SolCount"));
+    const Model suboptimal = build(env.get(), one_branch);
+    ASSERT_EQ(0, ZLPoptimize(suboptimal.get()));
+    EXPECT_EQ(ZLP_SUBOPTIMAL, int_attr(suboptimal.get(), "Status"));
+    EXPECT_EQ(0, dbl_attr(suboptimal.get(), "ObjVal")) << "the branch with b = 1 stays open";
+    expect_mip_quality(suboptimal.get());
+  }
 }
 
 TEST(OptimizeMip, SosSets) {
