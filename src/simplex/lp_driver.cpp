@@ -55,19 +55,6 @@ class LpDriver {
   bool reported_ = false;  // the engine has printed the closing lines
 };
 
-EngineAnswer answer_of(const LpSolver& solver) {
-  EngineAnswer answer;
-  answer.status = solver.status();
-  answer.point = solver.point();
-  answer.basis = solver.basis();
-  answer.iterations = solver.iterations();
-  answer.farkas = solver.farkas();
-  answer.farkas_violation = solver.farkas_violation();
-  answer.ray = solver.ray();
-  answer.extended_precision = solver.extended_precision();
-  return answer;
-}
-
 PresolvePoint presolve_point(const EngineAnswer& answer) {
   const LpPoint& point = answer.point;
   return {point.x, point.row_activity, point.pi, point.reduced_cost, answer.basis};
@@ -120,7 +107,8 @@ bool LpDriver::solve_presolved() {
       return false;  // feasibility is still open
     case PresolveOutcome::kAllRemoved:
       finish_from(presolve, {});
-      if (options_.engine != nullptr && log_.enabled() && result_.iterations == 0) {
+      if (options_.engine != nullptr && options_.engine->has_own_report() && log_.enabled() &&
+          result_.iterations == 0) {
         options_.engine->report_without_solve(result_.status, options_.sense * result_.objective,
                                               now_seconds() - start_, log_);
         reported_ = true;

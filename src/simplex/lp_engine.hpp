@@ -32,11 +32,16 @@ struct EngineAnswer {
   bool reported = false;  // the closing lines are in the log already
 };
 
+// What a solver found out by its last solve.
+EngineAnswer answer_of(const LpSolver& solver);
+
 class LpEngine {
  public:
   virtual ~LpEngine() = default;
   virtual EngineAnswer solve(const LpData& lp, const SimplexLimits& limits, const StopToken& stop, LogSink& log) = 0;
-  // Presolve left nothing to solve: `objective` is in the user's sense. Closing lines of the engine's own kind.
+  // Presolve left nothing to solve: `objective` is in the user's sense. Closing lines of the engine's own kind, if
+  // it has any.
+  [[nodiscard]] virtual bool has_own_report() const { return true; }
   virtual void report_without_solve(SolveStatus status, double objective, double seconds, LogSink& log) = 0;
 };
 
