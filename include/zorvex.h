@@ -138,6 +138,13 @@ typedef struct ZLPenv ZLPenv;       /* environment: parameters, log, error text 
 typedef struct ZLPmodel ZLPmodel;   /* one model with its own copy of the parameters */
 typedef struct ZLPcbdata ZLPcbdata; /* what a callback asks and answers through */
 
+/* A sparse vector: len entries val[k] at ind[k]. The arrays are the caller's. */
+typedef struct ZLPsvec {
+  int len;
+  int* ind;
+  double* val;
+} ZLPsvec;
+
 /* A callback: `where` is one of ZLP_WHERE_..., `user` what was registered with it. 0 goes on, anything else ends the
  * solve. It must return normally (no longjmp, no C++ exception). */
 typedef int (*ZLPcallback)(ZLPmodel* model, ZLPcbdata* cbdata, int where, void* user);
@@ -280,8 +287,11 @@ ZLP_EXPORT int ZLPcheckmodel(ZLPmodel* model);
  * Obj, VType, VarName, RHS, Sense and ConstrName are queued edits, seen after the next update. Start, BranchPriority,
  * VBasis, CBasis, VDualNorm and CDualNorm take effect at once; the first status written to a model without a basis
  * starts from the slack basis. Signs: Slack = RHS - a'x; Pi is the change of the objective per unit of RHS and RC = Obj
- * - A'Pi, both in the sense the user optimizes. A quality measure's ...Index is -1 when nothing is violated; dual
- * violations of slacks count from NumVars on. Unnamed objects read as "C%07d" or "R%07d". */
+ * - A'Pi, both in the sense the user optimizes. The ranges SAObj..., SALB..., SAUB... and SARHS... tell how far one
+ * number may go, all others as they are, while the optimal basis stays optimal; they are computed at the first question
+ * (10005 without an optimal basis), on a basis that is confirmed first: a warning in the log tells when it had to
+ * change. A quality measure's ...Index is -1 when nothing is violated; dual violations of slacks count from NumVars on.
+ * Unnamed objects read as "C%07d" or "R%07d". */
 
 /* type: 0 char, 1 int, 2 double, 3 string; kind: 0 model, 1 variable, 2 constraint, 3 SOS; settable: 0 or 1. Null
  * results are skipped. */
@@ -364,8 +374,9 @@ ZLP_EXPORT int ZLPwrite(ZLPmodel* model, const char* filename);
  *   Slack            RHS - A x, for range rows the upper side - A x
  *   VBasis, CBasis   where the next solve of a continuous model starts; with VDualNorm, CDualNorm when known
  *   FarkasDual       status 3, asked for by InfUnbdInfo: l >= 0 on '<' rows, <= 0 on '>' rows; l'A x > l'RHS within all
- *                    bounds
+ *                    bounds, where a range row counts with its lower side as RHS if its l is negative
  *   UnbdRay          status 5, asked for by InfUnbdInfo: a direction in which the objective improves for ever
+ * Pi is >= 0 on '>' and <= 0 on '<' rows of a minimisation, the other way round of a maximisation.
  * A tree search stopped by a limit or an interruption goes on at the next call unless the model was changed. Quadratic
  * objectives: 10005. 10009: the licence was released. */
 ZLP_EXPORT int ZLPoptimize(ZLPmodel* model);
@@ -395,6 +406,34 @@ ZLP_EXPORT int ZLPcbsolution(ZLPcbdata* cbdata, const double* solution);
  * solution has to satisfy anyway; used where the relaxation violates it. In MIP_SOLUTION a constraint that the model
  * was short of. Needs PreCrush 1. 10011 elsewhere or without it. */
 ZLP_EXPORT int ZLPcbcut(ZLPcbdata* cbdata, int num_nz, const int* cind, const double* cval, char sense, double rhs);
+
+/* --- basis queries ---
+ * Questions about the basis B that the last solve of a continuous model ended with, whatever its status. Variable j <
+ * NumVars is a column, NumVars + i the slack of constraint i, with the coefficient 1 in that constraint whatever its
+ * sense (a'x + Slack = RHS). Column k of B is the column of the variable that is basic in position k. Everything is in
+ * the user's terms: unscaled, constraints with the signs they were given. The inverse is built at the first question
+ * and kept until the results are discarded; it is held in extended precision when the solve ended in it.
+ *
+ * Vectors: an input has distinct indices (10018), finite values (10003) and a length of at least 0; it may be the
+ * output as well. The caller gives the output arrays of NumConstrs entries (ZLPBinvRowi: NumVars); len is overwritten.
+ * Indices come in increasing order, entries of magnitude 1e-13 or less are left out. 10005: no basis, or one without
+ * inverse (never solved, changed since, a MIP, barrier without crossover); 10002: a missing vector or array; 10006:
+ * index. */
+
+/* x = B^-1 b: b over constraints, x over positions. */
+ZLP_EXPORT int ZLPFSolve(ZLPmodel* model, const ZLPsvec* b, ZLPsvec* x);
+/* x = b'B^-1: b over positions, x over constraints. */
+ZLP_EXPORT int ZLPBSolve(ZLPmodel* model, const ZLPsvec* b, ZLPsvec* x);
+/* Column j of B^-1, over positions. */
+ZLP_EXPORT int ZLPBinvj(ZLPmodel* model, int j, ZLPsvec* x);
+/* Row i of B^-1, over constraints. */
+ZLP_EXPORT int ZLPBinvi(ZLPmodel* model, int i, ZLPsvec* x);
+/* Column j of the tableau, B^-1 times the column of variable j (a slack too), over positions. */
+ZLP_EXPORT int ZLPBinvColj(ZLPmodel* model, int j, ZLPsvec* x);
+/* Row i of the tableau, B^-1 A, over the NumVars columns. That of the slacks is ZLPBinvi. */
+ZLP_EXPORT int ZLPBinvRowi(ZLPmodel* model, int i, ZLPsvec* x);
+/* The variable that is basic in each position: NumConstrs numbers. */
+ZLP_EXPORT int ZLPgetBasisHead(ZLPmodel* model, int* bhead);
 
 /* --- derived models ---
  * A new model made from another one as its last update left it. It carries over names, parameters, Start,

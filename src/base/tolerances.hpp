@@ -36,6 +36,8 @@ struct PresolveTolerances {
   static constexpr double kParallel = 1e-12;
   // Reduced costs of this size, against costs of size 1 and above relative, are what rounding leaves of zero.
   static constexpr double kCostNoise = 1e-11;
+  // Sums of multiples of equations below this share of their terms vanish; multipliers have grown by elimination.
+  static constexpr double kDependence = 1e-10;
   // Share of its terms below which an entry of A'y is forgiven in a proof of infeasibility; see farkas_gap.
   static constexpr double kProofDrop = 1e-9;
 };

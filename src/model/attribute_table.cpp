@@ -4,6 +4,7 @@
 #include <cstdio>
 
 #include "env/environment.hpp"
+#include "model/attribute_analysis.hpp"
 #include "model/attribute_quality.hpp"
 #include "model/attribute_writers.hpp"
 
@@ -239,8 +240,8 @@ constexpr Attribute kAttributes[] = {
      quality_detail(QualityMeasure::kIntegrality, QualityAspect::kSum)},
     {"ComplVioSum", AttrType::kDouble, AttrKind::kModel, read_quality, nullptr, dual_quality_available,
      quality_detail(QualityMeasure::kComplementarity, QualityAspect::kSum)},
-    {"Kappa", AttrType::kDouble, AttrKind::kModel, nullptr, nullptr, never},
-    {"N2Kappa", AttrType::kDouble, AttrKind::kModel, nullptr, nullptr, never},
+    {"Kappa", AttrType::kDouble, AttrKind::kModel, scalar<read_kappa>, nullptr, has_inverse},
+    {"N2Kappa", AttrType::kDouble, AttrKind::kModel, scalar<read_n2_kappa>, nullptr, has_inverse},
     {"BoundVioIndex", AttrType::kInt, AttrKind::kModel, read_quality, nullptr, primal_quality_available,
      quality_detail(QualityMeasure::kBound, QualityAspect::kIndex)},
     {"BoundSVioIndex", AttrType::kInt, AttrKind::kModel, read_quality, nullptr, primal_quality_available,
@@ -265,14 +266,22 @@ constexpr Attribute kAttributes[] = {
      quality_detail(QualityMeasure::kIntegrality, QualityAspect::kIndex)},
     {"ComplVioIndex", AttrType::kInt, AttrKind::kModel, read_quality, nullptr, dual_quality_available,
      quality_detail(QualityMeasure::kComplementarity, QualityAspect::kIndex)},
-    {"SAObjLow", AttrType::kDouble, AttrKind::kVariable, nullptr, nullptr, never},
-    {"SAObjUp", AttrType::kDouble, AttrKind::kVariable, nullptr, nullptr, never},
-    {"SALBLow", AttrType::kDouble, AttrKind::kVariable, nullptr, nullptr, never},
-    {"SALBUp", AttrType::kDouble, AttrKind::kVariable, nullptr, nullptr, never},
-    {"SAUBLow", AttrType::kDouble, AttrKind::kVariable, nullptr, nullptr, never},
-    {"SAUBUp", AttrType::kDouble, AttrKind::kVariable, nullptr, nullptr, never},
-    {"SARHSLow", AttrType::kDouble, AttrKind::kConstraint, nullptr, nullptr, never},
-    {"SARHSUp", AttrType::kDouble, AttrKind::kConstraint, nullptr, nullptr, never},
+    {"SAObjLow", AttrType::kDouble, AttrKind::kVariable, read_limit, nullptr, has_sensitivity,
+     limit_detail(SensitivityLimit::kObjLow)},
+    {"SAObjUp", AttrType::kDouble, AttrKind::kVariable, read_limit, nullptr, has_sensitivity,
+     limit_detail(SensitivityLimit::kObjUp)},
+    {"SALBLow", AttrType::kDouble, AttrKind::kVariable, read_limit, nullptr, has_sensitivity,
+     limit_detail(SensitivityLimit::kLowerLow)},
+    {"SALBUp", AttrType::kDouble, AttrKind::kVariable, read_limit, nullptr, has_sensitivity,
+     limit_detail(SensitivityLimit::kLowerUp)},
+    {"SAUBLow", AttrType::kDouble, AttrKind::kVariable, read_limit, nullptr, has_sensitivity,
+     limit_detail(SensitivityLimit::kUpperLow)},
+    {"SAUBUp", AttrType::kDouble, AttrKind::kVariable, read_limit, nullptr, has_sensitivity,
+     limit_detail(SensitivityLimit::kUpperUp)},
+    {"SARHSLow", AttrType::kDouble, AttrKind::kConstraint, read_limit, nullptr, has_sensitivity,
+     limit_detail(SensitivityLimit::kRhsLow)},
+    {"SARHSUp", AttrType::kDouble, AttrKind::kConstraint, read_limit, nullptr, has_sensitivity,
+     limit_detail(SensitivityLimit::kRhsUp)},
     {"IISLB", AttrType::kInt, AttrKind::kVariable, nullptr, nullptr, never},
     {"IISUB", AttrType::kInt, AttrKind::kVariable, nullptr, nullptr, never},
     {"IISConstr", AttrType::kInt, AttrKind::kConstraint, nullptr, nullptr, never},

@@ -163,6 +163,7 @@ int write_vbasis(ZLPmodel& model, const ObjectSet& objects, const void* values) 
   if (!are_statuses(statuses, objects.count)) return kErrorInvalidArgument;
   ensure_basis(model);
   assign(model.warm.vbasis, objects, statuses);
+  model.warm.precision = BasisPrecision::kUnknown;
   return kOk;
 }
 
@@ -171,6 +172,7 @@ int write_cbasis(ZLPmodel& model, const ObjectSet& objects, const void* values) 
   if (!are_statuses(statuses, objects.count)) return kErrorInvalidArgument;
   ensure_basis(model);
   assign(model.warm.cbasis, objects, statuses);
+  model.warm.precision = BasisPrecision::kUnknown;
   return kOk;
 }
 

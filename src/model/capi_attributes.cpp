@@ -181,12 +181,13 @@ int ZLPgetattrinfo(ZLPmodel* model, const char* name, int* type, int* kind, int*
 
 int ZLPisattravailable(ZLPmodel* model, const char* name) {
   if (check_model(model) != kOk || name == nullptr) return 0;
-  const Attribute* attribute = nullptr;
+  bool available = false;
   const int code = code_of([&] {
-    attribute = find_attribute(name);
+    const Attribute* attribute = find_attribute(name);
+    available = attribute != nullptr && attribute->readable(*model);
     return static_cast<int>(kOk);
   });
-  return code == kOk && attribute != nullptr && attribute->readable(*model) ? 1 : 0;
+  return code == kOk && available ? 1 : 0;
 }
 
 int ZLPgetintattr(ZLPmodel* model, const char* name, int* value) { return get_scalar(model, name, value); }

@@ -10,6 +10,7 @@
 
 #include "base/status.hpp"
 #include "base/types.hpp"
+#include "model/basis_analysis.hpp"
 #include "model/model_data.hpp"
 #include "model/pending_changes.hpp"
 #include "zorvex.h"
@@ -43,17 +44,23 @@ struct SolutionStore {
   std::vector<double> farkas_dual, unbd_ray;
   int infeas_var = -1, unbd_var = -1;  // a column showing infeasibility or unboundedness, -1 none
 
+  std::shared_ptr<BasisAnalysis> analysis;  // of the final basis; null when there is none
+
   [[nodiscard]] int solution_count() const {
     if (!pool.empty()) return static_cast<int>(pool.size());
     return !x.empty() || (has_objective && status == SolveStatus::kOptimal) ? 1 : 0;
   }
 };
 
+// What the kernel worked in that a basis comes from.
+enum class BasisPrecision { kUnknown, kDouble, kExtended };
+
 // Where the next solve starts. Survives edits as far as it fits; written by the user and by each solve.
 struct WarmStart {
   std::vector<int> vbasis, cbasis;   // empty, or num_cols / num_rows values of 0, -1, -2, -3; both or none
   std::vector<double> vnorm, cnorm;  // dual norms; both or none
-  std::vector<double> start;         // empty, or num_cols values, kUndefinedStart where open
+  BasisPrecision precision = BasisPrecision::kUnknown;
+  std::vector<double> start;  // empty, or num_cols values, kUndefinedStart where open
 
   [[nodiscard]] bool has_basis() const { return !(vbasis.empty() && cbasis.empty()); }
   [[nodiscard]] bool has_norms() const { return !(vnorm.empty() && cnorm.empty()); }

@@ -247,6 +247,7 @@ bool WarmStart::basis_fits(const ModelData& data) const {
 void WarmStart::drop_basis() {
   for (std::vector<int>* statuses : {&vbasis, &cbasis}) statuses->clear();
   for (std::vector<double>* norms : {&vnorm, &cnorm}) norms->clear();
+  precision = BasisPrecision::kUnknown;
 }
 
 int nonbasic_status(const ModelData& data, Index col) {

@@ -100,12 +100,23 @@ struct Call {
   }
 };
 
+// A start keeps the precision its basis comes from: extended unless Quad is 0, double with Quad 1. Without such a basis
+// Quad 1 asks for extended precision.
+void take_start_precision(const ZLPmodel& model, LpDriverOptions& options, LogSink& log) {
+  const BasisPrecision start = model.warm.precision;
+  const int quad = param<Param::Quad>(*model.env);
+  if (start == BasisPrecision::kExtended && quad == 0) log.write("Switch to double precision\n");
+  if (start == BasisPrecision::kExtended && quad != 0) options.simplex.precision = Precision::kExtended;
+  if (start == BasisPrecision::kDouble && quad == 1) options.simplex.precision = Precision::kDouble;
+}
+
 int solve_continuous(ZLPmodel& model, const Call& call) {
   const ZLPenv& env = *model.env;
   EnvironmentLog log(*model.env);
   const LpData lp = make_lp_data(model.data);
   const Basis start = make_start_basis(model);
   LpDriverOptions options = make_lp_options(env, model.data.sense, call.start_time);
+  if (!start.empty()) take_start_precision(model, options, log);
   if (param<Param::ZORV_PAR_WRITEPREMODEL>(env) != 0) {
     options.dump_presolved = [&model](const LpData& reduced) { dump_presolved(*model.env, reduced, model.data.sense); };
   }

@@ -5,11 +5,15 @@
 #include <utility>
 
 #include "base/quality.hpp"
-#include "env/parameter_table.hpp"
+#include "env/environment.hpp"
+#include "opt/final_basis.hpp"
 
 namespace zorvex {
 
 namespace {
+
+// Entries of a sum of rows below this share of its terms are what rounding leaves of zero.
+constexpr double kProofNoise = 1e-9;
 
 // rhs - a'x of every row in the user's signs; range rows count from their upper side.
 std::vector<double> row_slacks(const ModelData& data, const std::vector<double>& x) {
@@ -92,9 +96,44 @@ Index crossed_column(const LpData& lp) {
   return -1;
 }
 
-Index fastest_column(const std::vector<double>& ray) {
-  const auto slower = [](double a, double b) { return std::abs(a) < std::abs(b); };
-  return ray.empty() ? -1 : static_cast<Index>(std::max_element(ray.begin(), ray.end(), slower) - ray.begin());
+// Where the entry of largest magnitude stands, -1 when all are zero.
+Index largest_entry(const std::vector<double>& values) {
+  const auto smaller = [](double a, double b) { return std::abs(a) < std::abs(b); };
+  const auto largest = std::max_element(values.begin(), values.end(), smaller);
+  return largest == values.end() || *largest == 0 ? -1 : static_cast<Index>(largest - values.begin());
+}
+
+// Coefficients of the sum of the rows, each times its multiplier.
+std::vector<double> combined_row(const LpData& lp, const std::vector<double>& y) {
+  std::vector<double> row(lp.cost.size());
+  for (Index col = 0; col < lp.num_cols(); ++col) {
+    Extended sum = 0;
+    Extended magnitude = 0;
+    for (Offset k = lp.matrix.begin(col); k < lp.matrix.end(col); ++k) {
+      const Extended term = Extended(lp.matrix.value[k]) * y[lp.matrix.index[k]];
+      sum += term;
+      magnitude += std::abs(term);
+    }
+    row[col] = std::abs(sum) <= kProofNoise * magnitude ? 0 : static_cast<double>(sum);
+  }
+  return row;
+}
+
+void publish_proof(ZLPmodel& model, const LpData& lp, LpDriverResult& result, bool in_full) {
+  SolutionStore& solution = model.solution;
+  if (result.status == SolveStatus::kInfeasible) {
+    solution.infeas_var = crossed_column(lp);
+    if (result.farkas.size() != lp.row_lower.size()) return;
+    if (solution.infeas_var < 0) solution.infeas_var = largest_entry(combined_row(lp, result.farkas));
+    double largest = 0;
+    for (const double y : result.farkas) largest = std::max(largest, std::abs(y));
+    solution.farkas_proof = largest * result.farkas_violation;
+    if (in_full && largest > 0) solution.farkas_dual = times(-1, std::move(result.farkas));
+  }
+  if (result.status == SolveStatus::kUnbounded) {
+    solution.unbd_var = largest_entry(result.ray);
+    if (in_full) solution.unbd_ray = std::move(result.ray);
+  }
 }
 
 bool holds_result_point(const LpData& lp, const LpDriverResult& result, double feasibility_tol) {
@@ -121,16 +160,13 @@ void publish_lp(ZLPmodel& model, const LpData& lp, LpDriverResult&& result, doub
   solution.solved = true;
   solution.iter_count = result.iterations;
   if (holds_result_point(lp, result, feasibility_tol)) publish_point(model, result);
-  if (result.has_basis && result.basis.col.size() == lp.cost.size()) publish_basis(model, result.basis);
-  if (result.status == SolveStatus::kInfeasible) {
-    solution.infeas_var = crossed_column(lp);
-    solution.farkas_proof = result.farkas_violation;
-    solution.farkas_dual = times(-1, std::move(result.farkas));
+  if (result.has_basis && result.basis.col.size() == lp.cost.size()) {
+    publish_basis(model, result.basis);
+    model.warm.precision = result.extended_precision ? BasisPrecision::kExtended : BasisPrecision::kDouble;
+    result.basis.norm.clear();
+    solution.analysis = std::make_shared<FinalBasis>(model, std::move(result.basis), result.extended_precision);
   }
-  if (result.status == SolveStatus::kUnbounded) {
-    solution.unbd_var = fastest_column(result.ray);
-    solution.unbd_ray = std::move(result.ray);
-  }
+  publish_proof(model, lp, result, param<Param::InfUnbdInfo>(*model.env) != 0);
 }
 
 void publish_mip(ZLPmodel& model, const MipResult& result) {

@@ -1,6 +1,8 @@
 #include "opt/solver_options.hpp"
 
 #include <cmath>
+#include <initializer_list>
+#include <string_view>
 
 namespace zorvex {
 
@@ -42,16 +44,32 @@ SimplexOptions simplex_options(const ZLPenv& env, double start_time) {
   return options;
 }
 
+PresolveOptions presolve_options(const ZLPenv& env) {
+  PresolveOptions options;
+  options.level = param<Param::Presolve>(env);
+  options.max_passes = param<Param::PrePasses>(env);
+  options.primal_feasibility_tol = param<Param::FeasibilityTol>(env);
+  options.dual_feasibility_tol = param<Param::OptimalityTol>(env);
+  options.dual_reductions = param<Param::ZORV_PAR_DUALREDUCTION>(env) != 0;
+  options.dependent_rows = param<Param::PreDepRow>(env);
+  options.aggregation_fill = param<Param::AggFill>(env);
+  if (param<Param::ZORV_PAR_PRELIMIT>(env) < kMaxIntParameter) options.max_steps = param<Param::ZORV_PAR_PRELIMIT>(env);
+  const auto switch_off = [&](bool off, std::initializer_list<std::string_view> names) {
+    if (off) options.off.insert(options.off.end(), names);
+  };
+  switch_off(param<Param::Aggregate>(env) == 0, {"doubleton_equation", "free_column"});
+  switch_off(param<Param::PreSparsify>(env) == 0, {"sparsify"});
+  switch_off(param<Param::ZORV_PAR_PREPARALLEL>(env) == 0, {"duplicate_rows", "duplicate_columns"});
+  switch_off(param<Param::ZORV_PAR_PRESINGLECOL>(env) == 0, {"singleton_column"});
+  return options;
+}
+
 }  // namespace
 
 LpDriverOptions make_lp_options(const ZLPenv& env, int sense, double start_time) {
   LpDriverOptions options;
   options.simplex = simplex_options(env, start_time);
-  options.presolve.level = param<Param::Presolve>(env);
-  options.presolve.max_passes = param<Param::PrePasses>(env);
-  options.presolve.primal_feasibility_tol = options.simplex.primal_feasibility_tol;
-  options.presolve.dual_feasibility_tol = options.simplex.dual_feasibility_tol;
-  options.presolve.dual_reductions = param<Param::ZORV_PAR_DUALREDUCTION>(env) != 0;
+  options.presolve = presolve_options(env);
   options.iteration_limit = limit_or_inf(param<Param::IterationLimit>(env));
   options.cutoff = limit_or_inf(minimisation_cutoff(env, sense));
   options.method = param<Param::Method>(env);

@@ -148,6 +148,14 @@ void Changes::add_multiple(Index row, Index source, double factor) {
   for (const auto& entry : model_.matrix.row(row)) position_[entry.col] = -1;
 }
 
+void Changes::add_equation(Index row, Index equation, double factor) {
+  assert(model_.is_equation(equation));
+  add_multiple(row, equation, factor);
+  shift_sides(row, Extended(factor) * model_.row_lower[equation]);
+  dirty_rows_.push(row);
+  ++steps_;
+}
+
 void Changes::substitute(Index row, Index col) {
   assert(model_.is_equation(row));
   double pivot = 0;

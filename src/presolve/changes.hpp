@@ -63,6 +63,9 @@ class Changes {
   // the column go. The caller has made sure that the column's bounds hold by themselves. Own record.
   void substitute(Index row, Index col);
 
+  // row += factor * equation, sides included. The caller records it.
+  void add_equation(Index row, Index equation, double factor);
+
   // Contribution of one row of the current model to the proof of infeasibility.
   void prove(Index row, double multiplier) { proof_.push_back({row, multiplier}); }
 

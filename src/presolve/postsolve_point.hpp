@@ -15,6 +15,7 @@ struct PostsolvePoint {
   std::vector<BasisStatus> col_status, row_status;
   // A Farkas proof is a dual solution for zero cost: recorded costs count as zero, nonbasic sides follow from signs.
   bool farkas = false;
+  bool exact_basis = true;  // the statuses are those of a basis that x and pi belong to
 
   [[nodiscard]] double cost(double recorded) const { return farkas ? 0 : recorded; }
 

@@ -48,7 +48,7 @@ struct Presolve::State {
 
 bool Presolve::State::out_of_work() {
   const std::int64_t size = original.matrix.num_nonzeros() + original.num_rows() + original.num_cols();
-  return changes->work().total() > kWorkPerSize * (size + 1000);
+  return changes->work().total() > kWorkPerSize * (size + 1000) || changes->steps() >= options.max_steps;
 }
 
 // All reductions of the trigger on one target, until it is gone or one of them decides the model.
@@ -61,6 +61,7 @@ Outcome Presolve::State::apply(Trigger trigger, Index target) {
     if (reduction->trigger != trigger || reduction->min_level > level) continue;
     if (reduction->dual && !options.dual_reductions) continue;
     if (!options.only.empty() && options.only != reduction->name) continue;
+    if (std::find(options.off.begin(), options.off.end(), reduction->name) != options.off.end()) continue;
     const Outcome outcome = reduction->find(*model, target, *changes);
     if (outcome != Outcome::kNone) ++statistics.applied[k].count;
     if (outcome == Outcome::kInfeasible || outcome == Outcome::kUnbounded) return outcome;
@@ -200,6 +201,7 @@ PostsolvePoint Presolve::State::expand(const PresolvePoint& point) const {
   full.pi.assign(rows, 0);
   full.activity.assign(rows, 0);
   full.row_status.assign(rows, BasisStatus::kBasic);
+  full.exact_basis = point.exact_basis;
   for (std::size_t k = 0; k < original_rows.size(); ++k) {
     full.pi[original_rows[k]] = point.pi[k];
     full.row_status[original_rows[k]] = point.basis.row.empty() ? BasisStatus::kBasic : point.basis.row[k];
@@ -234,6 +236,7 @@ PresolvePoint Presolve::State::finish(const PostsolvePoint& point) const {
   result.pi = point.pi;
   result.basis.col = point.col_status;
   result.basis.row = point.row_status;
+  result.exact_basis = point.exact_basis;
   std::vector<Extended> activity(point.pi.size(), 0);
   for (Index col = 0; col < original.num_cols(); ++col) {
     Extended d = original.cost[col];

@@ -2,6 +2,8 @@
 // model back to the original one.
 #pragma once
 
+#include <cstdint>
+#include <limits>
 #include <memory>
 #include <string_view>
 #include <vector>
@@ -20,13 +22,19 @@ struct PresolveOptions {
   double primal_feasibility_tol = 1e-6;
   double dual_feasibility_tol = 1e-6;
   bool dual_reductions = true;  // reductions that keep only some optimal solutions
-  std::string_view only;        // name of the one reduction to run; empty for all
+  int dependent_rows = -1;      // search for dependent equations: 0 off, 1 with more effort
+  Index aggregation_fill = 10;  // nonzeros that the elimination of one column may add
+  std::int64_t max_steps = std::numeric_limits<std::int64_t>::max();  // changes after which presolve stops
+  std::string_view only = {};                                         // name of the one reduction to run; empty for all
+  std::vector<std::string_view> off = {};                             // names of reductions not to run
 };
 
 // A primal-dual point with basis, in the space of whichever model it belongs to. Signs as in LpPoint.
 struct PresolvePoint {
   std::vector<double> x, row_activity, pi, reduced_cost;
   Basis basis;  // statuses only; head and norm are dropped on the way back
+  // False when a reduction could only give a basis near the one that belongs to the point.
+  bool exact_basis = true;
 };
 
 struct ReductionCount {
@@ -64,7 +72,7 @@ class Presolve {
   [[nodiscard]] const std::vector<Index>& original_rows() const;
 
   // Maps a point of the reduced model to the original one: exact primal values, duals, reduced costs, and a basis with
-  // num_rows basic variables, optimal when the given one is.
+  // num_rows basic variables, optimal when the given one is (but see PresolvePoint::exact_basis).
   [[nodiscard]] PresolvePoint postsolve(const PresolvePoint& point) const;
 
   // Maps a Farkas proof over the rows of the reduced model to the original rows. To be checked with farkas_gap: steps

@@ -11,7 +11,6 @@
 namespace zorvex {
 
 constexpr Index kMaxColumnLength = 6;
-constexpr Index kMaxFill = 10;  // entries that an elimination may add, at worst
 
 // Largest number of entries that may be more after eliminating a column of `col_length` by a row of `row_length`.
 static Index worst_fill(Index row_length, Index col_length) {
@@ -38,7 +37,7 @@ static Index choose_equation(const PresolveModel& model, Index col) {
         PresolveTolerances::kPivotShare * std::max(col_magnitude, model.matrix.row_magnitude(entry.row));
     if (std::abs(entry.value) < least) continue;
     const Index length = model.matrix.row_length(entry.row);
-    if (worst_fill(length, model.matrix.col_length(col)) > kMaxFill) continue;
+    if (worst_fill(length, model.matrix.col_length(col)) > model.options.aggregation_fill) continue;
     if (best < 0 || length < model.matrix.row_length(model.matrix.entry(best).row)) best = it.node();
   }
   return best;

@@ -210,7 +210,7 @@ bool LpDriver::finish_from(const Presolve& presolve, const PresolvePoint& reduce
   PresolvePoint full = presolve.postsolve(reduced_point);
   result_.point = {std::move(full.x), std::move(full.row_activity), std::move(full.pi), std::move(full.reduced_cost)};
   result_.basis = std::move(full.basis);
-  if (!is_exact_optimum()) {
+  if (!full.exact_basis || !is_exact_optimum()) {
     const Basis start = result_.basis;
     solve_original(&start);
     return true;

@@ -176,6 +176,41 @@ const Case kCases[] = {
      PresolveOutcome::kReduced,
      2,
      3},
+    {"an equation that others imply",
+     "dependent_equations",
+     {{1, 0, 9}, {1, 0, 9}, {1, 0, 9}},
+     {{{1, 1, 1}, 6, 6}, {{1, 2, 3}, 14, 14}, {{1, 3, 5}, 22, 22}},
+     PresolveOutcome::kReduced,
+     2,
+     3},
+    {"an equation that contradicts others",
+     "dependent_equations",
+     {{1, -kInf, kInf}, {1, -kInf, kInf}, {1, -kInf, kInf}},
+     {{{1, 1, 1}, 6, 6}, {{1, 2, 3}, 14, 14}, {{1, 3, 5}, 22.01, 22.01}},
+     PresolveOutcome::kInfeasible,
+     0,
+     0},
+    {"an equation off by less than the tolerance stays",
+     "dependent_equations",
+     {{1, 0, 9}, {1, 0, 9}, {1, 0, 9}},
+     {{{1, 1, 1}, 6, 6}, {{1, 2, 3}, 14, 14}, {{1, 3, 5}, 22 + 1e-6, 22 + 1e-6}},
+     PresolveOutcome::kReduced,
+     3,
+     3},
+    {"nearly dependent equations stay",
+     "dependent_equations",
+     {{1, 0, 9}, {1, 0, 9}, {1, 0, 9}},
+     {{{1, 1, 1}, 6, 6}, {{1, 2, 3}, 14, 14}, {{1, 3, 5 + 1e-7}, 22, 22}},
+     PresolveOutcome::kReduced,
+     3,
+     3},
+    {"inequalities depend on nothing",
+     "dependent_equations",
+     {{1, 0, 9}, {1, 0, 9}, {1, 0, 9}},
+     {{{1, 1, 1}, 6, 6}, {{1, 2, 3}, 14, 14}, {{1, 3, 5}, -kInf, 22}},
+     PresolveOutcome::kReduced,
+     3,
+     3},
     {"nothing stops a column that pays",
      "",
      {{-1, 0, kInf}, {1, 0, 1}},
@@ -211,6 +246,42 @@ TEST(PresolveCases, Outcomes) {
     EXPECT_EQ(presolve.reduced().num_rows(), c.rows_left);
     EXPECT_EQ(presolve.reduced().num_cols(), c.cols_left);
   }
+}
+
+// What a switch turns off is left alone, and what may be added is limited.
+TEST(PresolveCases, Switches) {
+  const LpData aggregable = make({{1, -kInf, kInf}, {1, 0, 9}, {1, 0, 9}, {1, 0, 9}},
+                                 {{{1, 1, 1, 1}, 3, 3}, {{1, 2, 0, 0}, 0, 5}, {{1, 0, -1, 0}, 0, 9}});
+  const LpData dependent =
+      make({{1, 0, 9}, {1, 0, 9}, {1, 0, 9}}, {{{1, 1, 1}, 6, 6}, {{1, 2, 3}, 14, 14}, {{1, 3, 5}, 22, 22}});
+  const auto rows_left = [](const LpData& lp, const PresolveOptions& options) {
+    Presolve presolve(lp, options);
+    EXPECT_EQ(presolve.run(StopToken()), PresolveOutcome::kReduced);
+    return presolve.reduced().num_rows();
+  };
+  PresolveOptions options;
+  options.only = "free_column";
+  EXPECT_EQ(rows_left(aggregable, options), 2);
+  options.aggregation_fill = -3;
+  EXPECT_EQ(rows_left(aggregable, options), 3);
+  options = {.only = "free_column", .off = {"duplicate_rows", "free_column"}};
+  EXPECT_EQ(rows_left(aggregable, options), 3);
+  options = {.max_steps = 0, .only = "free_column"};
+  EXPECT_EQ(rows_left(aggregable, options), 3);
+  options = {.dependent_rows = 0, .only = "dependent_equations"};
+  EXPECT_EQ(rows_left(dependent, options), 3);
+}
+
+// 1 1 1 1 0 = 4 inside 2 2 2 2 1 >= 5: the multiple -2 cancels four entries and makes none.
+TEST(PresolveCases, EquationsCancelNonzeros) {
+  const std::vector<Column> columns(5, Column{1, 0, 9});
+  const LpData lp = make(columns, {{{1, 1, 1, 1, 0}, 4, 4}, {{2, 2, 2, 2, 1}, 9, kInf}, {{1, 0, 1, 0, 1}, 3, kInf}});
+  PresolveOptions options;
+  options.only = "sparsify";
+  Presolve presolve(lp, options);
+  ASSERT_EQ(presolve.run(StopToken()), PresolveOutcome::kReduced);
+  EXPECT_EQ(presolve.statistics().nonzeros_removed, 4);
+  EXPECT_EQ(presolve.reduced().row_lower[1], 1);
 }
 
 TEST(PresolveCases, LevelZeroChangesNothing) {

@@ -40,10 +40,11 @@ void expect_optimal(const LpData& lp, const PresolvePoint& point, double objecti
   EXPECT_LT(dual.sign.max, 1e-8) << "at " << dual.sign.at;
   EXPECT_LT(dual.residual.max, 1e-9) << "column " << dual.residual.at;
   EXPECT_LT(dual.complementarity.max, 1e-7) << "at " << dual.complementarity.at;
-  expect_basis_reproduces(lp, point);
+  if (point.exact_basis) expect_basis_reproduces(lp, point);
 }
 
 struct Tally {
+  int inexact = 0;  // points with a basis that does not belong to them
   int optimal = 0, infeasible = 0, proofs = 0, unbounded = 0, all_removed = 0;
   Offset applied = 0;
   Index rows = 0, cols = 0, rows_removed = 0, cols_removed = 0;
@@ -92,7 +93,9 @@ void check_against_oracle(const LpData& lp, const PresolveOptions& options, Tall
   tally.rows_removed += presolve.statistics().rows_removed;
   tally.cols_removed += presolve.statistics().cols_removed;
   EXPECT_NEAR(result.objective, expected.objective, 1e-7 * std::max(1.0, std::abs(expected.objective)));
-  expect_optimal(lp, presolve.postsolve(point_of(result)), expected.objective);
+  const PresolvePoint full = presolve.postsolve(point_of(result));
+  if (!full.exact_basis) ++tally.inexact;
+  expect_optimal(lp, full, expected.objective);
 }
 
 // Every reduction on its own, and again with the others: each must do something, and do it right.
@@ -112,6 +115,7 @@ TEST(Presolve, EveryReductionRoundTripsAlone) {
       if (HasFailure()) FAIL() << "stopped at the first failing trial";
     }
     EXPECT_GT(tally.applied, 50);
+    EXPECT_LE(tally.inexact, options.only == "sparsify" ? tally.optimal / 10 : 0);
   }
 }
 
@@ -139,6 +143,7 @@ TEST_P(PresolveRandom, AgreesWithOracle) {
   }
   EXPECT_GT(tally.optimal, parameters.trials / 4);
   EXPECT_GT(tally.proofs, 0.9 * tally.infeasible);
+  EXPECT_LE(tally.inexact, tally.optimal / 50);
   RecordProperty("rows_removed_percent", 100 * tally.rows_removed / std::max<Index>(1, tally.rows));
   RecordProperty("cols_removed_percent", 100 * tally.cols_removed / std::max<Index>(1, tally.cols));
   if (std::getenv("PRESOLVE_VERBOSE") != nullptr) {

@@ -1,0 +1,83 @@
+// Random nasty linear programs, each solved in every way there is: dual and primal simplex, double and extended
+// precision, with and without presolve. Each answer has to prove itself, and no two may contradict each other.
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <map>
+
+#include "differential/certificate.hpp"
+#include "differential/nasty_lp.hpp"
+#include "differential/trials.hpp"
+
+namespace zorvex::differential {
+namespace {
+
+constexpr long kUsualTrials = 1500;
+constexpr int kMaxShown = 20;
+
+struct Way {
+  int method;  // 0 primal, 1 dual
+  Precision precision;
+  int presolve;  // 2 with what is off by default
+};
+
+std::string name_of(const Way& way) {
+  return std::string(way.method == 0 ? "primal" : "dual") + (way.precision == Precision::kExtended ? " extended" : "") +
+         " presolve " + std::to_string(way.presolve);
+}
+
+std::vector<Way> all_ways() {
+  std::vector<Way> ways;
+  for (const int method : {1, 0}) {
+    for (const Precision precision : {Precision::kAutomatic, Precision::kExtended}) {
+      for (const int presolve : {0, -1, 2}) ways.push_back({method, precision, presolve});
+    }
+  }
+  return ways;
+}
+
+LpDriverResult solve(const LpData& lp, const Way& way) {
+  LpDriverOptions options;
+  options.method = way.method;
+  options.simplex.precision = way.precision;
+  options.presolve.level = way.presolve;
+  options.want_proofs = true;
+  if (way.presolve != 2) options.presolve.off = {"sparsify"};
+  QuietLog log;
+  return solve_lp(lp, options, nullptr, {}, log);
+}
+
+TEST(Differential, EveryWayGivesAProvenAnswerThatNoOtherContradicts) {
+  const Trials trials(kUsualTrials);
+  const std::vector<Way> ways = all_ways();
+  std::map<SolveStatus, long> statuses;
+  long numeric = 0;
+  int shown = 0;
+  for (long trial = trials.first; trial < trials.end && shown < kMaxShown; ++trial) {
+    RandomStream random(static_cast<std::uint64_t>(trial), "nasty lp");
+    const LpData lp = nasty_lp(random);
+    std::vector<LpDriverResult> results;
+    for (const Way& way : ways) {
+      results.push_back(solve(lp, way));
+      const std::string faults = faults_of(lp, results.back());
+      const std::string against = contradiction(lp, results.front(), results.back());
+      if (results.back().status == SolveStatus::kNumeric) {
+        ++numeric;
+        if (std::getenv("ZORVEX_VERBOSE") != nullptr)
+          std::printf("trial %ld, %s: numeric\n", trial, name_of(way).c_str());
+      }
+      if (faults.empty() && against.empty()) continue;
+      ADD_FAILURE() << "trial " << trial << ", " << name_of(way) << ": " << faults << (faults.empty() ? "" : "; ")
+                    << against;
+      ++shown;
+    }
+    ++statuses[results.front().status];
+  }
+  std::printf("%ld models: %ld optimal, %ld infeasible, %ld unbounded; %ld of %ld answers numeric\n",
+              trials.end - trials.first, statuses[SolveStatus::kOptimal], statuses[SolveStatus::kInfeasible],
+              statuses[SolveStatus::kUnbounded], numeric, (trials.end - trials.first) * static_cast<long>(ways.size()));
+  EXPECT_LE(numeric, (trials.end - trials.first) * static_cast<long>(ways.size()) / 200);
+}
+
+}  // namespace
+}  // namespace zorvex::differential
