@@ -13,6 +13,7 @@ constexpr int kStallLength = 200;       // degenerate steps in a row that count 
 constexpr double kDevexReset = 1e7;     // reference framework is renewed beyond this weight
 constexpr double kGoodPivotShare = 0.1;
 constexpr double kReducedCostMismatch = 1e-6;
+constexpr double kPatience = 2000, kPatienceShare = 20;  // steps, and per row and column, of one run
 }  // namespace
 
 template <class Real>
@@ -34,6 +35,7 @@ void PrimalSimplex<Real>::begin(const PrimalOptions& options) {
   rejected_.clear();
   phase1_ = bounds_changed_ = false;
   degenerate_steps_ = 0;
+  run_steps_ = 0;
 }
 
 template <class Real>
@@ -79,6 +81,8 @@ SimplexOutcome PrimalSimplex<Real>::solve() {
       case Step::kUnbounded:
         if (!core_.fresh) break;
         return SimplexOutcome::kUnbounded;
+      case Step::kGivenUp:
+        return SimplexOutcome::kOtherAlgorithm;
       default:
         break;
     }
@@ -347,6 +351,7 @@ void PrimalSimplex<Real>::note_step(Real step) {
 template <class Real>
 typename PrimalSimplex<Real>::Step PrimalSimplex<Real>::iterate() {
   if (core_.needs_refactor()) return Step::kRebuild;
+  if (++run_steps_ > kPatience + kPatienceShare * core_.num_vars()) return Step::kGivenUp;
   if (core_.stop->stop_requested() || core_.iterations + core_.iteration_offset >= core_.iteration_limit) {
     return Step::kStopped;
   }

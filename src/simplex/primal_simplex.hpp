@@ -22,11 +22,12 @@ class PrimalSimplex {
  public:
   explicit PrimalSimplex(SimplexCore<Real>& core);
 
-  // Runs from the basis in the core. kOtherAlgorithm: optimal for perturbed bounds, but primal infeasible without them.
+  // Runs from the basis in the core. kOtherAlgorithm: optimal for perturbed bounds, but primal infeasible without them,
+  // or the run goes on for far longer than runs do: it cycles.
   SimplexOutcome run(const PrimalOptions& options);
 
  private:
-  enum class Step { kContinue, kRebuild, kNoEntering, kUnbounded, kStopped };
+  enum class Step { kContinue, kRebuild, kNoEntering, kUnbounded, kStopped, kGivenUp };
   struct Breakpoint {
     Index position;
     Real step;   // length at which the basic variable meets the bound
@@ -71,6 +72,7 @@ class PrimalSimplex {
   bool phase1_ = false;
   bool bounds_changed_ = false;
   int degenerate_steps_ = 0;
+  double run_steps_ = 0;
   bool ray_up_ = true;
 };
 

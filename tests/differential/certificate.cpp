@@ -52,8 +52,14 @@ Proof proof_of(const LpData& lp, const LpDriverResult& result) {
   return {gap, slack};
 }
 
-// The same for a ray: its descent, and what duals within the tolerances allow.
-Proof descent_of(const LpData& lp, const LpDriverResult& result) {
+double outside_cone(double direction, double lower, double upper) {
+  if (direction < 0 && std::isfinite(lower)) return -direction;
+  return direction > 0 && std::isfinite(upper) ? direction : 0;
+}
+
+// The same for a ray: its descent, and what duals within the tolerances allow, with those of an optimum in between to
+// weigh what the ray leaves of the constraints.
+Proof descent_of(const LpData& lp, const LpDriverResult& result, const LpPoint& optimum) {
   double largest = 0;
   for (const double r : result.ray) largest = std::max(largest, std::abs(r));
   std::vector<double> activity(lp.row_lower.size(), 0);
@@ -62,8 +68,14 @@ Proof descent_of(const LpData& lp, const LpDriverResult& result) {
       activity[lp.matrix.index[k]] += lp.matrix.value[k] * result.ray[col];
     }
   }
-  return {largest * ray_descent(oracle::view_of(lp), result.ray, 1e-9),
-          kTolerance * (sum_of_magnitudes(result.ray) + sum_of_magnitudes(activity))};
+  double slack = kTolerance * (sum_of_magnitudes(result.ray) + sum_of_magnitudes(activity));
+  for (std::size_t i = 0; i < optimum.pi.size(); ++i) {
+    slack += std::abs(optimum.pi[i]) * outside_cone(activity[i], lp.row_lower[i], lp.row_upper[i]);
+  }
+  for (std::size_t j = 0; j < optimum.reduced_cost.size(); ++j) {
+    slack += std::abs(optimum.reduced_cost[j]) * outside_cone(result.ray[j], lp.col_lower[j], lp.col_upper[j]);
+  }
+  return {largest * ray_descent(oracle::view_of(lp), result.ray, 1e-9), slack};
 }
 
 std::string faults_of_point(const LpData& lp, const LpDriverResult& result) {
@@ -96,7 +108,7 @@ std::string faults_of(const LpData& lp, const LpDriverResult& result) {
     }
     case SolveStatus::kUnbounded: {
       if (result.ray.size() != lp.cost.size()) return "no ray";
-      return descent_of(lp, result).gap > 0 ? "" : "the ray leads nowhere";
+      return descent_of(lp, result, {}).gap > 0 ? "" : "the ray leads nowhere";
     }
     case SolveStatus::kNumeric:
       return "";  // an honest answer: the caller counts it
@@ -126,7 +138,7 @@ std::string contradiction(const LpData& lp, const LpDriverResult& a, const LpDri
     }
   }
   const LpDriverResult& unbounded = a.status == SolveStatus::kUnbounded ? a : b;
-  const Proof descent = descent_of(lp, unbounded);
+  const Proof descent = descent_of(lp, unbounded, (&unbounded == &a ? b : a).point);
   return descent.gap <= descent.slack ? "" : "unbounded against optimal";
 }
 

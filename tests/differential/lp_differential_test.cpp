@@ -36,6 +36,21 @@ std::vector<Way> all_ways() {
   return ways;
 }
 
+bool verbose() { return std::getenv("ZORVEX_VERBOSE") != nullptr; }
+
+void print_model(const LpData& lp) {
+  for (Index row = 0; row < lp.num_rows(); ++row) {
+    std::printf("row %d in [%.17g, %.17g]\n", row, lp.row_lower[row], lp.row_upper[row]);
+  }
+  for (Index col = 0; col < lp.num_cols(); ++col) {
+    std::printf("column %d in [%.17g, %.17g], cost %.17g:", col, lp.col_lower[col], lp.col_upper[col], lp.cost[col]);
+    for (Offset k = lp.matrix.begin(col); k < lp.matrix.end(col); ++k) {
+      std::printf(" (%d) %.17g", lp.matrix.index[k], lp.matrix.value[k]);
+    }
+    std::printf("\n");
+  }
+}
+
 LpDriverResult solve(const LpData& lp, const Way& way) {
   LpDriverOptions options;
   options.method = way.method;
@@ -69,6 +84,7 @@ TEST(Differential, EveryWayGivesAProvenAnswerThatNoOtherContradicts) {
       if (faults.empty() && against.empty()) continue;
       ADD_FAILURE() << "trial " << trial << ", " << name_of(way) << ": " << faults << (faults.empty() ? "" : "; ")
                     << against;
+      if (verbose()) print_model(lp);
       ++shown;
     }
     ++statuses[results.front().status];
