@@ -42,4 +42,35 @@ struct PresolveTolerances {
   static constexpr double kProofDrop = 1e-9;
 };
 
+// --- barrier: on the scaled model unless said otherwise ---
+struct BarrierTolerances {
+  // Bounds this close, relative above 1, fix a column or make a row an equation; unscaled.
+  static constexpr double kFixedWidth = 1e-12;
+  // Pivots below this share of the diagonal they came from are what rounding left of zero.
+  static constexpr double kDeadPivot = 1e-15;
+  // The augmented system replaces the normal equations when it takes less than this share of the operations: its
+  // supernodes are smaller.
+  static constexpr double kAugmentedPays = 0.5;
+  // Residuals of a Newton step that are always good enough; relative to the right-hand side above 1.
+  static constexpr double kStepGoal = 1e-10;
+  // Newton steps whose residual misses its goal by this factor are solved again with other regularization.
+  static constexpr double kPoorStep = 1e3;
+  // Regularization of the Hessian and of the rows: to begin with, and its limits.
+  static constexpr double kRegularization = 1e-8;
+  static constexpr double kMinRegularization = 1e-13;
+  static constexpr double kMaxRegularization = 1e-5;
+  // Share of the way to the boundary that a step goes at most.
+  static constexpr double kStepToBoundary = 0.9995;
+  // Residuals, relative to the data, that count as converged; unscaled.
+  static constexpr double kResidual = 1e-8;
+  // A point whose relative residuals and gap are all below this is worth returning when progress ends.
+  static constexpr double kUsable = 1e-4;
+  // What rounding leaves of zero in a factorization of Q scaled to a unit diagonal.
+  static constexpr double kConvexityNoise = 1e-12;
+  // Smaller adjustments of Q's diagonal are not counted; unscaled.
+  static constexpr double kCountedAdjustment = 1e-10;
+  // Steps below this length make no progress.
+  static constexpr double kTinyStep = 1e-5;
+};
+
 }  // namespace zorvex

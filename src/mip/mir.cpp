@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <utility>
 
 namespace zorvex {
 
@@ -353,19 +352,16 @@ void MirCutter::build(const AggregatedRow& row, double scale, Cut& cut) {
   clear_output();
 }
 
-bool MirCutter::separate(const AggregatedRow& row, CutType type, bool both_signs, std::vector<Cut>& found) {
-  const std::size_t before = found.size();
+bool MirCutter::separate(const AggregatedRow& row, bool one_sign, Cut& cut) {
   for (const double sign : {1.0, -1.0}) {
+    if (sign < 0 && one_sign) break;
     if (!substitute(row, sign)) continue;
     const double scale = best_scale();
     if (scale == 0) continue;
-    Cut cut;
     build(row, scale, cut);
-    cut.type = type;
-    found.push_back(std::move(cut));
-    if (!both_signs) break;
+    return true;
   }
-  return found.size() > before;
+  return false;
 }
 
 }  // namespace zorvex

@@ -78,15 +78,20 @@ void report_model(ZLPmodel& model) {
   }
 }
 
-int refuse_quadratic(ZLPmodel& model) {
+int refuse_quadratic_mip(ZLPmodel& model) {
+  set_model_error(&model, kErrorDataNotAvailable, true,
+                  "Quadratic objectives are not supported for models with integer variables or SOS constraints");
+  return kErrorDataNotAvailable;
+}
+
+// Quadratic models have one engine so far, whatever Method says.
+void report_quadratic_method(ZLPmodel& model) {
   const int method = param<Param::Method>(*model.env);
   if (method == 3 || method == 4) {
     log_printf(model.env, "WARNING: Concurrent optimizer not supported for QP models\n");
     log_printf(model.env, "         Using dual simplex\n");
   }
-  set_model_error(&model, kErrorDataNotAvailable, true,
-                  "Quadratic objectives are not supported by the available algorithms");
-  return kErrorDataNotAvailable;
+  if (method != 2 && method != -1) log_printf(model.env, "Quadratic objective: solving with barrier\n");
 }
 
 // Time and listener of one call of optimize.
@@ -120,6 +125,12 @@ int solve_continuous(ZLPmodel& model, const Call& call) {
   if (param<Param::ZORV_PAR_WRITEPREMODEL>(env) != 0) {
     options.dump_presolved = [&model](const LpData& reduced) { dump_presolved(*model.env, reduced, model.data.sense); };
   }
+  std::optional<BarrierEngine> barrier;
+  if (lp.is_quadratic() || options.method == 2) {
+    barrier.emplace(make_barrier_options(env, model.data.sense, call.start_time));
+    options.engine = &*barrier;
+  }
+  if (lp.is_quadratic()) report_quadratic_method(model);
   LpDriverResult result =
       solve_lp(lp, options, start.empty() ? nullptr : &start, make_stop_token(env, call.start_time, call.hooks), log);
   const int error = call.code(result.error);
@@ -198,9 +209,9 @@ int run(ZLPmodel& model) {
   apply_pending_changes(model);
   report_model(model);
   dump_for_debugging(model);
-  if (!model.data.quadratic.empty()) {
+  if (!model.data.quadratic.empty() && model.data.is_mip()) {
     discard_results(model, true);
-    return refuse_quadratic(model);
+    return refuse_quadratic_mip(model);
   }
   const int code = solve(model, call);
   if (code == kOk) write_result_file(model);
@@ -213,6 +224,8 @@ int optimize_model(ZLPmodel& model) noexcept {
   const int code = code_of([&] { return run(model); });
   if (code == kErrorOutOfMemory) {
     set_model_error(&model, code, true, "Optimization exhausted available memory");
+  } else if (code == kErrorQNotPsd) {
+    set_model_error(&model, code, true, "Q not positive semi-definite (PSD)");
   } else {
     set_default_message(&model, code);
   }

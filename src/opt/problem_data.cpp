@@ -17,6 +17,39 @@ SparseMatrix user_matrix(const ModelData& data) {
   return matrix;
 }
 
+// Lower triangle of the symmetric part of the terms, times `sense`; entries that cancel are left out.
+SparseMatrix quadratic_matrix(const ModelData& data) {
+  struct Entry {
+    Index row, col;
+    double value;
+  };
+  std::vector<Entry> entries;
+  entries.reserve(data.quadratic.size());
+  for (const QuadraticTerm& term : data.quadratic) {
+    const double share = term.first == term.second ? 1.0 : 0.5;
+    entries.push_back(
+        {std::max(term.first, term.second), std::min(term.first, term.second), data.sense * share * term.value});
+  }
+  std::stable_sort(entries.begin(), entries.end(),
+                   [](const Entry& a, const Entry& b) { return a.col != b.col ? a.col < b.col : a.row < b.row; });
+  SparseMatrix q;
+  q.num_rows = q.num_cols = data.num_cols();
+  q.start.assign(static_cast<std::size_t>(q.num_cols) + 1, 0);
+  for (std::size_t k = 0; k < entries.size();) {
+    const Entry& first = entries[k];
+    Extended sum = 0;
+    for (; k < entries.size() && entries[k].row == first.row && entries[k].col == first.col; ++k) {
+      sum += entries[k].value;
+    }
+    if (sum == 0) continue;
+    q.index.push_back(first.row);
+    q.value.push_back(static_cast<double>(sum));
+    q.start[first.col + 1] = static_cast<Offset>(q.index.size());
+  }
+  for (Index col = 0; col < q.num_cols; ++col) q.start[col + 1] = std::max(q.start[col + 1], q.start[col]);
+  return q;
+}
+
 std::vector<BasisStatus> basis_statuses(const std::vector<int>& codes) {
   std::vector<BasisStatus> statuses;
   statuses.reserve(codes.size());
@@ -29,6 +62,7 @@ std::vector<BasisStatus> basis_statuses(const std::vector<int>& codes) {
 LpData make_lp_data(const ModelData& data) {
   LpData lp;
   lp.matrix = user_matrix(data);
+  if (!data.quadratic.empty()) lp.quadratic = quadratic_matrix(data);
   lp.offset = data.sense < 0 ? -data.obj_con : data.obj_con;
   lp.cost.resize(data.obj.size());
   lp.col_lower.resize(data.obj.size());

@@ -7,7 +7,8 @@
 
 namespace zorvex {
 
-// The continuous part of the model: objective and offset negated for maximisation, '>' rows as the user wrote them.
+// The continuous part of the model with its quadratic terms: objective and offset negated for maximisation, '>' rows as
+// the user wrote them.
 LpData make_lp_data(const ModelData& data);
 
 // With column types, SOS sets, priorities and the MIP start.

@@ -159,6 +159,7 @@ void publish_lp(ZLPmodel& model, const LpData& lp, LpDriverResult&& result, doub
   solution.status = result.status;
   solution.solved = true;
   solution.iter_count = result.iterations;
+  solution.bar_iter_count = result.barrier_iterations;
   if (holds_result_point(lp, result, feasibility_tol)) publish_point(model, result);
   if (result.has_basis && result.basis.col.size() == lp.cost.size()) {
     publish_basis(model, result.basis);

@@ -4,6 +4,8 @@
 #include <initializer_list>
 #include <string_view>
 
+#include "env/processors.hpp"
+
 namespace zorvex {
 
 namespace {
@@ -75,6 +77,27 @@ LpDriverOptions make_lp_options(const ZLPenv& env, int sense, double start_time)
   options.method = param<Param::Method>(env);
   options.sense = sense;
   options.want_proofs = param<Param::InfUnbdInfo>(env) != 0;
+  return options;
+}
+
+BarrierEngineOptions make_barrier_options(const ZLPenv& env, int sense, double start_time) {
+  BarrierEngineOptions options;
+  BarrierOptions& barrier = options.barrier;
+  barrier.primal_feasibility_tol = param<Param::FeasibilityTol>(env);
+  barrier.dual_feasibility_tol = param<Param::OptimalityTol>(env);
+  barrier.convergence_tol = param<Param::BarConvTol>(env);
+  barrier.iteration_limit = param<Param::BarIterLimit>(env);
+  barrier.correctors = param<Param::BarCorrectors>(env);
+  barrier.ordering = param<Param::BarOrder>(env);
+  const int threads = param<Param::Threads>(env);
+  barrier.threads = threads > 0 ? threads : count_logical_processors();
+  barrier.psd_tol = param<Param::PSDTol>(env);
+  barrier.sense = sense;
+  barrier.log_start_time = start_time;
+  options.crossover.crossover = param<Param::Crossover>(env);
+  options.crossover.crossover_basis = param<Param::CrossoverBasis>(env);
+  options.crossover.simplex = simplex_options(env, start_time);
+  options.crossover.simplex.sense = sense;
   return options;
 }
 

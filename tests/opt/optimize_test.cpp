@@ -372,27 +372,97 @@ TEST(Optimize, ChangesBetweenSolves) {
   EXPECT_NEAR(12, dbl_attr(model.get(), "ObjVal"), kTol);
 }
 
-TEST(Optimize, QuadraticModelsAreRefused) {
+// sense * (x^2 + y^2 + x + y), x + y >= 1, with the linear part as given.
+Model quadratic_model(ZLPenv* env, int sense, double curvature) {
+  const double s = sense;
+  Model model = build(env, {sense, {s, s}, {{{1, 1}, '>', 1}}});
+  const int ind[] = {0, 1};
+  const double val[] = {curvature * s, curvature * s};
+  EXPECT_EQ(0, ZLPaddqpterms(model.get(), 2, ind, ind, val));
+  return model;
+}
+
+TEST(Optimize, QuadraticModels) {
   const auto env = quiet_env();
-  for (const int method : {-1, 3, 4}) {
-    const Model model = build(env.get(), {1, {1, 1}, {{{1, 1}, '>', 1}}});
-    const int ind[] = {0, 1};
-    const double val[] = {2, 2};
-    ASSERT_EQ(0, ZLPaddqpterms(model.get(), 2, ind, ind, val));
-    ASSERT_EQ(0, ZLPsetintparam(ZLPgetenv(model.get()), "OutputFlag", 1));
-    ASSERT_EQ(0, ZLPsetintparam(ZLPgetenv(model.get()), "Method", method));
-    const std::string expected = std::string(
-                                     "Optimize a model with 1 rows, 2 columns and 2 nonzeros\n"
-                                     "Model has 2 quadratic terms\n") +
-                                 (method < 3 ? ""
-                                             : "WARNING: Concurrent optimizer not supported for QP models\n"
-                                               "         Using dual simplex\n");
-    EXPECT_EQ(expected, printed([&] { EXPECT_EQ(10005, ZLPoptimize(model.get())); }));
-    EXPECT_STREQ("Quadratic objectives are not supported by the available algorithms", ZLPgetmerrormsg(model.get()));
-    EXPECT_EQ(ZLP_LOADED, int_attr(model.get(), "Status"));
-    ASSERT_EQ(0, ZLPdelq(model.get()));
-    printed([&] { EXPECT_EQ(0, ZLPoptimize(model.get())); });
+  for (const int sense : {1, -1}) {
+    for (const int method : {-1, 0, 1, 2, 3, 4}) {
+      const Model model = quadratic_model(env.get(), sense, 2);
+      ASSERT_EQ(0, ZLPsetintparam(ZLPgetenv(model.get()), "Method", method));
+      ASSERT_EQ(0, ZLPoptimize(model.get()));
+      EXPECT_EQ(ZLP_OPTIMAL, int_attr(model.get(), "Status"));
+      EXPECT_NEAR(sense * 1.5, dbl_attr(model.get(), "ObjVal"), kTol);
+      EXPECT_LT(0, int_attr(model.get(), "BarIterCount"));
+      double x[2], pi = 0, rc[2];
+      ASSERT_EQ(0, ZLPgetdblattrarray(model.get(), "X", 0, 2, x));
+      ASSERT_EQ(0, ZLPgetdblattrarray(model.get(), "RC", 0, 2, rc));
+      ASSERT_EQ(0, ZLPgetdblattrelement(model.get(), "Pi", 0, &pi));
+      for (int k = 0; k < 2; ++k) {
+        EXPECT_NEAR(0.5, x[k], kTol);
+        EXPECT_NEAR(0, rc[k], kTol) << "the gradient 2x + 1 less the row's share";
+      }
+      EXPECT_NEAR(sense * 2, pi, kTol);
+      EXPECT_LE(dbl_attr(model.get(), "DualVio"), kTol);
+      EXPECT_LE(dbl_attr(model.get(), "ComplVio"), kTol);
+    }
+  }
+}
+
+TEST(Optimize, QuadraticModelsThatCannotBeSolved) {
+  const auto env = quiet_env();
+  const Model concave = quadratic_model(env.get(), 1, -2);
+  EXPECT_EQ(10020, ZLPoptimize(concave.get()));
+  EXPECT_STREQ("Q not positive semi-definite (PSD)", ZLPgetmerrormsg(concave.get()));
+  EXPECT_EQ(ZLP_LOADED, int_attr(concave.get(), "Status"));
+  const Model integer = quadratic_model(env.get(), 1, 2);
+  ASSERT_EQ(0, ZLPsetcharattrelement(integer.get(), "VType", 0, 'I'));
+  EXPECT_EQ(10005, ZLPoptimize(integer.get()));
+  EXPECT_STREQ("Quadratic objectives are not supported for models with integer variables or SOS constraints",
+               ZLPgetmerrormsg(integer.get()));
+  ASSERT_EQ(0, ZLPdelq(integer.get()));
+  EXPECT_EQ(0, ZLPoptimize(integer.get()));
+  EXPECT_EQ(ZLP_OPTIMAL, int_attr(integer.get(), "Status"));
+  // minimise x^2 - y: falls along y.
+  const Model unbounded = build(env.get(), {1, {0, -1}, {{{1, 1}, '>', 1}}});
+  const int first = 0;
+  const double two = 2;
+  ASSERT_EQ(0, ZLPaddqpterms(unbounded.get(), 1, &first, &first, &two));
+  ASSERT_EQ(0, ZLPoptimize(unbounded.get()));
+  EXPECT_EQ(ZLP_UNBOUNDED, int_attr(unbounded.get(), "Status"));
+  const Model infeasible = build(env.get(), {1, {0, -1}, {{{1, 1}, '>', 1}, {{2, 2}, '<', 1}}});
+  ASSERT_EQ(0, ZLPaddqpterms(infeasible.get(), 1, &first, &first, &two));
+  ASSERT_EQ(0, ZLPoptimize(infeasible.get()));
+  EXPECT_EQ(ZLP_INFEASIBLE, int_attr(infeasible.get(), "Status"));
+}
+
+TEST(Optimize, QuadraticModelsSayWhichMethod) {
+  const auto env = quiet_env();
+  const Model model = quadratic_model(env.get(), 1, 2);
+  ASSERT_EQ(0, ZLPsetintparam(ZLPgetenv(model.get()), "OutputFlag", 1));
+  ASSERT_EQ(0, ZLPsetintparam(ZLPgetenv(model.get()), "Method", 3));
+  const std::string log = printed([&] { EXPECT_EQ(0, ZLPoptimize(model.get())); });
+  EXPECT_EQ(0u, log.find("Optimize a model with 1 rows, 2 columns and 2 nonzeros\n"
+                         "Model has 2 quadratic terms\n"
+                         "WARNING: Concurrent optimizer not supported for QP models\n"
+                         "         Using dual simplex\n"))
+      << log;
+  EXPECT_NE(std::string::npos, log.find("\nQ statistics:\n Q NZ       : 2.000e+00\n")) << log;
+}
+
+// Without crossover the interior solution is the result: optimal within tolerances, no basis.
+TEST(Optimize, BarrierWithAndWithoutCrossover) {
+  const auto env = quiet_env();
+  for (const int crossover : {-1, 0}) {
+    const Model model =
+        build(env.get(), {-1, {3, 2, 4}, {{{1, 1, 2}, '<', 4}, {{2, 0, 3}, '<', 5}, {{2, 1, 3}, '<', 7}}});
+    ASSERT_EQ(0, ZLPsetintparam(ZLPgetenv(model.get()), "Method", 2));
+    ASSERT_EQ(0, ZLPsetintparam(ZLPgetenv(model.get()), "Presolve", 0));
+    ASSERT_EQ(0, ZLPsetintparam(ZLPgetenv(model.get()), "Crossover", crossover));
+    ASSERT_EQ(0, ZLPoptimize(model.get()));
     EXPECT_EQ(ZLP_OPTIMAL, int_attr(model.get(), "Status"));
+    EXPECT_NEAR(10.5, dbl_attr(model.get(), "ObjVal"), 1e-5);
+    EXPECT_LT(0, int_attr(model.get(), "BarIterCount"));
+    int status = 0;
+    EXPECT_EQ(crossover == 0 ? 10005 : 0, ZLPgetintattrelement(model.get(), "VBasis", 0, &status));
   }
 }
 

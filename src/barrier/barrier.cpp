@@ -1,0 +1,243 @@
+#include "barrier/barrier.hpp"
+
+#include <algorithm>
+#include <cmath>
+#include <new>
+
+#include "barrier/barrier_log.hpp"
+#include "barrier/barrier_model.hpp"
+#include "barrier/convexity.hpp"
+#include "barrier/interior_point.hpp"
+#include "barrier/newton_system.hpp"
+#include "base/solve_hooks.hpp"
+#include "base/tolerances.hpp"
+#include "base/worker_pool.hpp"
+#include "linalg/blas_session.hpp"
+
+namespace zorvex {
+
+namespace {
+
+constexpr double kAssumedRate = 4e9;  // multiplications a second and thread, for the prediction in the log
+constexpr int kPatience = 30;         // iterations without a better point before giving up
+constexpr int kPolishIterations = 6;  // after convergence relative to the data, towards the absolute tolerances
+constexpr int kTinySteps = 4;         // in a row, before giving up
+constexpr double kLostGround = 1e4;   // times worse than the best point: the iteration has broken down
+constexpr double kDivergence = 1e3;   // likewise before anything was usable, against the start
+
+// Correctors by the cost of a factorization against that of a solve (Gondzio 1996, section 4).
+int automatic_correctors(const NewtonStatistics& statistics) {
+  const double ratio = statistics.factor_operations / std::max(1.0, 4 * statistics.factor_nonzeros);
+  return ratio > 50 ? 3 : ratio > 30 ? 2 : ratio > 10 ? 1 : 0;
+}
+
+class Barrier {
+ public:
+  Barrier(const LpData& lp, const BarrierOptions& options, const StopToken& stop, LogSink& log)
+      : lp_(&lp), options_(options), stop_(stop), log_(log), pool_(options.threads), start_(now_seconds()) {
+    if (options_.log_start_time <= 0) options_.log_start_time = start_;
+  }
+
+  BarrierResult run();
+
+ private:
+  bool check_q();
+  bool prepare();
+  void report_statistics();
+  void iterate(InteriorPointMethod& method);
+  bool ends(const InteriorPointMethod& method, const Progress& progress);
+  bool converged(const Progress& progress);
+  void keep_if_better(const InteriorPointMethod& method, const Progress& progress);
+  void finish();
+  void report_iteration(const Progress& progress);
+
+  const LpData* lp_;
+  LpData adjusted_;  // with a repaired Q, when it had to be
+  BarrierOptions options_;
+  const StopToken& stop_;
+  LogSink& log_;
+  BlasSession blas_;
+  WorkerPool pool_;
+  BarrierModel model_;
+  std::unique_ptr<NewtonSystem> newton_;
+  BarrierResult result_;
+  double start_;
+  // The best point so far, and since when.
+  Iterate best_;
+  Progress best_progress_;
+  double best_merit_ = kInf, first_merit_ = kInf;
+  bool has_best_ = false;
+  int best_iteration_ = 0, converged_iteration_ = -1, tiny_steps_ = 0;
+};
+
+BarrierResult Barrier::run() {
+  try {
+    if (check_q() && prepare()) {
+      InteriorPointMethod method(
+          model_, *newton_,
+          options_.correctors >= 0 ? options_.correctors : automatic_correctors(newton_->statistics()));
+      iterate(method);
+      finish();
+    }
+  } catch (const std::bad_alloc&) {
+    result_.error = kErrorOutOfMemory;
+  }
+  result_.seconds = now_seconds() - start_;
+  print_termination(log_, result_.status, result_.error, result_.iterations, now_seconds() - options_.log_start_time,
+                    options_.sense * result_.primal_objective);
+  return std::move(result_);
+}
+
+// False when the solve ends here.
+bool Barrier::check_q() {
+  if (!lp_->is_quadratic()) return true;
+  const ConvexityCheck check = check_convexity(lp_->quadratic, stop_);
+  result_.status = check.stopped;
+  if (check.stopped != SolveStatus::kLoaded) return false;
+  if (check.largest > options_.psd_tol) {
+    log_.print("Q matrix not PSD (diagonal adjustment of %.1e would be required)\n", check.largest);
+    result_.error = kErrorQNotPsd;
+    return false;
+  }
+  if (check.largest == 0) return true;
+  log_.print("Warning: diagonal adjustment of %.1e performed to make Q PSD\n", check.largest);
+  log_.diagnose("Modified %d Q diagonals\n", check.count);
+  adjusted_ = *lp_;
+  add_to_diagonal(adjusted_.quadratic, check.adjustment);
+  lp_ = &adjusted_;
+  return true;
+}
+
+bool Barrier::prepare() {
+  model_ = make_barrier_model(*lp_);
+  if (!model_.is_consistent) {
+    result_.status = SolveStatus::kNumeric;
+    return false;
+  }
+  newton_ = std::make_unique<NewtonSystem>(model_, pool_);
+  const double begin = now_seconds();
+  result_.status = newton_->analyze(options_.ordering, stop_);
+  if (result_.status != SolveStatus::kLoaded) return false;
+  log_.print("Ordering time: %.2fs\n", now_seconds() - begin);
+  report_statistics();
+  return true;
+}
+
+void Barrier::report_statistics() {
+  if (!log_.enabled()) return;
+  const NewtonStatistics& from = newton_->statistics();
+  BarrierStatistics shown;
+  shown.quadratic = lp_->is_quadratic();
+  shown.dense_cols = from.dense_cols;
+  shown.free_vars = model_.num_free;
+  shown.matrix_nonzeros = from.normal_nonzeros / 2;
+  if (shown.quadratic) {
+    shown.matrix_nonzeros = 0;
+    for (Index col = 0; col < lp_->quadratic.num_cols; ++col) {
+      for (Offset k = lp_->quadratic.begin(col); k < lp_->quadratic.end(col); ++k) {
+        shown.matrix_nonzeros += lp_->quadratic.index[k] == col ? 1 : 2;
+      }
+    }
+  }
+  shown.factor_nonzeros = from.factor_nonzeros;
+  shown.factor_operations = from.factor_operations;
+  shown.megabytes = from.bytes / 1e6;
+  shown.seconds_per_iteration = from.factor_operations / (kAssumedRate * pool_.size());
+  shown.threads = pool_.size();
+  print_statistics(log_, shown);
+}
+
+void Barrier::report_iteration(const Progress& progress) {
+  print_iteration(log_, result_.iterations, progress, options_.sense, now_seconds() - options_.log_start_time);
+  if (stop_.hooks() == nullptr || !log_.enabled()) return;
+  stop_.hooks()->barrier({result_.iterations, progress.primal_objective, progress.dual_objective,
+                          progress.primal_residual, progress.dual_residual, progress.complementarity});
+}
+
+// Relative to the data first; then a few more iterations try to reach the absolute tolerances as well.
+bool Barrier::converged(const Progress& progress) {
+  if (progress.merit(options_.convergence_tol) > 1) return false;
+  if (progress.primal_residual <= 0.5 * options_.primal_feasibility_tol &&
+      progress.dual_residual <= 0.5 * options_.dual_feasibility_tol) {
+    return true;
+  }
+  if (converged_iteration_ < 0) converged_iteration_ = result_.iterations;
+  return result_.iterations >= converged_iteration_ + kPolishIterations;
+}
+
+void Barrier::keep_if_better(const InteriorPointMethod& method, const Progress& progress) {
+  const double merit = progress.merit(options_.convergence_tol);
+  if (result_.iterations == 0) first_merit_ = merit;
+  if (!(merit < best_merit_) && result_.iterations > 0) return;
+  if (merit < 0.9 * best_merit_) best_iteration_ = result_.iterations;
+  has_best_ = true;
+  best_merit_ = merit;
+  best_ = method.iterate();
+  best_progress_ = progress;
+}
+
+// Sets the status when the iteration is over.
+bool Barrier::ends(const InteriorPointMethod& method, const Progress& progress) {
+  result_.status = stop_.poll();
+  if (result_.status != SolveStatus::kLoaded) return true;
+  if (converged(progress)) {
+    result_.status = SolveStatus::kOptimal;
+    return true;
+  }
+  if (progress.relative_dual <= BarrierTolerances::kResidual && progress.dual_objective > options_.cutoff) {
+    result_.status = SolveStatus::kCutoff;
+    return true;
+  }
+  if (result_.iterations >= options_.iteration_limit) {
+    result_.status = SolveStatus::kIterationLimit;
+    return true;
+  }
+  tiny_steps_ = method.last_step() < BarrierTolerances::kTinyStep ? tiny_steps_ + 1 : 0;
+  const double merit = progress.merit(options_.convergence_tol);
+  const bool broken = merit > kLostGround * best_merit_ || merit > kDivergence * first_merit_ || std::isnan(merit);
+  if (tiny_steps_ < kTinySteps && !broken && result_.iterations < best_iteration_ + kPatience) return false;
+  result_.status = SolveStatus::kNumeric;  // finish() looks what the best point is worth
+  return true;
+}
+
+void Barrier::iterate(InteriorPointMethod& method) {
+  result_.status = method.start(stop_);
+  if (result_.status != SolveStatus::kLoaded) return;
+  print_iteration_header(log_, options_.root_log);
+  while (true) {
+    const Progress progress = method.measure();
+    report_iteration(progress);
+    keep_if_better(method, progress);
+    if (ends(method, progress)) return;
+    const SolveStatus status = method.step(stop_);
+    if (status != SolveStatus::kLoaded) {
+      result_.status = status;
+      return;
+    }
+    ++result_.iterations;
+  }
+}
+
+void Barrier::finish() {
+  if (!has_best_) return;
+  if (result_.status == SolveStatus::kNumeric) {
+    if (best_merit_ <= 1) {
+      result_.status = SolveStatus::kOptimal;
+    } else if (best_progress_.worst() <= BarrierTolerances::kUsable) {
+      result_.status = SolveStatus::kSuboptimal;
+    }
+  }
+  result_.point = user_point(*lp_, model_, best_.v, best_.y);
+  result_.primal_objective = best_progress_.primal_objective;
+  result_.dual_objective = best_progress_.dual_objective;
+  result_.primal_residual = best_progress_.primal_residual;
+  result_.dual_residual = best_progress_.dual_residual;
+}
+
+}  // namespace
+
+BarrierResult solve_barrier(const LpData& lp, const BarrierOptions& options, const StopToken& stop, LogSink& log) {
+  return Barrier(lp, options, stop, log).run();
+}
+
+}  // namespace zorvex

@@ -1,0 +1,81 @@
+#include "barrier/barrier_engine.hpp"
+
+#include <utility>
+
+#include "barrier/barrier_log.hpp"
+#include "barrier/quadratic_proofs.hpp"
+
+namespace zorvex {
+
+namespace {
+
+EngineAnswer answer_of(CrossoverResult&& result) {
+  EngineAnswer answer;
+  answer.status = result.status;
+  answer.point = std::move(result.point);
+  answer.basis = std::move(result.basis);
+  answer.iterations = result.iterations;
+  answer.farkas = std::move(result.farkas);
+  answer.farkas_violation = result.farkas_violation;
+  answer.ray = std::move(result.ray);
+  answer.extended_precision = result.extended_precision;
+  return answer;
+}
+
+EngineAnswer solve_by_simplex(const LpData& lp, const SimplexOptions& options, const SimplexLimits& limits,
+                              const StopToken& stop, LogSink& log) {
+  LpSolver solver(lp, options, log);
+  solver.solve(limits, stop);
+  EngineAnswer answer;
+  answer.status = solver.status();
+  answer.point = solver.point();
+  answer.basis = solver.basis();
+  answer.iterations = solver.iterations();
+  answer.farkas = solver.farkas();
+  answer.farkas_violation = solver.farkas_violation();
+  answer.ray = solver.ray();
+  answer.extended_precision = solver.extended_precision();
+  return answer;
+}
+
+EngineAnswer interior_answer(BarrierResult&& result) {
+  EngineAnswer answer;
+  answer.status = result.status;
+  answer.error = result.error;
+  answer.point = std::move(result.point);
+  answer.reported = true;
+  return answer;
+}
+
+}  // namespace
+
+EngineAnswer BarrierEngine::solve(const LpData& lp, const SimplexLimits& limits, const StopToken& stop, LogSink& log) {
+  BarrierOptions barrier = options_.barrier;
+  barrier.cutoff = limits.objective;
+  BarrierResult result = solve_barrier(lp, barrier, stop, log);
+  const int barrier_iterations = result.iterations;
+  const bool has_point = result.status == SolveStatus::kOptimal || result.status == SolveStatus::kSuboptimal;
+  EngineAnswer answer;
+  if (result.error != kOk || (!has_point && result.status != SolveStatus::kNumeric)) {
+    answer = interior_answer(std::move(result));
+  } else if (lp.is_quadratic()) {
+    answer = has_point ? interior_answer(std::move(result))
+                       : prove_no_solution(lp, options_.crossover.simplex, stop, std::move(result.point));
+  } else if (!has_point) {
+    answer = solve_by_simplex(lp, options_.crossover.simplex, limits, stop, log);
+  } else if (options_.crossover.crossover == 0) {
+    answer = interior_answer(std::move(result));
+  } else {
+    const InteriorPoint point{std::move(result.point.x), std::move(result.point.row_activity),
+                              std::move(result.point.pi), std::move(result.point.reduced_cost)};
+    answer = answer_of(run_crossover(lp, point, options_.crossover, limits, stop, log));
+  }
+  answer.barrier_iterations = barrier_iterations;
+  return answer;
+}
+
+void BarrierEngine::report_without_solve(SolveStatus status, double objective, double seconds, LogSink& log) {
+  print_presolved_away(log, status, objective, seconds);
+}
+
+}  // namespace zorvex

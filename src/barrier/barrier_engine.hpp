@@ -1,0 +1,27 @@
+// The barrier as an engine of the LP driver: interior point, then crossover to a basis when one is wanted; models on
+// which the interior point method ends without a usable point go to the simplex.
+#pragma once
+
+#include "barrier/barrier.hpp"
+#include "barrier/crossover.hpp"
+#include "simplex/lp_engine.hpp"
+
+namespace zorvex {
+
+struct BarrierEngineOptions {
+  BarrierOptions barrier;
+  CrossoverOptions crossover;  // crossover == 0: none
+};
+
+class BarrierEngine final : public LpEngine {
+ public:
+  explicit BarrierEngine(const BarrierEngineOptions& options) : options_(options) {}
+
+  EngineAnswer solve(const LpData& lp, const SimplexLimits& limits, const StopToken& stop, LogSink& log) override;
+  void report_without_solve(SolveStatus status, double objective, double seconds, LogSink& log) override;
+
+ private:
+  BarrierEngineOptions options_;
+};
+
+}  // namespace zorvex

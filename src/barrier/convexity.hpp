@@ -1,0 +1,25 @@
+// Is Q positive semi-definite, and if not quite: what must be added to its diagonal?
+#pragma once
+
+#include <vector>
+
+#include "base/stop_token.hpp"
+#include "linalg/sparse_matrix.hpp"
+
+namespace zorvex {
+
+struct ConvexityCheck {
+  SolveStatus stopped = SolveStatus::kLoaded;  // another value: ended before it was done
+  double largest = 0;                          // largest adjustment
+  int count = 0;                               // adjustments above 1e-10
+  std::vector<double> adjustment;              // of each diagonal entry; empty when there is none
+};
+
+// `lower`: lower triangle of the symmetric matrix, diagonal entries may be missing. Adjustments that rounding explains
+// are zero. Cost: one sparse factorization, in the doubtful case a second one column by column.
+ConvexityCheck check_convexity(const SparseMatrix& lower, const StopToken& stop);
+
+// lower + diag(amount); entries of a column stay in increasing order.
+void add_to_diagonal(SparseMatrix& lower, const std::vector<double>& amount);
+
+}  // namespace zorvex

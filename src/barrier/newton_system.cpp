@@ -1,0 +1,263 @@
+#include "barrier/newton_system.hpp"
+
+#include <algorithm>
+#include <cmath>
+
+#include "base/tolerances.hpp"
+#include "linalg/elimination_tree.hpp"
+#include "linalg/gmres.hpp"
+
+namespace zorvex {
+
+namespace {
+
+// Columns this much longer than the next shorter one, and at least this long, are dense.
+constexpr double kDenseJump = 10;
+constexpr Index kDenseLength = 40;
+constexpr Index kMaxDenseCols = 1000;
+// Factorizations below this many operations are not worth a second opinion on ordering or on what to keep.
+constexpr double kCheapFactor = 2e7;
+constexpr double kMaxAssembly = 1.5e9;     // multiplications; beyond, the normal equations are not even tried
+constexpr double kPartitionerEdges = 2e7;  // the partitioner takes about a second per million and cannot be stopped
+constexpr int kMaxRefinements = 3;
+constexpr int kMaxGmresIterations = 20;
+
+void add(std::vector<double>& to, const std::vector<double>& from) {
+  for (std::size_t k = 0; k < to.size(); ++k) to[k] += from[k];
+}
+
+double largest_magnitude(const std::vector<double>& values) {
+  double largest = 0;
+  for (const double value : values) largest = std::max(largest, std::abs(value));
+  return largest;
+}
+
+// Length from which on columns count as dense, or more than any length.
+Index dense_length(const BarrierModel& model) {
+  std::vector<Index> lengths;
+  for (Index col = 0; col < model.num_structurals; ++col) lengths.push_back(model.matrix.col_length(col));
+  std::sort(lengths.begin(), lengths.end());
+  const std::size_t first =
+      lengths.size() > static_cast<std::size_t>(kMaxDenseCols) ? lengths.size() - kMaxDenseCols : 1;
+  for (std::size_t k = first; k < lengths.size(); ++k) {
+    if (lengths[k] > kDenseLength && lengths[k] > kDenseJump * lengths[k - 1]) return lengths[k];
+  }
+  return model.num_rows() + 1;
+}
+
+}  // namespace
+
+struct NewtonSystem::Candidate {
+  std::unique_ptr<NormalMatrix> matrix;
+  EliminationTree tree;
+  double operations = kInf;
+};
+
+// Free columns without curvature of their own, and those that Q ties to others.
+std::vector<char> NewtonSystem::must_keep() const {
+  std::vector<char> kept(static_cast<std::size_t>(model_.num_cols()), 0);
+  for (Index col = 0; col < model_.num_cols(); ++col) {
+    const bool free = model_.lower[col] == -kInf && model_.upper[col] == kInf;
+    if (free && q_diagonal_[col] == 0) kept[col] = 1;
+  }
+  const SparseMatrix& q = model_.quadratic;
+  for (Index col = 0; col < q.num_cols; ++col) {
+    for (Offset k = q.begin(col); k < q.end(col); ++k) {
+      if (q.index[k] != col) kept[col] = kept[q.index[k]] = 1;
+    }
+  }
+  return kept;
+}
+
+NewtonSystem::Candidate NewtonSystem::make_candidate(const std::vector<char>& kept, int ordering,
+                                                     const StopToken& stop) const {
+  Candidate candidate;
+  if (NormalMatrix::assembly_work(model_, kept) > kMaxAssembly || stop.stop_requested()) return candidate;
+  candidate.matrix = std::make_unique<NormalMatrix>(model_, kept);
+  const SymmetricPattern pattern = pattern_of_lower(candidate.matrix->lower());
+  if (ordering != 1) {
+    candidate.tree = make_elimination_tree(pattern, order_minimum_degree(pattern));
+    candidate.operations = candidate.tree.factor_operations();
+  }
+  const bool second_opinion = ordering == -1 && candidate.operations > kCheapFactor &&
+                              static_cast<double>(pattern.index.size()) < kPartitionerEdges;
+  if (ordering == 1 || second_opinion) {
+    std::vector<Index> order;
+    if (!stop.stop_requested() && order_nested_dissection(pattern, order)) {
+      EliminationTree tree = make_elimination_tree(pattern, order);
+      const double operations = tree.factor_operations();
+      if (operations < candidate.operations) {
+        candidate.tree = std::move(tree);
+        candidate.operations = operations;
+      }
+    } else if (ordering == 1) {
+      candidate.tree = make_elimination_tree(pattern, order_minimum_degree(pattern));
+      candidate.operations = candidate.tree.factor_operations();
+    }
+  }
+  return candidate;
+}
+
+SolveStatus NewtonSystem::analyze(int ordering, const StopToken& stop) {
+  q_diagonal_.assign(static_cast<std::size_t>(model_.num_cols()), 0);
+  const SparseMatrix& q = model_.quadratic;
+  for (Index col = 0; col < q.num_cols; ++col) {
+    for (Offset k = q.begin(col); k < q.end(col); ++k) {
+      if (q.index[k] == col) q_diagonal_[col] = q.value[k];
+    }
+  }
+  const std::vector<char> necessary = must_keep();
+  const Index dense = dense_length(model_);
+  std::vector<char> kept = necessary;
+  for (Index col = 0; col < model_.num_structurals; ++col) {
+    if (kept[col] || model_.matrix.col_length(col) < dense) continue;
+    kept[col] = 1;
+    ++statistics_.dense_cols;
+  }
+  Candidate best = make_candidate(kept, ordering, stop);
+  if (best.operations > kCheapFactor) {  // leave the choice of what to eliminate first to the ordering
+    std::vector<char> all = kept;
+    for (Index col = 0; col < model_.num_structurals; ++col) {
+      if (model_.matrix.col_length(col) > 1) all[col] = 1;
+    }
+    Candidate other = make_candidate(all, ordering, stop);
+    if (other.operations < BarrierTolerances::kAugmentedPays * best.operations) best = std::move(other);
+  }
+  if (const SolveStatus status = stop.poll(); status != SolveStatus::kLoaded) return status;
+  matrix_ = std::move(best.matrix);
+  SymbolicFactor symbolic = analyze_factor(matrix_->lower(), best.tree);
+  statistics_.normal_nonzeros = matrix_->normal_nonzeros();
+  statistics_.factor_nonzeros = symbolic.exact_nonzeros;
+  statistics_.factor_operations = symbolic.operations;
+  statistics_.bytes = symbolic.bytes();
+  factor_ = std::make_unique<SupernodalFactor>(std::move(symbolic), pool_);
+  return SolveStatus::kLoaded;
+}
+
+SolveStatus NewtonSystem::factor(const std::vector<double>& theta, double regularization, const StopToken& stop) {
+  theta_ = theta;
+  hessian_.resize(theta.size());
+  for (std::size_t j = 0; j < theta.size(); ++j) hessian_[j] = theta[j] + q_diagonal_[j] + regularization;
+  matrix_->assemble(hessian_, regularization, pool_);
+  return factor_->factor(matrix_->lower().value, matrix_->signs(), matrix_->smallest_pivots(), stop);
+}
+
+double NewtonSystem::solve(const std::vector<double>& r1, const std::vector<double>& r2, const Goal& goal,
+                           std::vector<double>& dv, std::vector<double>& dy) {
+  goal_ = goal;
+  solve_regularized(r1, r2, dv, dy);
+  double error = residuals(r1, r2, dv, dy);
+  bool stagnates = false;
+  for (int round = 0; round < kMaxRefinements && error > 1 && !stagnates; ++round) {
+    const std::vector<double> before_v = dv, before_y = dy;
+    solve_regularized(std::vector<double>(res1_), std::vector<double>(res2_), cor_v_, cor_y_);
+    add(dv, cor_v_);
+    add(dy, cor_y_);
+    const double refined = residuals(r1, r2, dv, dy);
+    stagnates = !(refined < 0.1 * error);
+    if (!(refined < error)) {
+      dv = before_v;
+      dy = before_y;
+    } else {
+      error = refined;
+    }
+  }
+  if (!(error > 1) || !std::isfinite(error)) return error;
+  const std::vector<double> before_v = dv, before_y = dy;
+  residuals(r1, r2, dv, dy);
+  improve_by_gmres(dv, dy);
+  const double improved = residuals(r1, r2, dv, dy);
+  if (improved < error) return improved;
+  dv = before_v;
+  dy = before_y;
+  return error;
+}
+
+// Both parts of the residual divided by their goals make one vector.
+void NewtonSystem::improve_by_gmres(std::vector<double>& dv, std::vector<double>& dy) {
+  const std::size_t cols = dv.size(), rows = dy.size();
+  const auto split = [&](const std::vector<double>& joined, double scale1, double scale2) {
+    std::pair<std::vector<double>, std::vector<double>> parts{
+        {joined.begin(), joined.begin() + static_cast<Offset>(cols)},
+        {joined.begin() + static_cast<Offset>(cols), joined.end()}};
+    for (double& value : parts.first) value *= scale1;
+    for (double& value : parts.second) value *= scale2;
+    return parts;
+  };
+  const auto join = [&](const std::vector<double>& first, const std::vector<double>& second, double scale1,
+                        double scale2, std::vector<double>& joined) {
+    joined.resize(cols + rows);
+    for (std::size_t k = 0; k < cols; ++k) joined[k] = first[k] * scale1;
+    for (std::size_t k = 0; k < rows; ++k) joined[cols + k] = second[k] * scale2;
+  };
+  const std::vector<double> zero_v(cols, 0), zero_y(rows, 0);
+  GmresOperators operators;
+  operators.precondition = [&](const std::vector<double>& r, std::vector<double>& z) {
+    const auto [r1, r2] = split(r, goal_.r1, goal_.r2);
+    solve_regularized(r1, r2, cor_v_, cor_y_);
+    join(cor_v_, cor_y_, 1, 1, z);
+  };
+  operators.apply = [&](const std::vector<double>& x, std::vector<double>& y) {
+    const auto [v, w] = split(x, 1, 1);
+    residuals(zero_v, zero_y, v, w);
+    join(res1_, res2_, -1 / goal_.r1, -1 / goal_.r2, y);
+  };
+  std::vector<double> residual, correction(cols + rows, 0);
+  join(res1_, res2_, 1 / goal_.r1, 1 / goal_.r2, residual);
+  flexible_gmres(operators, residual, 1, kMaxGmresIterations, correction);
+  const auto [v, w] = split(correction, 1, 1);
+  add(dv, v);
+  add(dy, w);
+}
+
+void NewtonSystem::solve_regularized(const std::vector<double>& r1, const std::vector<double>& r2,
+                                     std::vector<double>& dv, std::vector<double>& dy) {
+  const Index num_kept = matrix_->num_kept();
+  const SparseMatrix& a = model_.matrix;
+  rhs_.assign(static_cast<std::size_t>(num_kept + model_.num_rows()), 0);
+  std::copy(r2.begin(), r2.end(), rhs_.begin() + num_kept);
+  for (Index col = 0; col < model_.num_cols(); ++col) {
+    const Index position = matrix_->position_of(col);
+    if (position != -1) {
+      rhs_[position] = r1[col];
+      continue;
+    }
+    const double factor = r1[col] / hessian_[col];
+    if (factor == 0) continue;
+    for (Offset k = a.begin(col); k < a.end(col); ++k) rhs_[num_kept + a.index[k]] += factor * a.value[k];
+  }
+  factor_->solve(rhs_);
+  dy.assign(rhs_.begin() + num_kept, rhs_.end());
+  dv.resize(r1.size());
+  for (Index col = 0; col < model_.num_cols(); ++col) {
+    const Index position = matrix_->position_of(col);
+    if (position != -1) {
+      dv[col] = rhs_[position];
+      continue;
+    }
+    double sum = -r1[col];
+    for (Offset k = a.begin(col); k < a.end(col); ++k) sum += a.value[k] * dy[a.index[k]];
+    dv[col] = sum / hessian_[col];
+  }
+}
+
+// Sets res1_, res2_.
+double NewtonSystem::residuals(const std::vector<double>& r1, const std::vector<double>& r2,
+                               const std::vector<double>& dv, const std::vector<double>& dy) {
+  const SparseMatrix& a = model_.matrix;
+  res1_ = r1;
+  res2_ = r2;
+  for (Index col = 0; col < model_.num_cols(); ++col) {
+    double sum = theta_[col] * dv[col];
+    for (Offset k = a.begin(col); k < a.end(col); ++k) {
+      sum -= a.value[k] * dy[a.index[k]];
+      res2_[a.index[k]] -= a.value[k] * dv[col];
+    }
+    res1_[col] += sum;
+  }
+  add_quadratic_product(model_, 1, dv, res1_);
+  const double error = std::max(largest_magnitude(res1_) / goal_.r1, largest_magnitude(res2_) / goal_.r2);
+  return std::isnan(error) ? kInf : error;
+}
+
+}  // namespace zorvex

@@ -1,0 +1,69 @@
+// Factors and solves the Newton system of the interior point method
+//     -(Q + diag(theta)) dv + A' dy = r1,     A dv = r2
+// through its reduced matrix with a small regularization, whose effect iterative refinement removes.
+#pragma once
+
+#include <memory>
+#include <vector>
+
+#include "barrier/barrier_model.hpp"
+#include "barrier/normal_matrix.hpp"
+#include "base/log_sink.hpp"
+#include "base/stop_token.hpp"
+#include "linalg/supernodal_factor.hpp"
+
+namespace zorvex {
+
+struct NewtonStatistics {
+  int dense_cols = 0;
+  double normal_nonzeros = 0;  // of the full symmetric pattern
+  double factor_nonzeros = 0;
+  double factor_operations = 0;
+  double bytes = 0;
+};
+
+class NewtonSystem {
+ public:
+  // `model` and `pool` outlive this.
+  NewtonSystem(const BarrierModel& model, WorkerPool& pool) : model_(model), pool_(pool) {}
+
+  // Chooses kept columns and ordering (`ordering` as BarrierOptions) and analyses the factor. kLoaded unless stopped.
+  SolveStatus analyze(int ordering, const StopToken& stop);
+  [[nodiscard]] const NewtonStatistics& statistics() const { return statistics_; }
+
+  // theta: num_cols entries, zero for free columns. kLoaded unless stopped. `regularization` is added to the Hessian
+  // and to the rows' diagonal.
+  SolveStatus factor(const std::vector<double>& theta, double regularization, const StopToken& stop);
+
+  // Largest residuals that the caller wants to see, absolute.
+  struct Goal {
+    double r1, r2;
+  };
+
+  // Refines until the residuals are at the goal or do not shrink any more; returns the largest of them, divided by its
+  // goal.
+  double solve(const std::vector<double>& r1, const std::vector<double>& r2, const Goal& goal, std::vector<double>& dv,
+               std::vector<double>& dy);
+
+ private:
+  struct Candidate;
+  [[nodiscard]] std::vector<char> must_keep() const;
+  [[nodiscard]] Candidate make_candidate(const std::vector<char>& kept, int ordering, const StopToken& stop) const;
+  void solve_regularized(const std::vector<double>& r1, const std::vector<double>& r2, std::vector<double>& dv,
+                         std::vector<double>& dy);
+  double residuals(const std::vector<double>& r1, const std::vector<double>& r2, const std::vector<double>& dv,
+                   const std::vector<double>& dy);
+  void improve_by_gmres(std::vector<double>& dv, std::vector<double>& dy);
+
+  const BarrierModel& model_;
+  WorkerPool& pool_;
+  NewtonStatistics statistics_;
+  std::unique_ptr<NormalMatrix> matrix_;
+  std::unique_ptr<SupernodalFactor> factor_;
+  std::vector<double> theta_, hessian_;  // without and with regularization; the diagonal of Q is in hessian_ only
+  std::vector<double> q_diagonal_;
+  std::vector<double> rhs_, res1_, res2_, cor_v_, cor_y_;
+  Goal goal_{1, 1};  // of the running solve
+};
+
+}  // namespace zorvex

@@ -1,0 +1,95 @@
+#include "barrier/quadratic_proofs.hpp"
+
+#include <algorithm>
+#include <utility>
+
+#include "simplex/answer_check.hpp"
+
+namespace zorvex {
+
+namespace {
+
+bool is_limit(SolveStatus status) { return status == SolveStatus::kTimeLimit || status == SolveStatus::kInterrupted; }
+
+// Rows, and columns of Q, as constraints on a direction within the unit box.
+LpData recession_model(const LpData& lp) {
+  const auto recede = [](double lower, double upper, std::vector<double>& to_lower, std::vector<double>& to_upper,
+                         double reach) {
+    to_lower.push_back(lower > -kInf ? 0 : -reach);
+    to_upper.push_back(upper < kInf ? 0 : reach);
+  };
+  LpData cone;
+  cone.matrix = lp.matrix;
+  cone.cost = lp.cost;
+  for (Index col = 0; col < lp.num_cols(); ++col) {
+    recede(lp.col_lower[col], lp.col_upper[col], cone.col_lower, cone.col_upper, 1);
+  }
+  for (Index row = 0; row < lp.num_rows(); ++row) {
+    recede(lp.row_lower[row], lp.row_upper[row], cone.row_lower, cone.row_upper, kInf);
+  }
+  SparseMatrix symmetric = lp.quadratic.transpose();  // row-wise: its columns are the rows of Q
+  SparseMatrix q;
+  q.num_rows = lp.num_cols();
+  std::vector<Index> index;
+  std::vector<double> value;
+  for (Index row = 0; row < lp.num_cols(); ++row) {
+    index.clear();
+    value.clear();
+    for (Offset k = symmetric.begin(row); k < symmetric.end(row); ++k) {
+      index.push_back(symmetric.index[k]);
+      value.push_back(symmetric.value[k]);
+    }
+    for (Offset k = lp.quadratic.begin(row); k < lp.quadratic.end(row); ++k) {
+      if (lp.quadratic.index[k] == row) continue;
+      index.push_back(lp.quadratic.index[k]);
+      value.push_back(lp.quadratic.value[k]);
+    }
+    if (index.empty()) continue;
+    q.append_col(index.data(), value.data(), static_cast<Index>(index.size()));
+    cone.row_lower.push_back(0);
+    cone.row_upper.push_back(0);
+  }
+  cone.matrix.append_rows(q);
+  return cone;
+}
+
+}  // namespace
+
+EngineAnswer prove_no_solution(const LpData& lp, const SimplexOptions& options, const StopToken& stop, LpPoint last) {
+  QuietLog quiet;
+  EngineAnswer answer;
+  answer.status = SolveStatus::kNumeric;
+  answer.reported = true;
+  LpData feasibility = lp;
+  feasibility.quadratic = {};
+  std::fill(feasibility.cost.begin(), feasibility.cost.end(), 0.0);
+  LpSolver first(feasibility, options, quiet);
+  const SolveStatus feasible = first.solve({}, stop);
+  answer.iterations = first.iterations();
+  if (feasible == SolveStatus::kInfeasible) {
+    answer.status = feasible;
+    answer.farkas = first.farkas();
+    answer.farkas_violation = first.farkas_violation();
+    answer.reported = false;
+    return answer;
+  }
+  if (is_limit(feasible)) {
+    answer.status = feasible;
+    return answer;
+  }
+  answer.point = std::move(last);
+  if (feasible != SolveStatus::kOptimal) return answer;
+  LpSolver second(recession_model(lp), options, quiet);
+  const SolveStatus bounded = second.solve({}, stop);
+  answer.iterations += second.iterations();
+  if (is_limit(bounded)) answer.status = bounded;
+  if (bounded != SolveStatus::kOptimal || !is_improving_ray(lp, second.point().x)) return answer;
+  answer.status = SolveStatus::kUnbounded;
+  answer.ray = second.point().x;
+  answer.point = first.point();
+  answer.basis = {};
+  answer.reported = false;
+  return answer;
+}
+
+}  // namespace zorvex

@@ -1,0 +1,303 @@
+// The barrier engine behind the LP driver: linear models against the dense oracle, quadratic ones by their optimality
+// conditions in long double, limits, models without a solution, Q that is not convex.
+#include "barrier/barrier.hpp"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <string>
+
+#include "barrier/barrier_engine.hpp"
+#include "barrier/convexity.hpp"
+#include "base/random_stream.hpp"
+#include "simplex/answer_check.hpp"
+#include "simplex/lp_driver.hpp"
+#include "support/dense_lp.hpp"
+#include "support/random_lp.hpp"
+
+namespace zorvex {
+namespace {
+
+class TextLog final : public LogSink {
+ public:
+  void write(const char* text) override { text_ += text; }
+  [[nodiscard]] const std::string& text() const { return text_; }
+  [[nodiscard]] bool has(const std::string& part) const { return text_.find(part) != std::string::npos; }
+
+ private:
+  std::string text_;
+};
+
+LpDriverResult solve(const LpData& lp, int crossover, int presolve, LogSink& log, const StopToken& stop = {}) {
+  BarrierEngineOptions engine_options;
+  engine_options.crossover.crossover = crossover;
+  BarrierEngine engine(engine_options);
+  LpDriverOptions options;
+  options.method = 2;
+  options.presolve.level = presolve;
+  options.engine = &engine;
+  return solve_lp(lp, options, nullptr, stop, log);
+}
+
+void expect_proof(const LpData& lp, const LpDriverResult& result, const std::string& where) {
+  if (result.status == SolveStatus::kInfeasible) {
+    bool crossed = false;
+    for (Index col = 0; col < lp.num_cols(); ++col) crossed = crossed || lp.col_lower[col] > lp.col_upper[col];
+    for (Index row = 0; row < lp.num_rows(); ++row) crossed = crossed || lp.row_lower[row] > lp.row_upper[row];
+    double gap = 0;
+    EXPECT_TRUE(crossed || proves_infeasible(lp, result.farkas, gap)) << where;
+  }
+  if (result.status == SolveStatus::kUnbounded) {
+    EXPECT_TRUE(is_improving_ray(lp, result.ray)) << where;
+    EXPECT_TRUE(is_feasible(lp, result.point.x, 1e-6)) << where;
+  }
+}
+
+TEST(Barrier, LinearModelsAgreeWithTheOracle) {
+  RandomStream random(21, "barrier lp");
+  QuietLog log;
+  int solved = 0;
+  for (int trial = 0; trial < 1200; ++trial) {
+    const LpData lp = oracle::random_lp(random, {});
+    const oracle::DenseLpResult expected = oracle::solve_dense_lp(lp);
+    for (const int crossover : {-1, 0}) {
+      const int presolve = trial % 2 == 0 ? -1 : 0;
+      const std::string where = "trial " + std::to_string(trial) + " crossover " + std::to_string(crossover);
+      const LpDriverResult result = solve(lp, crossover, presolve, log);
+      if (crossover == 0 && result.status == SolveStatus::kSuboptimal) continue;
+      ASSERT_EQ(result.status, expected.status) << where;
+      expect_proof(lp, result, where);
+      if (result.status != SolveStatus::kOptimal) continue;
+      ++solved;
+      EXPECT_NEAR(result.objective, expected.objective, 1e-6 * std::max(1.0, std::abs(expected.objective))) << where;
+      EXPECT_TRUE(is_optimal(lp, result.point, {})) << where;
+      if (crossover != 0) {
+        EXPECT_TRUE(result.has_basis) << where;
+      }
+    }
+  }
+  EXPECT_GT(solved, 1000);
+}
+
+// A random convex Q of any rank on the columns of `lp`: sum of outer products of sparse vectors with small integers.
+void add_convex_q(RandomStream& random, LpData& lp) {
+  const Index n = lp.num_cols();
+  std::vector<std::vector<double>> q(static_cast<std::size_t>(n), std::vector<double>(static_cast<std::size_t>(n), 0));
+  const auto rank = random.below(n + 2);
+  for (std::int64_t r = 0; r < rank; ++r) {
+    std::vector<double> factor(static_cast<std::size_t>(n), 0);
+    for (double& value : factor) value = random.below(3) == 0 ? static_cast<double>(random.below(7) - 3) : 0;
+    for (Index i = 0; i < n; ++i) {
+      for (Index j = 0; j < n; ++j) q[i][j] += factor[i] * factor[j];
+    }
+  }
+  lp.quadratic = {};
+  lp.quadratic.num_rows = n;
+  for (Index col = 0; col < n; ++col) {
+    std::vector<Index> rows;
+    std::vector<double> values;
+    for (Index row = col; row < n; ++row) {
+      if (q[row][col] == 0) continue;
+      rows.push_back(row);
+      values.push_back(q[row][col]);
+    }
+    lp.quadratic.append_col(rows.data(), values.data(), static_cast<Index>(rows.size()));
+  }
+}
+
+TEST(Barrier, QuadraticModelsMeetTheirOptimalityConditions) {
+  RandomStream random(22, "barrier qp");
+  QuietLog log;
+  int optimal = 0, undecided = 0;
+  for (int trial = 0; trial < 1500; ++trial) {
+    LpData lp = oracle::random_lp(random, {});
+    add_convex_q(random, lp);
+    const std::string where = "trial " + std::to_string(trial);
+    LpData linear = lp;
+    linear.quadratic = {};
+    std::fill(linear.cost.begin(), linear.cost.end(), 0.0);
+    const bool feasible = oracle::solve_dense_lp(linear).status == SolveStatus::kOptimal;
+    const LpDriverResult result = solve(lp, -1, -1, log);
+    ASSERT_EQ(result.error, 0) << where;
+    expect_proof(lp, result, where);
+    if (result.status == SolveStatus::kSuboptimal || result.status == SolveStatus::kNumeric) {
+      ++undecided;
+      continue;
+    }
+    EXPECT_EQ(feasible, result.status != SolveStatus::kInfeasible) << where;
+    if (result.status != SolveStatus::kOptimal) continue;
+    ++optimal;
+    EXPECT_TRUE(is_optimal(lp, result.point, {})) << where;
+    const DualQuality dual = dual_quality_of(lp, result.point, true);
+    const double scale = std::max(1.0, std::abs(result.objective));
+    EXPECT_LE(dual.complementarity.sum, 1e-6 * scale) << where;
+    EXPECT_LE(dual.residual.max, 1e-9 * scale) << where;
+    EXPECT_NEAR(result.objective, objective_at(lp, result.point.x), 1e-12 * scale) << where;
+  }
+  EXPECT_GT(optimal, 800);
+  EXPECT_LE(undecided, 30);
+}
+
+SparseMatrix lower_of(const std::vector<std::vector<double>>& q) {
+  SparseMatrix lower;
+  const auto n = static_cast<Index>(q.size());
+  lower.num_rows = n;
+  for (Index col = 0; col < n; ++col) {
+    std::vector<Index> rows;
+    std::vector<double> values;
+    for (Index row = col; row < n; ++row) {
+      if (q[row][col] == 0) continue;
+      rows.push_back(row);
+      values.push_back(q[row][col]);
+    }
+    lower.append_col(rows.data(), values.data(), static_cast<Index>(rows.size()));
+  }
+  return lower;
+}
+
+TEST(Convexity, AdjustmentsOfSmallMatrices) {
+  struct Case {
+    const char* what;
+    std::vector<std::vector<double>> q;
+    double low, high;  // the largest adjustment lies between these
+    int count;
+  };
+  const Case cases[] = {
+      {"empty diagonal", {{0, 0}, {0, 0}}, 0, 0, 0},
+      {"positive", {{2, 0}, {0, 3}}, 0, 0, 0},
+      {"rank one", {{1, 2, 3}, {2, 4, 6}, {3, 6, 9}}, 0, 0, 0},
+      {"rank one, badly scaled", {{1e-8, 1e-2}, {1e-2, 1e4}}, 0, 0, 0},
+      {"slightly negative", {{1, 0}, {0, -1e-8}}, 1e-8, 1e-8, 1},
+      {"more negative", {{-1e-5, 0}, {0, 1}}, 1e-5, 1e-5, 1},
+      {"too little to count", {{-1e-11, 0}, {0, 1}}, 1e-11, 1e-11, 0},
+      {"saddle", {{0, 1}, {1, 0}}, 1, kInf, 2},
+      {"indefinite", {{1, 2}, {2, 1}}, 1, kInf, 1},
+      {"negative", {{-3, 0}, {0, -2}}, 3, 3, 2},
+  };
+  for (const Case& each : cases) {
+    const ConvexityCheck check = check_convexity(lower_of(each.q), {});
+    EXPECT_EQ(check.stopped, SolveStatus::kLoaded) << each.what;
+    EXPECT_GE(check.largest, each.low * (1 - 1e-12)) << each.what;
+    EXPECT_LE(check.largest, each.high * (1 + 1e-12)) << each.what;
+    EXPECT_EQ(check.count, each.count) << each.what;
+  }
+}
+
+TEST(Convexity, RandomMatricesAreToldApart) {
+  RandomStream random(23, "convexity");
+  for (int trial = 0; trial < 300; ++trial) {
+    LpData lp;
+    const auto n = static_cast<Index>(2 + random.below(12));
+    lp.cost.assign(static_cast<std::size_t>(n), 0);
+    lp.matrix.num_cols = n;
+    lp.matrix.start.assign(static_cast<std::size_t>(n) + 1, 0);
+    add_convex_q(random, lp);
+    EXPECT_EQ(check_convexity(lp.quadratic, {}).largest, 0) << "trial " << trial;
+    // Less than nothing in one direction: some x'Qx is negative.
+    std::vector<double> shift(static_cast<std::size_t>(n), 0);
+    const auto at = static_cast<Index>(random.below(n));
+    std::vector<double> unit(static_cast<std::size_t>(n), 0);
+    unit[at] = 1;
+    shift[at] = -2 * objective_at(lp, unit) - 0.5;
+    add_to_diagonal(lp.quadratic, shift);
+    EXPECT_GE(check_convexity(lp.quadratic, {}).largest, 1e-3) << "trial " << trial;
+  }
+}
+
+// minimise 1/2 q x^2 - x, 0 <= x <= 10, and a second column that makes the largest diagonal entry one.
+LpData two_columns(double q) {
+  LpData lp;
+  lp.matrix.num_cols = 2;
+  lp.matrix.start = {0, 0, 0};
+  lp.cost = {-1, -1};
+  lp.col_lower = {0, 0};
+  lp.col_upper = {10, 10};
+  lp.quadratic = lower_of({{1, 0}, {0, q}});
+  return lp;
+}
+
+TEST(Barrier, NearlyConvexQIsRepairedOrRefused) {
+  TextLog repaired;
+  const LpDriverResult good = solve(two_columns(-1e-8), -1, -1, repaired);
+  EXPECT_EQ(good.error, 0);
+  EXPECT_EQ(good.status, SolveStatus::kOptimal);
+  EXPECT_TRUE(repaired.has("Warning: diagonal adjustment of 1.0e-08 performed to make Q PSD\n")) << repaired.text();
+  EXPECT_NEAR(good.point.x[0], 1, 1e-5);
+  EXPECT_NEAR(good.point.x[1], 10, 1e-5);
+  TextLog refused;
+  const LpDriverResult bad = solve(two_columns(-1e-5), -1, -1, refused);
+  EXPECT_EQ(bad.error, kErrorQNotPsd);
+  EXPECT_FALSE(bad.has_point);
+  EXPECT_TRUE(refused.has("Q matrix not PSD (diagonal adjustment of 1.0e-05 would be required)\n")) << refused.text();
+}
+
+LpData random_feasible_lp(RandomStream& random) {
+  oracle::RandomLpShape shape;
+  shape.max_rows = 30;
+  shape.max_cols = 60;
+  shape.feasible_share = 1;
+  LpData lp;
+  do {
+    lp = oracle::random_lp(random, shape);
+  } while (lp.num_rows() < 10 || oracle::solve_dense_lp(lp).status != SolveStatus::kOptimal);
+  return lp;
+}
+
+TEST(Barrier, LimitsAndInterruptions) {
+  RandomStream random(24, "barrier limits");
+  const LpData lp = random_feasible_lp(random);
+  struct Case {
+    int iterations;
+    bool interrupted;
+    SolveStatus status;
+    const char* line;
+  };
+  constexpr Case kCases[] = {
+      {0, false, SolveStatus::kIterationLimit, "Barrier performed 0 iterations in "},
+      {2, false, SolveStatus::kIterationLimit, "Barrier performed 2 iterations in "},
+      {1000, true, SolveStatus::kInterrupted, "Optimization interrupted\n"},
+      {1000, false, SolveStatus::kOptimal, "Barrier solved model in "},
+  };
+  for (const Case& each : kCases) {
+    BarrierOptions options;
+    options.iteration_limit = each.iterations;
+    const std::atomic<int> terminate{each.interrupted ? 1 : 0};
+    TextLog log;
+    const BarrierResult result = solve_barrier(lp, options, {&terminate, kInf}, log);
+    EXPECT_EQ(result.status, each.status);
+    EXPECT_TRUE(log.has(each.line)) << log.text();
+  }
+  TextLog log;
+  EXPECT_EQ(solve_barrier(lp, {}, {nullptr, now_seconds() - 1}, log).status, SolveStatus::kTimeLimit);
+  EXPECT_TRUE(log.has("Time limit exceeded\n"));
+  BarrierOptions cutoff;
+  cutoff.cutoff = oracle::solve_dense_lp(lp).objective - 1;
+  EXPECT_EQ(solve_barrier(lp, cutoff, {}, log).status, SolveStatus::kCutoff);
+  EXPECT_TRUE(log.has("Objective cutoff exceeded\n"));
+}
+
+TEST(Barrier, ThreadsOrderingsAndCorrectorsLeaveTheAnswer) {
+  RandomStream random(25, "barrier settings");
+  QuietLog log;
+  for (int trial = 0; trial < 20; ++trial) {
+    const LpData lp = random_feasible_lp(random);
+    const double expected = oracle::solve_dense_lp(lp).objective;
+    BarrierOptions options;
+    const BarrierResult alone = solve_barrier(lp, options, {}, log);
+    options.threads = 2;
+    const BarrierResult together = solve_barrier(lp, options, {}, log);
+    EXPECT_EQ(alone.point.x, together.point.x);
+    for (const auto& [ordering, correctors] : {std::pair{0, 0}, {1, 0}, {0, 5}, {1, 2}}) {
+      options.ordering = ordering;
+      options.correctors = correctors;
+      const BarrierResult result = solve_barrier(lp, options, {}, log);
+      ASSERT_EQ(result.status, SolveStatus::kOptimal);
+      EXPECT_NEAR(result.primal_objective, expected, 1e-6 * std::max(1.0, std::abs(expected)));
+      EXPECT_NEAR(result.dual_objective, expected, 1e-6 * std::max(1.0, std::abs(expected)));
+    }
+  }
+}
+
+}  // namespace
+}  // namespace zorvex
