@@ -13,6 +13,7 @@ namespace zorvex {
 
 struct DualOptions {
   int pricing = -1;
+  int norm_adjust = -1;           // parameter NormAdjust: weights of a basis that brings none, or is not to bring any
   double perturb_value = 2e-4;    // 0: never perturb
   double objective_limit = kInf;  // scaled objective at which the solve may stop
   std::uint64_t seed = 0;

@@ -24,6 +24,7 @@ void DualSimplex<Real>::begin(const DualOptions& options) {
     flip_column_.resize(core_.m);
   }
   pricing_.begin(options.pricing);
+  if (options.norm_adjust >= 2) core_.weights_valid = false;
   phase1_ = costs_changed_ = false;
   may_perturb_ = options.perturb_value > 0;
   failed_position_ = -1;
@@ -93,7 +94,9 @@ void DualSimplex<Real>::ensure_weights() {
   pricing_.reset_weights();
   if (!core_.has_basic_columns() || pricing_.mode() != DualPricingMode::kSteepestEdge) return;
   const double cost = static_cast<double>(core_.m) * static_cast<double>(core_.lu.factor_nonzeros() + core_.m);
-  if (options_.pricing == 3 || cost > kExactWeightWork) return;
+  const bool wanted = options_.norm_adjust == 1 || options_.norm_adjust == 2;
+  const bool refused = options_.norm_adjust == 0 || options_.norm_adjust == 3 || options_.pricing == 3;
+  if (refused || (!wanted && cost > kExactWeightWork)) return;
   for (Index position = 0; position < core_.m; ++position) {
     core_.btran_unit(position, rho_);
     Real norm = 0;

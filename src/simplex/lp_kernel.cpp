@@ -174,6 +174,7 @@ SimplexOutcome LpKernel<Real>::run(const SimplexOptions& options, const SimplexL
     if (dual) {
       DualOptions dual_options;
       dual_options.pricing = options.pricing;
+      dual_options.norm_adjust = options.norm_adjust;
       dual_options.perturb_value = round == 0 ? options.perturb_value : 0;
       dual_options.objective_limit = limits.objective * cost_factor_;
       dual_options.trust_updates = trust_updates;
@@ -181,6 +182,7 @@ SimplexOutcome LpKernel<Real>::run(const SimplexOptions& options, const SimplexL
     } else {
       PrimalOptions primal_options;
       primal_options.may_perturb = round < kSwitchesWithPerturbation;
+      primal_options.pricing = options.pricing;
       outcome = primal_.run(primal_options);
     }
     dual = !dual;

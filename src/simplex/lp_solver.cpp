@@ -100,6 +100,7 @@ void LpSolver::State::load(bool want_scaling) {
   const bool scale = want_scaling && options.scale;
   const bool reuse = scale && std::is_same_v<Real, double> && !kept.row.empty();
   kernel<Real>().load(data, reuse ? kept : scale ? compute_scaling(data) : unit_scaling(data), cost_factor());
+  report_costs(data, kernel<Real>().scaling(), cost_factor(), log);
 }
 
 Basis LpSolver::State::current_basis() const {

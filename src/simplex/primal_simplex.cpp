@@ -27,6 +27,7 @@ void PrimalSimplex<Real>::begin(const PrimalOptions& options) {
     rho_.resize(core_.m);
     alpha_row_.resize(core_.n);
     cost_change_.resize(core_.m);
+    tau_.resize(core_.m);
   }
   reference_.assign(static_cast<std::size_t>(core_.num_vars()), Real(1));
   phase1_gradient_.assign(static_cast<std::size_t>(core_.m), Real(0));
@@ -34,6 +35,9 @@ void PrimalSimplex<Real>::begin(const PrimalOptions& options) {
   candidates_.clear();
   rejected_.clear();
   phase1_ = bounds_changed_ = false;
+  steepest_edge_ = options.pricing == 1 || options.pricing == 3;
+  weights_started_ = false;
+  section_ = 0;
   degenerate_steps_ = 0;
   run_steps_ = 0;
 }
@@ -124,6 +128,7 @@ SimplexOutcome PrimalSimplex<Real>::rebuild(bool& stopped) {
     core_.compute_duals();
   }
   core_.fresh = true;
+  if (!weights_started_) start_weights();
   rejected_.clear();
   list_candidates();
   if (core_.log->due() || core_.log->watched() || (core_.log->sink().enabled() && core_.first_iteration())) {
@@ -294,19 +299,20 @@ void PrimalSimplex<Real>::move_basics(Real step, Real direction) {
   for (const Index k : alpha_.index) core_.basic_value[k] -= step * direction * alpha_.value[k];
 }
 
-// Reduced costs and devex weights after `entering` replaced the variable that was basic in `position`; alpha_row_ and
+// Reduced costs and weights after `entering` replaced the variable that was basic in `position`; alpha_row_ and
 // rho_ hold the pivot row of the basis before the change.
 template <class Real>
 void PrimalSimplex<Real>::update_duals(Index position, Index entering) {
   const Real pivot = alpha_.value[position];
   const Real dual_step = core_.reduced_cost[entering] / pivot;
-  const Real entering_weight = reference_[entering] / (pivot * pivot);
+  const Real entering_weight = (steepest_edge_ ? entering_norm_ : reference_[entering]) / (pivot * pivot);
   bool reset = false;
   const auto update = [&](Index var, Real entry) {
     if (core_.is_basic(var) || core_.place[var] == Place::kFixed) return;
     core_.reduced_cost[var] -= dual_step * entry;
-    reference_[var] = std::max<Real>(reference_[var], entry * entry * entering_weight);
-    if (reference_[var] > Real(kDevexReset)) reset = true;
+    reference_[var] = steepest_edge_ ? updated_weight(var, entry / pivot)
+                                     : std::max<Real>(reference_[var], entry * entry * entering_weight);
+    if (!steepest_edge_ && reference_[var] > Real(kDevexReset)) reset = true;
     note_candidate(var);
   };
   for (const Index col : alpha_row_.index) update(col, alpha_row_.value[col]);
@@ -360,7 +366,7 @@ typename PrimalSimplex<Real>::Step PrimalSimplex<Real>::iterate() {
     return Step::kRebuild;
   }
   if (core_.log->due()) return Step::kRebuild;
-  const Index entering = choose_entering();
+  const Index entering = options_.pricing == 0 ? choose_from_section() : choose_entering();
   if (entering < 0) return Step::kNoEntering;
   core_.ftran_column(entering, alpha_);
   if (!confirm_reduced_cost(entering)) {
@@ -397,6 +403,7 @@ typename PrimalSimplex<Real>::Step PrimalSimplex<Real>::iterate() {
     rejected_.push_back(entering);
     return Step::kContinue;
   }
+  if (steepest_edge_) prepare_weight_update();
   core_.btran_unit(block.position, rho_);
   core_.price(rho_, alpha_row_);
   const Real row_pivot = entering < core_.n ? alpha_row_.value[entering] : rho_.value[entering - core_.n];

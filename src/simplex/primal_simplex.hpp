@@ -1,7 +1,8 @@
-// Primal simplex: composite phase 1 with a long-step ratio test, phase 2 with Harris' test, devex pricing, bound
-// perturbation when it stalls.
+// Primal simplex: composite phase 1 with a long-step ratio test, phase 2 with Harris' test, devex, steepest edge or
+// partial pricing, bound perturbation when it stalls.
 //   Source   P. Harris, Math. Program. 5 (1973) 1-28 (devex, two-pass ratio test); I. Maros, "Computational Techniques
-//            of the Simplex Method", Kluwer 2003, ch. 9 (phase 1 with several breakpoints a step).
+//            of the Simplex Method", Kluwer 2003, ch. 9 (phase 1 with several breakpoints a step); D. Goldfarb, J.
+//            Reid, Math. Program. 12 (1977) 361-371 (steepest edge).
 #pragma once
 
 #include <vector>
@@ -13,6 +14,8 @@ namespace zorvex {
 
 struct PrimalOptions {
   bool may_perturb = true;
+  int pricing =
+      -1;  // parameter SimplexPricing: 0 partial, 1 and 3 steepest edge from exact and unit weights, else devex
   std::uint64_t seed = 0;
 };
 
@@ -25,6 +28,9 @@ class PrimalSimplex {
   // Runs from the basis in the core. kOtherAlgorithm: optimal for perturbed bounds, but primal infeasible without them,
   // or the run goes on for far longer than runs do: it cycles.
   SimplexOutcome run(const PrimalOptions& options);
+
+  // Pricing weight of a nonbasic variable after the last run; with steepest edge 1 + ||B^-1 a||^2, scaled space.
+  [[nodiscard]] Real weight(Index var) const { return reference_[var]; }
 
  private:
   enum class Step { kContinue, kRebuild, kNoEntering, kUnbounded, kStopped, kGivenUp };
@@ -48,6 +54,10 @@ class PrimalSimplex {
   [[nodiscard]] SimplexOutcome stop_reason() const;
   void list_candidates();
   Index choose_entering();
+  Index choose_from_section();
+  void start_weights();
+  void prepare_weight_update();
+  [[nodiscard]] Real updated_weight(Index var, Real ratio) const;
   void note_candidate(Index var);
   bool confirm_reduced_cost(Index entering);
   Block ratio_test_phase1(Index entering, Real direction);
@@ -63,7 +73,12 @@ class PrimalSimplex {
   SimplexCore<Real>& core_;
   PrimalOptions options_;
   Scattered<Real> alpha_, rho_, alpha_row_, cost_change_;
-  std::vector<Real> reference_;        // devex weight per variable
+  std::vector<Real> reference_;  // pricing weight per variable
+  Scattered<Real> tau_;          // steepest edge: B^-T alpha, over rows
+  Real entering_norm_ = 1;       // and 1 + ||alpha||^2
+  bool steepest_edge_ = false;
+  bool weights_started_ = false;
+  std::size_t section_ = 0;            // partial pricing: where the next section of the candidates begins
   std::vector<Real> phase1_gradient_;  // per position: -1 below, +1 above, 0 within bounds
   std::vector<Index> candidates_;
   std::vector<char> listed_;

@@ -85,4 +85,18 @@ Scaling compute_scaling(const LpData& lp) {
   return scaling;
 }
 
+void report_costs(const LpData& lp, const Scaling& scaling, double cost_factor, LogSink& log) {
+  if (!log.diagnostics()) return;
+  Spread scaled, given;
+  for (Index col = 0; col < lp.num_cols(); ++col) {
+    if (lp.cost[col] == 0) continue;
+    given.add(std::abs(lp.cost[col]));
+    scaled.add(std::abs(lp.cost[col]) * scaling.col[col] * cost_factor);
+  }
+  if (given.high == 0) scaled.low = given.low = 0;
+  log.diagnose("Scaled:\n");
+  log.diagnose("MaxC=%12.5e, MinC=%12.5e, MaxOC=%12.5e, MinOC=%12.5e\n\n", scaled.high, scaled.low, given.high,
+               given.low);
+}
+
 }  // namespace zorvex

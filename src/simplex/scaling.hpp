@@ -7,6 +7,7 @@
 
 #include <vector>
 
+#include "base/log_sink.hpp"
 #include "linalg/lp_data.hpp"
 
 namespace zorvex {
@@ -21,5 +22,8 @@ Scaling compute_scaling(const LpData& lp);
 Scaling unit_scaling(const LpData& lp);
 // Factors for rows appended to the model (a row-wise matrix: its columns are the rows); the others stay.
 void extend_scaling(Scaling& scaling, const SparseMatrix& rows);
+
+// Diagnostic lines: largest and smallest magnitude of the nonzero costs, scaled and times `cost_factor`, and as given.
+void report_costs(const LpData& lp, const Scaling& scaling, double cost_factor, LogSink& log);
 
 }  // namespace zorvex

@@ -51,10 +51,11 @@ void print_model(const LpData& lp) {
   }
 }
 
-LpDriverResult solve(const LpData& lp, const Way& way) {
+LpDriverResult solve(const LpData& lp, const Way& way, int pricing) {
   LpDriverOptions options;
   options.method = way.method;
   options.simplex.precision = way.precision;
+  options.simplex.pricing = pricing;
   options.presolve.level = way.presolve;
   options.want_proofs = true;
   if (way.presolve != 2) options.presolve.off = {"sparsify"};
@@ -73,7 +74,7 @@ TEST(Differential, EveryWayGivesAProvenAnswerThatNoOtherContradicts) {
     const LpData lp = nasty_lp(random);
     std::vector<LpDriverResult> results;
     for (const Way& way : ways) {
-      results.push_back(solve(lp, way));
+      results.push_back(solve(lp, way, static_cast<int>(trial % 5) - 1));
       const std::string faults = faults_of(lp, results.back());
       const std::string against = contradiction(lp, results.front(), results.back());
       if (results.back().status == SolveStatus::kNumeric) {

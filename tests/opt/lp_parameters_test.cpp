@@ -1,0 +1,286 @@
+// Parameters of continuous solves: what each one changes that a user can see.
+#include <cmath>
+
+#include "opt/tiny_model.hpp"
+
+namespace zorvex::testing {
+namespace {
+
+// "rows, columns, nonzeros" that presolve leaves, "" when it leaves nothing, "off" when it does not run.
+std::string presolved(ZLPmodel* model) {
+  EXPECT_EQ(0, ZLPsetintparam(ZLPgetenv(model), "OutputFlag", 1));
+  const std::string log = printed([&] { EXPECT_EQ(0, ZLPoptimize(model)); });
+  EXPECT_EQ(0, ZLPsetintparam(ZLPgetenv(model), "OutputFlag", 0));
+  EXPECT_EQ(ZLP_OPTIMAL, int_attr(model, "Status"));
+  if (log.find("Presolve time:") == std::string::npos) return "off";
+  const std::size_t at = log.find("Presolved: ");
+  if (at == std::string::npos) return "";
+  int rows = 0, cols = 0, nonzeros = 0;
+  EXPECT_EQ(3, std::sscanf(log.c_str() + at, "Presolved: %d rows, %d columns, %d nonzeros", &rows, &cols, &nonzeros));
+  return std::to_string(rows) + " " + std::to_string(cols) + " " + std::to_string(nonzeros);
+}
+
+struct Setting {
+  const char* name;
+  const char* value;
+};
+
+struct Reduced {
+  const char* fact;
+  Tiny model;
+  std::vector<Setting> settings;  // on top of those that leave nothing else to do
+  const char* without;            // what is left before the settings
+  const char* with;
+};
+
+// A model that no reduction gets anywhere with: a cycle of dense inequalities over boxed columns.
+Tiny stubborn() {
+  return {.sense = 1,
+          .obj = {-3, -5, -4, -6},
+          .rows = {{{2, 3, 1, 5}, '<', 19}, {{4, 1, 2, 1}, '<', 13}, {{3, 4, 2, 3}, '<', 21}},
+          .lb = {0, 0, 0, 0},
+          .ub = {3, 4, 5, 6}};
+}
+
+Tiny with_row(Tiny tiny, Row row) {
+  tiny.rows.push_back(std::move(row));
+  return tiny;
+}
+
+// A fifth column, free and without cost, that one equation over all columns and two rows share.
+Tiny aggregable() {
+  Tiny tiny = stubborn();
+  for (Row& row : tiny.rows) row.coefficient.push_back(0);
+  tiny.rows[0].coefficient[4] = 1;
+  tiny.rows[1].coefficient[4] = -1;
+  tiny.obj.push_back(0.5);
+  tiny.lb.push_back(-1e100);
+  tiny.ub.push_back(1e100);
+  return with_row(tiny, {{1, 2, 3, 4, 2}, '=', 7});
+}
+
+std::vector<Reduced> reductions() {
+  const Tiny plain = stubborn();
+  Tiny dependent = with_row(with_row(plain, {{1, 1, 2, 1}, '=', 7}), {{2, 1, 1, 3}, '=', 9});
+  dependent = with_row(dependent, {{3, 2, 3, 4}, '=', 16});
+  Tiny wide = plain;
+  for (Row& row : wide.rows) row.coefficient.push_back(2 * row.coefficient[0]);
+  wide.obj.push_back(2 * wide.obj[0]);
+  wide.lb.push_back(0);
+  wide.ub.push_back(2);
+  Tiny slack = with_row(plain, {{1, 1, 1, 1}, '=', 7});
+  for (std::size_t k = 0; k < slack.rows.size(); ++k) slack.rows[k].coefficient.push_back(k == 3 ? 1 : 0);
+  slack.obj.push_back(0);
+  slack.lb.push_back(-2);
+  slack.ub.push_back(2);
+  const Tiny twin = with_row(plain, {{4, 6, 2, 10}, '<', 30});
+  const Tiny nested = with_row(with_row(plain, {{1, 1, 1, 1}, '=', 6}), {{2, 2, 2, 3}, '<', 15});
+  return {
+      {"presolve off", twin, {{"Presolve", "0"}}, "3 4 12", "off"},
+      {"no pass", twin, {{"PrePasses", "0"}}, "3 4 12", "4 4 16"},
+      {"no reduction", twin, {{"ZORV_PAR_PRELIMIT", "0"}}, "3 4 12", "4 4 16"},
+      {"parallel rows stay", twin, {{"ZORV_PAR_PREPARALLEL", "0"}}, "3 4 12", "4 4 16"},
+      {"parallel columns stay", wide, {{"ZORV_PAR_PREPARALLEL", "0"}}, "3 4 12", "3 5 15"},
+      {"singleton columns stay", slack, {{"ZORV_PAR_PRESINGLECOL", "0"}}, "4 4 16", "4 5 17"},
+      {"dependent equations stay", dependent, {{"PreDepRow", "0"}}, "5 4 20", "6 4 24"},
+      {"nonzeros cancel", nested, {{"PreSparsify", "1"}}, "5 4 20", "4 4 12"},
+      {"no aggregation", aggregable(), {{"Aggregate", "0"}}, "3 4 12", "4 5 19"},
+  };
+}
+
+TEST(LpParameters, PresolveSwitches) {
+  const Env env = quiet_env();
+  for (const Reduced& each : reductions()) {
+    SCOPED_TRACE(each.fact);
+    const Model before = build(env.get(), each.model);
+    EXPECT_EQ(each.without, presolved(before.get()));
+    const Model after = build(env.get(), each.model);
+    for (const Setting& setting : each.settings) {
+      ASSERT_EQ(0, ZLPsetparam(ZLPgetenv(after.get()), setting.name, setting.value));
+    }
+    EXPECT_EQ(each.with, presolved(after.get()));
+    EXPECT_NEAR(dbl_attr(before.get(), "ObjVal"), dbl_attr(after.get(), "ObjVal"), 1e-6);
+    expect_lp_quality(after.get());
+  }
+}
+
+TEST(LpParameters, FeasibilityTolDecidesWhatHolds) {
+  const Env env = quiet_env();
+  for (const char* presolve : {"0", "-1"}) {
+    for (const char* method : {"0", "1"}) {
+      SCOPED_TRACE(std::string("presolve ") + presolve + " method " + method);
+      const Tiny gap{.obj = {1, 1}, .rows = {{{1, 1}, '>', 1}, {{1, 1}, '<', 1 - 5e-5}}};
+      for (const bool loose : {false, true}) {
+        const Model model = build(env.get(), gap);
+        ZLPenv* own = ZLPgetenv(model.get());
+        ASSERT_EQ(0, ZLPsetparam(own, "Presolve", presolve));
+        ASSERT_EQ(0, ZLPsetparam(own, "Method", method));
+        ASSERT_EQ(0, ZLPsetdblparam(own, "FeasibilityTol", loose ? 1e-3 : 1e-6));
+        ASSERT_EQ(0, ZLPoptimize(model.get()));
+        EXPECT_EQ(loose ? ZLP_OPTIMAL : ZLP_INFEASIBLE, int_attr(model.get(), "Status"));
+      }
+    }
+  }
+}
+
+TEST(LpParameters, OptimalityTolDecidesWhatPays) {
+  const Env env = quiet_env();
+  for (const bool loose : {false, true}) {
+    const Model model = build(env.get(), {.obj = {-2e-4, 1}, .rows = {{{1, 1}, '<', 5}}, .lb = {}, .ub = {4, 4}});
+    ZLPenv* own = ZLPgetenv(model.get());
+    ASSERT_EQ(0, ZLPsetparam(own, "Presolve", "0"));
+    ASSERT_EQ(0, ZLPsetparam(own, "PerturbValue", "0"));
+    ASSERT_EQ(0, ZLPsetdblparam(own, "OptimalityTol", loose ? 1e-2 : 1e-6));
+    ASSERT_EQ(0, ZLPoptimize(model.get()));
+    EXPECT_EQ(loose ? 0 : 4, dbl_array(model.get(), "X", "NumVars")[0]);
+  }
+}
+
+// Costs 1000 and 10 in the diagnostic line that follows scaling.
+TEST(LpParameters, ScalingOfObjectiveAndMatrix) {
+  const Env env = quiet_env();
+  const struct {
+    const char* name;
+    const char* value;
+    const char* line;
+  } facts[] = {
+      {"ObjScale", "0", "MaxC= 1.00000e+03, MinC= 1.00000e+01, MaxOC= 1.00000e+03, MinOC= 1.00000e+01\n"},
+      {"ObjScale", "256", "MaxC= 3.90625e+00, MinC= 3.90625e-02, MaxOC= 1.00000e+03, MinOC= 1.00000e+01\n"},
+      {"ObjScale", "-0.5", "MaxC= 3.12500e+01, MinC= 3.12500e-01, MaxOC= 1.00000e+03, MinOC= 1.00000e+01\n"},
+  };
+  for (const auto& fact : facts) {
+    SCOPED_TRACE(fact.value);
+    const Model model = build(env.get(), {.obj = {1000, -10}, .rows = {{{1, 1}, '<', 5}, {{1, -1}, '>', 1}}});
+    ZLPenv* own = ZLPgetenv(model.get());
+    for (const Setting& setting :
+         std::vector<Setting>{{"Presolve", "0"}, {"ZORV_PAR_ITEST", "1"}, {"OutputFlag", "1"}}) {
+      ASSERT_EQ(0, ZLPsetparam(own, setting.name, setting.value));
+    }
+    ASSERT_EQ(0, ZLPsetparam(own, fact.name, fact.value));
+    const std::string log = printed([&] { EXPECT_EQ(0, ZLPoptimize(model.get())); });
+    EXPECT_NE(std::string::npos, log.find(std::string("Scaled:\n") + fact.line)) << log;
+    EXPECT_NEAR(1000, dbl_attr(model.get(), "ObjVal"), 1e-6);
+  }
+  for (const char* flag : {"0", "1"}) {
+    const Model model = build(env.get(), {.obj = {-1, -1}, .rows = {{{1e4, 1e-4}, '<', 5}, {{1e-3, 1e5}, '<', 1}}});
+    ZLPenv* own = ZLPgetenv(model.get());
+    for (const Setting& setting :
+         std::vector<Setting>{{"Presolve", "0"}, {"ZORV_PAR_ITEST", "1"}, {"OutputFlag", "1"}, {"ScaleFlag", flag}}) {
+      ASSERT_EQ(0, ZLPsetparam(own, setting.name, setting.value));
+    }
+    const std::string log = printed([&] { EXPECT_EQ(0, ZLPoptimize(model.get())); });
+    const bool unscaled = log.find("MaxC= 1.00000e+00, MinC= 1.00000e+00, MaxOC") != std::string::npos;
+    EXPECT_EQ(*flag == '0', unscaled) << log;
+    expect_lp_quality(model.get());
+  }
+}
+
+// Norms of a start basis that brings none: ones or exact ones, seen after a solve that may not iterate.
+TEST(LpParameters, NormAdjustSaysWhereNormsComeFrom) {
+  const Env env = quiet_env();
+  const struct {
+    const char* value;
+    bool bring_norms;
+    double expected;
+  } facts[] = {{"0", false, 1}, {"1", false, 0.0625}, {"2", false, 0.0625}, {"3", false, 1},
+               {"0", true, 7},  {"1", true, 7},       {"2", true, 0.0625},  {"3", true, 1}};
+  for (const auto& fact : facts) {
+    SCOPED_TRACE(std::string(fact.value) + (fact.bring_norms ? " with norms" : ""));
+    // x is basic in its row with coefficient 4: the exact norm is 1/16. Its bound is violated, so one pivot is due.
+    const Model model = build(env.get(), {.obj = {1, 1}, .rows = {{{4, 1}, '=', 8}}, .lb = {}, .ub = {1, 9}});
+    ZLPenv* own = ZLPgetenv(model.get());
+    for (const Setting& setting : std::vector<Setting>{
+             {"Presolve", "0"}, {"ScaleFlag", "0"}, {"IterationLimit", "0"}, {"NormAdjust", fact.value}}) {
+      ASSERT_EQ(0, ZLPsetparam(own, setting.name, setting.value));
+    }
+    ASSERT_EQ(0, ZLPsetintattrelement(model.get(), "VBasis", 0, ZLP_BASIC));
+    ASSERT_EQ(0, ZLPsetintattrelement(model.get(), "CBasis", 0, ZLP_NONBASIC_LOWER));
+    if (fact.bring_norms) {
+      ASSERT_EQ(0, ZLPsetdblattrelement(model.get(), "VDualNorm", 0, 7));
+    }
+    ASSERT_EQ(0, ZLPoptimize(model.get()));
+    ASSERT_EQ(ZLP_ITERATION_LIMIT, int_attr(model.get(), "Status"));
+    ASSERT_EQ(1, int_attr(model.get(), "HasDualNorm"));
+    double norm = 0;
+    ASSERT_EQ(0, ZLPgetdblattrelement(model.get(), "VDualNorm", 0, &norm));
+    EXPECT_DOUBLE_EQ(fact.expected, norm);
+  }
+}
+
+// min sum of x over rows with equal ratios: ties wherever one looks.
+Tiny degenerate() {
+  Tiny tiny;
+  constexpr int kSize = 12;  // an assignment problem
+  for (int i = 0; i < kSize; ++i) {
+    for (int j = 0; j < kSize; ++j) tiny.obj.push_back(1 + (3 * i + 5 * j + i * i * j) % 7);
+  }
+  for (int k = 0; k < 2 * kSize; ++k) {
+    Row row{std::vector<double>(tiny.obj.size(), 0), '=', 1};
+    for (int i = 0; i < kSize; ++i) row.coefficient[k < kSize ? k * kSize + i : i * kSize + k - kSize] = 1;
+    tiny.rows.push_back(row);
+  }
+  return tiny;
+}
+
+// Same optimum whatever the path; the paths, seen by their lengths, are not all the same.
+TEST(LpParameters, PathsThroughDegenerateModel) {
+  const Env env = quiet_env();
+  double optimum = std::nan("");
+  for (const auto& settings : std::vector<std::vector<Setting>>{
+           {{"PerturbValue", "0"}, {"PerturbValue", "0.0002"}, {"PerturbValue", "0.01"}},
+           {{"SimplexPricing", "0"}, {"SimplexPricing", "1"}, {"SimplexPricing", "2"}, {"SimplexPricing", "3"}},
+           {{"Method", "0"}, {"Method", "1"}}}) {
+    std::vector<double> lengths;
+    for (const Setting& setting : settings) {
+      const Model model = build(env.get(), degenerate());
+      ASSERT_EQ(0, ZLPsetparam(ZLPgetenv(model.get()), "Presolve", "0"));
+      ASSERT_EQ(0, ZLPsetparam(ZLPgetenv(model.get()), setting.name, setting.value));
+      ASSERT_EQ(0, ZLPoptimize(model.get()));
+      if (std::isnan(optimum)) optimum = dbl_attr(model.get(), "ObjVal");
+      EXPECT_NEAR(optimum, dbl_attr(model.get(), "ObjVal"), 1e-9) << setting.name << " " << setting.value;
+      expect_lp_quality(model.get());
+      lengths.push_back(dbl_attr(model.get(), "IterCount"));
+    }
+    EXPECT_NE(lengths, std::vector<double>(lengths.size(), lengths[0])) << settings[0].name;
+  }
+}
+
+TEST(LpParameters, QuadKeepsAndSwitchesPrecision) {
+  const Env env = quiet_env();
+  const Model model = build(env.get(), {.obj = {-1, -1}, .rows = {{{1, 2}, '<', 4}, {{3, 1}, '<', 6}}});
+  ZLPenv* own = ZLPgetenv(model.get());
+  const auto log_with = [&](const char* quad) {
+    EXPECT_EQ(0, ZLPsetparam(own, "Quad", quad));
+    EXPECT_EQ(0, ZLPsetparam(own, "OutputFlag", "1"));
+    const std::string log = printed([&] { EXPECT_EQ(0, ZLPoptimize(model.get())); });
+    EXPECT_EQ(ZLP_OPTIMAL, int_attr(model.get(), "Status"));
+    return log.find("Switch to double precision\n") != std::string::npos;
+  };
+  EXPECT_FALSE(log_with("1"));   // cold: extended
+  EXPECT_FALSE(log_with("-1"));  // keeps it
+  EXPECT_TRUE(log_with("0"));
+  EXPECT_FALSE(log_with("1"));  // the start is double now, and stays
+  EXPECT_FALSE(log_with("0"));
+}
+
+TEST(LpParameters, InfUnbdInfoKeepsProofs) {
+  const Env env = quiet_env();
+  for (const int wanted : {0, 1}) {
+    ASSERT_EQ(0, ZLPsetintparam(env.get(), "InfUnbdInfo", wanted));
+    const Model infeasible =
+        build(env.get(), {.obj = {1, 1}, .rows = {{{1, 2}, '<', 1}, {{1, 3}, '>', 2}}, .lb = {}, .ub = {9, 0}});
+    ASSERT_EQ(0, ZLPoptimize(infeasible.get()));
+    ASSERT_EQ(ZLP_INFEASIBLE, int_attr(infeasible.get(), "Status"));
+    EXPECT_EQ(wanted, ZLPisattravailable(infeasible.get(), "FarkasDual"));
+    EXPECT_GT(dbl_attr(infeasible.get(), "FarkasProof"), 0);
+    EXPECT_GE(int_attr(infeasible.get(), "InfeasVar"), -1);
+    const Model unbounded = build(env.get(), {.sense = -1, .obj = {1, 1}, .rows = {{{1, -1}, '<', 1}}});
+    ASSERT_EQ(0, ZLPoptimize(unbounded.get()));
+    ASSERT_EQ(ZLP_UNBOUNDED, int_attr(unbounded.get(), "Status"));
+    EXPECT_EQ(wanted, ZLPisattravailable(unbounded.get(), "UnbdRay"));
+    EXPECT_GE(int_attr(unbounded.get(), "UnbdVar"), 0);
+  }
+}
+
+}  // namespace
+}  // namespace zorvex::testing
