@@ -1,8 +1,9 @@
 /* sensitivity: what the prices of a solution say about changes of the data, and where they stop being true.
  *
  * A workshop makes chairs, tables and shelves from wood, hours and glue. Pi is the change of the profit for one unit
- * more of a resource, RC what a product that is not made lacks. Both are rates at the optimum: a small change obeys
- * them exactly, a large one need not, which the program shows by solving again.
+ * more of a resource, RC what a product that is not made lacks. Both are rates at the optimum. SARHSLow and SARHSUp
+ * tell between which stocks they hold, SAObjLow and SAObjUp between which profits the plan stays as it is. The program
+ * solves again within and beyond a range, and asks the basis what an hour more would change in the plan.
  */
 #include <stdio.h>
 #include <stdlib.h>
@@ -31,6 +32,9 @@ int main(void) {
   const double stock[] = {400, 450, 200};
   const int all[] = {0, 1, 2};
   double x[kNumProducts], rc[kNumProducts], pi[kNumResources], slack[kNumResources], best;
+  double low[3], up[3], rate[kNumResources];
+  int head[kNumResources], position[kNumResources];
+  ZLPsvec column = {0, position, rate};
   ZLPenv* env = NULL;
   ZLPmodel* model = NULL;
 
@@ -50,6 +54,25 @@ int main(void) {
     printf("  %-8s make %6.2f, one more changes profit by %6.2f\n", products[j], x[j], rc[j]);
   for (int i = 0; i < kNumResources; ++i)
     printf("  %-8s left %6.2f, one more changes profit by %6.2f\n", resources[i], slack[i], pi[i]);
+
+  require(model, ZLPgetdblattrarray(model, "SAObjLow", 0, kNumProducts, low));
+  require(model, ZLPgetdblattrarray(model, "SAObjUp", 0, kNumProducts, up));
+  for (int j = 0; j < kNumProducts; ++j)
+    printf("same plan while %-8s bring %7.2f to %7.2f\n", products[j], low[j] < -1e99 ? -9999 : low[j],
+           up[j] > 1e99 ? 9999 : up[j]);
+  require(model, ZLPgetdblattrarray(model, "SARHSLow", 0, kNumResources, low));
+  require(model, ZLPgetdblattrarray(model, "SARHSUp", 0, kNumResources, up));
+  for (int i = 0; i < kNumResources; ++i)
+    printf("same prices while %-6s number %7.2f to %7.2f\n", resources[i], low[i], up[i] > 1e99 ? 9999 : up[i]);
+
+  /* x_B = B^-1 b: column `hours` of B^-1 is the change of the basic variables for one hour more. */
+  require(model, ZLPgetBasisHead(model, head));
+  require(model, ZLPBinvj(model, kHours, &column));
+  for (int k = 0; k < column.len; ++k) {
+    int variable = head[position[k]];
+    printf("one hour more: %s%s by %6.3f\n", variable < kNumProducts ? "" : "rest of ",
+           variable < kNumProducts ? products[variable] : resources[variable - kNumProducts], rate[k]);
+  }
 
   for (double more = 1; more <= 1000; more *= 10) {
     require(model, ZLPsetdblattrelement(model, "RHS", kHours, stock[kHours] + more));

@@ -17,8 +17,8 @@ namespace {
 
 constexpr double kPivotThreshold = 0.1;  // of the largest entry of the pivot row
 // Nonzeros touched by the elimination, per nonzero of the equations that come to it: by default, and when asked for.
-constexpr std::int64_t kAutomaticWork = 20;
-constexpr std::int64_t kRequestedWork = 2000;
+constexpr std::int64_t kAutomaticWork = 10;
+constexpr std::int64_t kRequestedWork = 500;
 constexpr std::int64_t kFreeWork = 10000;
 
 struct Term {
@@ -34,8 +34,8 @@ struct Equation {
   bool active = true;
 };
 
-// a + factor * b over ascending indices; sums that cancel leave.
-Terms combine(const Terms& a, const Terms& b, double factor) {
+// a + factor * b over ascending indices; sums that cancel leave. Indices that only b has go to `fill`.
+Terms combine(const Terms& a, const Terms& b, double factor, std::vector<Index>& fill) {
   Terms result;
   result.reserve(a.size() + b.size());
   auto left = a.begin();
@@ -45,6 +45,7 @@ Terms combine(const Terms& a, const Terms& b, double factor) {
       result.push_back(*left++);
     } else if (left == a.end() || right->index < left->index) {
       result.push_back({right->index, factor * right->value});
+      fill.push_back(right->index);
       ++right;
     } else {
       const double change = factor * right->value;
@@ -77,6 +78,7 @@ class Elimination {
   std::vector<Equation> equations_;
   std::vector<std::vector<std::size_t>> users_;  // per column: equations that have, or once had, an entry there
   std::vector<std::size_t> order_;               // equations by length at load
+  std::vector<Index> fill_;
   std::int64_t work_ = 0;
 };
 
@@ -152,19 +154,19 @@ void Elimination::eliminate(std::size_t pivot_row, Index col) {
   const Equation& pivot = equations_[pivot_row];
   const double pivot_value = value_at(pivot.entries, col);
   const std::vector<std::size_t> users = users_[col];
+  work_ += static_cast<std::int64_t>(users.size());
   for (const std::size_t user : users) {
     Equation& equation = equations_[user];
     const double value = equation.active && user != pivot_row ? value_at(equation.entries, col) : 0;
     if (value == 0) continue;
     const double factor = -value / pivot_value;
-    Terms combined = combine(equation.entries, pivot.entries, factor);
+    fill_.clear();
+    Terms combined = combine(equation.entries, pivot.entries, factor, fill_);
     std::erase_if(combined, [col](const Term& term) { return term.index == col; });
-    for (const Term& term : combined) {
-      if (value_at(equation.entries, term.index) == 0) users_[term.index].push_back(user);
-    }
+    for (const Index filled : fill_) users_[filled].push_back(user);
     work_ += static_cast<std::int64_t>(equation.entries.size() + pivot.entries.size() + pivot.sources.size());
     equation.entries = std::move(combined);
-    equation.sources = combine(equation.sources, pivot.sources, factor);
+    equation.sources = combine(equation.sources, pivot.sources, factor, fill_);
   }
 }
 

@@ -14,8 +14,9 @@ namespace zorvex {
 
 struct PrimalOptions {
   bool may_perturb = true;
-  int pricing =
-      -1;  // parameter SimplexPricing: 0 partial, 1 and 3 steepest edge from exact and unit weights, else devex
+  // Parameter SimplexPricing: 0 partial, 1 and 3 steepest edge from exact and unit weights, 2 devex; -1 steepest edge
+  // from a slack basis, else devex.
+  int pricing = -1;
   std::uint64_t seed = 0;
 };
 
