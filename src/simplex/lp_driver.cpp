@@ -71,6 +71,10 @@ LpDriverResult LpDriver::run() {
     result_.error = kErrorOutOfMemory;
     result_.status = SolveStatus::kLoaded;
   }
+  // The dual simplex may stop at the cutoff; what is solved to the end says the same of its optimum.
+  if (result_.status == SolveStatus::kOptimal && result_.objective >= options_.cutoff) {
+    result_.status = SolveStatus::kCutoff;
+  }
   if (!result_.has_point) result_.objective = kUndecidedObjective;
   result_.seconds = now_seconds() - start_;
   report_end();

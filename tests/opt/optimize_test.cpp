@@ -337,12 +337,16 @@ TEST(Optimize, Cutoff) {
       {"MIP, minimise, beyond", &known_mips()[2].model, 6, ZLP_CUTOFF},
   };
   for (const auto& c : cases) {
-    SCOPED_TRACE(c.name);
-    const Model model = build(env.get(), *c.model);
-    ASSERT_EQ(0, ZLPsetintparam(ZLPgetenv(model.get()), "Presolve", 0));
-    ASSERT_EQ(0, ZLPsetdblparam(ZLPgetenv(model.get()), "Cutoff", c.cutoff));
-    ASSERT_EQ(0, ZLPoptimize(model.get()));
-    EXPECT_EQ(c.status, int_attr(model.get(), "Status"));
+    for (const int way : {0, 1, 2, 3}) {
+      SCOPED_TRACE(c.name + std::string(way % 2 == 0 ? " primal" : " dual") + (way < 2 ? "" : " presolved"));
+      const Model model = build(env.get(), *c.model);
+      ASSERT_EQ(0, ZLPsetintparam(ZLPgetenv(model.get()), "Method", way % 2));
+      ASSERT_EQ(0, ZLPsetintparam(ZLPgetenv(model.get()), "Presolve", way < 2 ? 0 : -1));
+      ASSERT_EQ(0, ZLPsetdblparam(ZLPgetenv(model.get()), "Cutoff", c.cutoff));
+      ASSERT_EQ(0, ZLPoptimize(model.get()));
+      EXPECT_EQ(c.status, int_attr(model.get(), "Status"));
+      EXPECT_EQ(c.status == ZLP_OPTIMAL ? 1 : 0, ZLPisattravailable(model.get(), "X"));
+    }
   }
 }
 
