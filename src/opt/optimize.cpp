@@ -119,7 +119,7 @@ int solve_continuous(ZLPmodel& model, const Call& call) {
   const ZLPenv& env = *model.env;
   EnvironmentLog log(*model.env);
   const LpData lp = make_lp_data(model.data);
-  const Basis start = make_start_basis(model);
+  const Basis start = param<Param::ZORV_PAR_WARMBASIS>(env) == 0 ? Basis() : make_start_basis(model);
   LpDriverOptions options = make_lp_options(env, model.data.sense, call.start_time);
   if (!start.empty()) take_start_precision(model, options, log);
   if (param<Param::ZORV_PAR_WRITEPREMODEL>(env) != 0) {

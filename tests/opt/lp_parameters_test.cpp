@@ -245,6 +245,21 @@ TEST(LpParameters, PathsThroughDegenerateModel) {
   }
 }
 
+TEST(LpParameters, StartBasisIsUsedUnlessSwitchedOff) {
+  const Env env = quiet_env();
+  const Model model = build(env.get(), degenerate());
+  ZLPenv* own = ZLPgetenv(model.get());
+  ASSERT_EQ(0, ZLPsetparam(own, "Presolve", "0"));
+  ASSERT_EQ(0, ZLPoptimize(model.get()));
+  const double cold = dbl_attr(model.get(), "IterCount");
+  ASSERT_GT(cold, 1);
+  ASSERT_EQ(0, ZLPoptimize(model.get()));
+  EXPECT_LE(dbl_attr(model.get(), "IterCount"), 1);
+  ASSERT_EQ(0, ZLPsetparam(own, "ZORV_PAR_WARMBASIS", "0"));
+  ASSERT_EQ(0, ZLPoptimize(model.get()));
+  EXPECT_EQ(cold, dbl_attr(model.get(), "IterCount"));
+}
+
 TEST(LpParameters, QuadKeepsAndSwitchesPrecision) {
   const Env env = quiet_env();
   const Model model = build(env.get(), {.obj = {-1, -1}, .rows = {{{1, 2}, '<', 4}, {{3, 1}, '<', 6}}});

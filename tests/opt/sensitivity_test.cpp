@@ -173,6 +173,27 @@ TEST(Sensitivity, IsAboutTheSolvedBasis) {
   EXPECT_EQ(ZLP_ERROR_DATA_NOT_AVAILABLE, ZLPgetdblattr(model.get(), "Kappa", &value));
 }
 
+// With tolerances tightened after the solve, a column that was left at its lower bound goes to the upper one: the
+// ranges are those of the basis that is optimal now, and the log says so, once.
+TEST(Sensitivity, WarnsWhenTheBasisHadToChange) {
+  const Env env = quiet_env();
+  const Model model = build(env.get(), {.obj = {-2e-4, 1}, .rows = {{{1, 1}, '<', 5}}, .lb = {}, .ub = {4, 4}});
+  ZLPenv* own = ZLPgetenv(model.get());
+  ASSERT_EQ(0, ZLPsetintparam(own, "Presolve", 0));
+  ASSERT_EQ(0, ZLPsetdblparam(own, "PerturbValue", 0));
+  ASSERT_EQ(0, ZLPsetdblparam(own, "OptimalityTol", 1e-2));
+  ASSERT_EQ(0, ZLPoptimize(model.get()));
+  ASSERT_EQ(0, dbl_array(model.get(), "X", "NumVars")[0]);
+  ASSERT_EQ(0, ZLPsetdblparam(own, "OptimalityTol", 1e-9));
+  ASSERT_EQ(0, ZLPsetintparam(own, "OutputFlag", 1));
+  std::vector<double> up, again;
+  EXPECT_EQ("Warning: basis changed during sensitity analysis.\n",
+            printed([&] { up = dbl_array(model.get(), "SAObjUp", "NumVars"); }));
+  EXPECT_EQ("", printed([&] { again = dbl_array(model.get(), "SAObjUp", "NumVars"); }));
+  expect_near({0, 1e100}, up, 1e-12);
+  expect_near(up, again, 0);
+}
+
 // Singular values of a small matrix by one-sided Jacobi rotations.
 std::vector<double> singular_values(std::vector<std::vector<double>> columns) {
   const std::size_t m = columns.size();
