@@ -28,7 +28,7 @@ class HandlePool {
 
   // The pool lives as long as the process: a handle may outlive every static object.
   static HandlePool& instance() {
-    static_cast<void>(made_at_load_);
+    static_cast<void>(kMadeAtLoad);
     static HandlePool* pool = make_guarded();  // deliberately never destroyed
     return *pool;
   }
@@ -79,7 +79,7 @@ class HandlePool {
     first_ = 0;
   }
 
-  inline static const bool made_at_load_ = make_at_load();
+  inline static const bool kMadeAtLoad = make_at_load();
 
   std::mutex mutex_;
   std::vector<std::unique_ptr<Record>> records_;

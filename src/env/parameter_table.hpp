@@ -73,14 +73,14 @@ struct ParameterValues {
   // int, double or const char*, according to the parameter's type.
   template <Param P>
   [[nodiscard]] auto get() const {
-    constexpr int slot = slot_of(P);
+    constexpr int kSlot = slot_of(P);
     if constexpr (type_of(P) == ParamType::kInt) {
-      return static_cast<int>(ints[slot]);
+      return static_cast<int>(ints[kSlot]);
     } else if constexpr (type_of(P) == ParamType::kDouble) {
-      return doubles[slot];
+      return doubles[kSlot];
     } else {
       static_assert(type_of(P) == ParamType::kString, "a separator row has no value");
-      return static_cast<const char*>(texts[slot].data());
+      return static_cast<const char*>(texts[kSlot].data());
     }
   }
 };

@@ -3,7 +3,7 @@
 #include "io/lp_parser.hpp"
 #include "io/lp_reader.hpp"
 #include "io/lp_writer.hpp"
-#include "io/model_comparison.hpp"
+#include "support/model_comparison.hpp"
 
 using namespace zorvex;
 

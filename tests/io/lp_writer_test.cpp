@@ -8,7 +8,7 @@
 
 #include "io/io_fixture.hpp"
 #include "io/lp_names.hpp"
-#include "io/model_comparison.hpp"
+#include "support/model_comparison.hpp"
 
 namespace zorvex::testing {
 namespace {

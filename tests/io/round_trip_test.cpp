@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "io/io_fixture.hpp"
-#include "io/model_comparison.hpp"
+#include "support/model_comparison.hpp"
 #include "support/models.hpp"
 
 namespace zorvex::testing {
