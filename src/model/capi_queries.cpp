@@ -1,5 +1,7 @@
 // Queries of the structure of a model, in the user's signs.
 #include <algorithm>
+#include <bit>
+#include <cstdint>
 
 #include "model/messages.hpp"
 #include "model/model.hpp"
@@ -30,6 +32,14 @@ void copy_vectors(const CompressedVectors& vectors, Range range, int* begin, int
   const auto count = static_cast<std::size_t>(vectors.end(range.first + range.count - 1) - first);
   std::copy_n(vectors.index.begin() + first, count, index);
   std::copy_n(vectors.value.begin() + first, count, value);
+}
+
+// Without branches: senses come in no order that could be predicted.
+void restore_signs(const ModelData& data, const int* row, int count, double* value) {
+  for (int k = 0; k < count; ++k) {
+    const std::uint64_t sign = std::uint64_t{data.row_sense[row[k]] == ZLP_GREATER_EQUAL} << 63;
+    value[k] = std::bit_cast<double>(std::bit_cast<std::uint64_t>(value[k]) ^ sign);
+  }
 }
 
 int get_coefficient(ZLPmodel& model, int row, int col, double* value) {
@@ -94,7 +104,7 @@ int ZLPgetvars(ZLPmodel* model, int* num_nz, int* vbeg, int* vind, double* vval,
     *num_nz = static_cast<int>(data.matrix.end(first + num - 1) - data.matrix.begin(first));
     if (vbeg == nullptr || vind == nullptr || vval == nullptr) return static_cast<int>(kOk);
     copy_vectors(data.matrix, {first, num}, vbeg, vind, vval);
-    for (int k = 0; k < *num_nz; ++k) vval[k] *= data.row_sign(vind[k]);
+    restore_signs(data, vind, *num_nz, vval);
     return static_cast<int>(kOk);
   });
 }

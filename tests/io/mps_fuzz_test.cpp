@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <random>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -30,38 +31,15 @@ const char kFixedSeed[] =
     "    RHS       L 1                 5.   L2                  6.\nBOUNDS\n UP BND       X 1                 7.\n"
     "ENDATA\n";
 
-const std::vector<std::string> kPieces = {"\n",
-                                          " ",
-                                          "\t",
-                                          "\r\n",
-                                          "*",
-                                          "$",
-                                          "ROWS\n",
-                                          "COLUMNS\n",
-                                          "RHS\n",
-                                          "RANGES\n",
-                                          "BOUNDS\n",
-                                          "SOS\n",
-                                          "ENDATA",
-                                          "NAME",
-                                          "QMATRIX\n",
-                                          " S2 q\n",
-                                          "'MARKER'",
-                                          "'INTORG'",
-                                          "1e308",
-                                          "-1e308",
-                                          "inf",
-                                          "nan",
-                                          "x",
-                                          "y",
-                                          " N  n\n",
-                                          " FR BND z\n",
-                                          "\xff\xfe",
-                                          std::string(1, '\0'),
-                                          std::string(300, 'a'),
-                                          std::string(100, ' '),
-                                          "0x1p3",
-                                          "1e-400"};
+std::vector<std::string> pieces() {
+  std::vector<std::string> list{std::string(1, '\0'), std::string(300, 'a'), std::string(100, ' ')};
+  std::istringstream rest(
+      "\n| |\t|\r\n|*|$|ROWS\n|COLUMNS\n|RHS\n|RANGES\n|BOUNDS\n|SOS\n|ENDATA|NAME|QMATRIX\n| S2 q\n|'MARKER'|'INTORG'|"
+      "1e308|-1e308|inf|nan|x|y| N  n\n| FR BND z\n|\xff\xfe|0x1p3|1e-400");
+  for (std::string piece; std::getline(rest, piece, '|');) list.push_back(piece);
+  return list;
+}
+const std::vector<std::string> kPieces = pieces();
 
 std::string mutate(std::string text, std::mt19937& random) {
   const auto below = [&](std::size_t n) { return static_cast<std::size_t>(random() % std::max<std::size_t>(n, 1)); };
