@@ -18,12 +18,16 @@ namespace zorvex {
 
 namespace {
 
-constexpr double kAssumedRate = 4e9;  // multiplications a second and thread, for the prediction in the log
-constexpr int kPatience = 30;         // iterations without a better point before giving up
-constexpr int kPolishIterations = 6;  // after convergence relative to the data, towards the absolute tolerances
-constexpr int kTinySteps = 4;         // in a row, before giving up
-constexpr double kLostGround = 1e4;   // times worse than the best point: the iteration has broken down
-constexpr double kDivergence = 1e3;   // likewise before anything was usable, against the start
+constexpr double kAssumedRate = 4e9;   // multiplications a second and thread, for the prediction in the log
+constexpr int kStepsToJudge = 6;       // in a row: when all of them ...
+constexpr double kCrawlingStep = 0.4;  // ... are shorter than this, ...
+constexpr double kRestartBoost = 100;  // ... the iteration starts over with duals larger by this factor, ...
+constexpr int kMaxRestarts = 3;        // ... at most so often
+constexpr int kPatience = 30;          // iterations without a better point before giving up
+constexpr int kPolishIterations = 6;   // after convergence relative to the data, towards the absolute tolerances
+constexpr int kTinySteps = 4;          // in a row, before giving up
+constexpr double kLostGround = 1e4;    // times worse than the best point: the iteration has broken down
+constexpr double kDivergence = 1e3;    // likewise before anything was usable, against the start
 
 // Correctors by the cost of a factorization against that of a solve (Gondzio 1996, section 4).
 int automatic_correctors(const NewtonStatistics& statistics) {
@@ -34,7 +38,13 @@ int automatic_correctors(const NewtonStatistics& statistics) {
 class Barrier {
  public:
   Barrier(const LpData& lp, const BarrierOptions& options, const StopToken& stop, LogSink& log)
-      : lp_(&lp), options_(options), stop_(stop), log_(log), pool_(options.threads), start_(now_seconds()) {
+      : lp_(&lp),
+        options_(options),
+        tolerances_{options.convergence_tol, options.primal_feasibility_tol, options.dual_feasibility_tol},
+        stop_(stop),
+        log_(log),
+        pool_(options.threads),
+        start_(now_seconds()) {
     if (options_.log_start_time <= 0) options_.log_start_time = start_;
   }
 
@@ -47,6 +57,8 @@ class Barrier {
   void iterate(InteriorPointMethod& method);
   bool ends(const InteriorPointMethod& method, const Progress& progress);
   bool converged(const Progress& progress);
+  bool crawls(const InteriorPointMethod& method, const Progress& progress);
+  SolveStatus restart(InteriorPointMethod& method);
   void keep_if_better(const InteriorPointMethod& method, const Progress& progress);
   void finish();
   void report_iteration(const Progress& progress);
@@ -54,6 +66,7 @@ class Barrier {
   const LpData* lp_;
   LpData adjusted_;  // with a repaired Q, when it had to be
   BarrierOptions options_;
+  Progress::Tolerances tolerances_;
   const StopToken& stop_;
   LogSink& log_;
   BlasSession blas_;
@@ -67,6 +80,8 @@ class Barrier {
   Progress best_progress_;
   double best_merit_ = kInf, first_merit_ = kInf;
   bool has_best_ = false;
+  int restarts_ = 0, started_iteration_ = 0;
+  int short_steps_ = 0;
   int best_iteration_ = 0, converged_iteration_ = -1, tiny_steps_ = 0;
 };
 
@@ -75,7 +90,8 @@ BarrierResult Barrier::run() {
     if (check_q() && prepare()) {
       InteriorPointMethod method(
           model_, *newton_,
-          options_.correctors >= 0 ? options_.correctors : automatic_correctors(newton_->statistics()));
+          options_.correctors >= 0 ? options_.correctors : automatic_correctors(newton_->statistics()),
+          options_.convergence_tol);
       iterate(method);
       finish();
     }
@@ -156,19 +172,16 @@ void Barrier::report_iteration(const Progress& progress) {
 
 // Relative to the data first; then a few more iterations try to reach the absolute tolerances as well.
 bool Barrier::converged(const Progress& progress) {
-  if (progress.merit(options_.convergence_tol) > 1) return false;
-  if (progress.primal_residual <= 0.5 * options_.primal_feasibility_tol &&
-      progress.dual_residual <= 0.5 * options_.dual_feasibility_tol) {
-    return true;
-  }
+  if (progress.merit(tolerances_) > 1) return false;
+  if (progress.within(tolerances_)) return true;
   if (converged_iteration_ < 0) converged_iteration_ = result_.iterations;
   return result_.iterations >= converged_iteration_ + kPolishIterations;
 }
 
 void Barrier::keep_if_better(const InteriorPointMethod& method, const Progress& progress) {
-  const double merit = progress.merit(options_.convergence_tol);
-  if (result_.iterations == 0) first_merit_ = merit;
-  if (!(merit < best_merit_) && result_.iterations > 0) return;
+  const double merit = progress.merit(tolerances_);
+  if (result_.iterations == started_iteration_) first_merit_ = merit;
+  if (!(merit < best_merit_) && result_.iterations > started_iteration_) return;
   if (merit < 0.9 * best_merit_) best_iteration_ = result_.iterations;
   has_best_ = true;
   best_merit_ = merit;
@@ -193,15 +206,30 @@ bool Barrier::ends(const InteriorPointMethod& method, const Progress& progress) 
     return true;
   }
   tiny_steps_ = method.last_step() < BarrierTolerances::kTinyStep ? tiny_steps_ + 1 : 0;
-  const double merit = progress.merit(options_.convergence_tol);
+  const double merit = progress.merit(tolerances_);
   const bool broken = merit > kLostGround * best_merit_ || merit > kDivergence * first_merit_ || std::isnan(merit);
   if (tiny_steps_ < kTinySteps && !broken && result_.iterations < best_iteration_ + kPatience) return false;
   result_.status = SolveStatus::kNumeric;  // finish() looks what the best point is worth
   return true;
 }
 
+// One short step after the other, far from the end.
+bool Barrier::crawls(const InteriorPointMethod& method, const Progress& progress) {
+  short_steps_ = method.last_step() < kCrawlingStep ? short_steps_ + 1 : 0;
+  return short_steps_ >= kStepsToJudge && restarts_ < kMaxRestarts && progress.worst() > BarrierTolerances::kUsable;
+}
+
+SolveStatus Barrier::restart(InteriorPointMethod& method) {
+  ++restarts_;
+  started_iteration_ = result_.iterations + 1;
+  short_steps_ = 0;
+  best_merit_ = first_merit_ = kInf;
+  best_iteration_ = result_.iterations + 1;
+  return method.start(std::pow(kRestartBoost, restarts_), stop_);
+}
+
 void Barrier::iterate(InteriorPointMethod& method) {
-  result_.status = method.start(stop_);
+  result_.status = method.start(1, stop_);
   if (result_.status != SolveStatus::kLoaded) return;
   print_iteration_header(log_, options_.root_log);
   while (true) {
@@ -209,7 +237,7 @@ void Barrier::iterate(InteriorPointMethod& method) {
     report_iteration(progress);
     keep_if_better(method, progress);
     if (ends(method, progress)) return;
-    const SolveStatus status = method.step(stop_);
+    const SolveStatus status = crawls(method, progress) ? restart(method) : method.step(stop_);
     if (status != SolveStatus::kLoaded) {
       result_.status = status;
       return;

@@ -12,10 +12,14 @@ namespace {
 // Centrality correctors aim at products within these factors of the target.
 constexpr double kProductFloor = 0.1;
 constexpr double kProductCeiling = 10;
-constexpr double kCorrectorReach = 0.3;  // longer steps than these are asked of a corrector ...
-constexpr double kCorrectorGain = 0.1;   // ... which must deliver this share of what was asked
-constexpr double kStepAccuracy = 1e-2;   // residual of a Newton step against that of the point
-constexpr int kWeights = 9;              // tried for the second-order corrector
+constexpr double kCorrectorReach = 0.3;    // longer steps than these are asked of a corrector ...
+constexpr double kCorrectorGain = 0.1;     // ... which must deliver this share of what was asked
+constexpr double kStepAccuracy = 1e-2;     // residual of a Newton step against that of the point
+constexpr double kShareOfTolerance = 0.5;  // of the feasibility tolerances, aimed at
+constexpr double kNegligibleGap = 1e-2;    // share of the gap that convergence allows
+constexpr double kLeastGoal = 1e-4;        // of the goals for residuals: no step gets below that
+constexpr double kManySolves = 12;         // with one factor, in one iteration
+constexpr int kWeights = 9;                // tried for the second-order corrector
 
 // to + weight * (corrected - to), into `to`.
 void blend(std::vector<double>& to, const std::vector<double>& corrected, double weight) {
@@ -57,15 +61,29 @@ double longest(const std::vector<double>& at, const std::vector<double>& d, doub
 
 }  // namespace
 
-double Progress::merit(double gap_tolerance) const {
-  const double residual = std::max(relative_primal, relative_dual) / BarrierTolerances::kResidual;
-  return std::max(residual, relative_gap / std::max(gap_tolerance, 1e-16));
+double Progress::merit(const Tolerances& tolerances) const {
+  const auto distance = [](double absolute, double relative, double tolerance) {
+    return std::min(absolute / (kShareOfTolerance * tolerance), relative / BarrierTolerances::kResidual);
+  };
+  return std::max({distance(primal_residual, relative_primal, tolerances.primal),
+                   distance(dual_residual, relative_dual, tolerances.dual),
+                   relative_gap / std::max(tolerances.gap, 1e-16)});
+}
+
+bool Progress::within(const Tolerances& tolerances) const {
+  return primal_residual <= kShareOfTolerance * tolerances.primal &&
+         dual_residual <= kShareOfTolerance * tolerances.dual;
 }
 
 double Progress::worst() const { return std::max({relative_primal, relative_dual, relative_gap}); }
 
-InteriorPointMethod::InteriorPointMethod(const BarrierModel& model, NewtonSystem& newton, int correctors)
-    : model_(model), newton_(newton), correctors_(correctors), regularization_(BarrierTolerances::kRegularization) {
+InteriorPointMethod::InteriorPointMethod(const BarrierModel& model, NewtonSystem& newton, int correctors,
+                                         double gap_tolerance)
+    : model_(model),
+      newton_(newton),
+      correctors_(correctors),
+      gap_tolerance_(gap_tolerance),
+      regularization_(BarrierTolerances::kRegularization) {
   const auto cols = static_cast<std::size_t>(model.num_cols());
   const auto rows = static_cast<std::size_t>(model.num_rows());
   for (auto* part : {&iterate_.v, &iterate_.below, &iterate_.above, &iterate_.low, &iterate_.up, &theta_, &r1_,
@@ -95,13 +113,13 @@ InteriorPointMethod::InteriorPointMethod(const BarrierModel& model, NewtonSystem
 
 // --- starting point ---
 
-SolveStatus InteriorPointMethod::start(const StopToken& stop) {
+SolveStatus InteriorPointMethod::start(double dual_boost, const StopToken& stop) {
   std::fill(theta_.begin(), theta_.end(), 1.0);
   const SolveStatus status = newton_.factor(theta_, regularization_, stop);
   if (status != SolveStatus::kLoaded) return status;
   place_primal();
   place_dual();
-  shift_start();
+  shift_start(dual_boost);
   compute_residuals();
   return SolveStatus::kLoaded;
 }
@@ -159,7 +177,7 @@ void InteriorPointMethod::place_dual() {
 }
 
 // Everything positive and balanced: Mehrotra's shifts, with columns of two bounds kept between them.
-void InteriorPointMethod::shift_start() {
+void InteriorPointMethod::shift_start(double dual_boost) {
   double primal_shift = 0, dual_shift = 0;
   for (Index j = 0; j < model_.num_cols(); ++j) {
     const bool both = has_lower(j) && has_upper(j);
@@ -187,8 +205,8 @@ void InteriorPointMethod::shift_start() {
   }
   primal_shift += duals > 0 ? 0.5 * product / duals : 0;
   dual_shift += distances > 0 ? 0.5 * product / distances : 0;
-  primal_shift = std::max(primal_shift, 1e-2);
-  dual_shift = std::max(dual_shift, 1e-2);
+  primal_shift = std::max(primal_shift, 1.0);
+  dual_shift = dual_boost * std::max(dual_shift, 1.0);
   for (Index j = 0; j < model_.num_cols(); ++j) {
     double& v = iterate_.v[j];
     if (has_lower(j) && has_upper(j)) {
@@ -242,11 +260,12 @@ double InteriorPointMethod::product_after(const Iterate& d, const Steps& steps) 
   return sum / num_products_;
 }
 
-Progress InteriorPointMethod::measure() const {
+Progress InteriorPointMethod::measure() {
   Progress progress;
   const Iterate& at = iterate_;
   Extended primal = 0, dual = 0;
   std::vector<double> curvature(at.v.size(), 0);
+  double gradient_norm = cost_norm_;
   add_quadratic_product(model_, 1, at.v, curvature);
   for (Index i = 0; i < model_.num_rows(); ++i) {
     dual += Extended(model_.rhs[i]) * at.y[i];
@@ -256,6 +275,7 @@ Progress InteriorPointMethod::measure() const {
     const Extended half = Extended(curvature[j]) * at.v[j] / 2;
     primal += Extended(model_.cost[j]) * at.v[j] + half;
     dual -= half;
+    gradient_norm = std::max(gradient_norm, std::abs(curvature[j]) * model_.objective_scale / model_.col_scale[j]);
     if (has_lower(j)) dual += Extended(model_.lower[j]) * at.low[j];
     if (has_upper(j)) dual -= Extended(model_.upper[j]) * at.up[j];
     const double bound = std::max(std::abs(residuals_.below[j]), std::abs(residuals_.above[j])) * model_.col_scale[j];
@@ -264,10 +284,11 @@ Progress InteriorPointMethod::measure() const {
         std::max(progress.dual_residual, std::abs(residuals_.dual[j]) * model_.objective_scale / model_.col_scale[j]);
   }
   const double scale = model_.objective_scale;
+  scaled_objective_ = std::max(1 / scale, std::abs(static_cast<double>(primal) + model_.offset / scale));
   progress.primal_objective = scale * static_cast<double>(primal) + model_.offset;
   progress.dual_objective = scale * static_cast<double>(dual) + model_.offset;
   progress.relative_primal = progress.primal_residual / rhs_norm_;
-  progress.relative_dual = progress.dual_residual / cost_norm_;
+  progress.relative_dual = progress.dual_residual / gradient_norm;
   progress.relative_gap = std::abs(progress.primal_objective - progress.dual_objective) /
                           std::max(1.0, std::abs(progress.primal_objective));
   progress.complementarity = average_product() * scale;
@@ -323,19 +344,61 @@ InteriorPointMethod::Steps InteriorPointMethod::longest_steps(const Iterate& d) 
   return steps;
 }
 
-// After a Newton step with this residual, relative to its goal: whether to try again with other regularization. Too
-// little of it makes the factor useless, too much leaves more to refine than refinement can do.
-bool InteriorPointMethod::regularize_differently(double error) {
-  if (error <= BarrierTolerances::kPoorStep) return false;
-  if (!std::isfinite(error)) {
-    if (regularization_ >= BarrierTolerances::kMaxRegularization) return false;
-    regularization_ *= 100;
-    return true;
+// Products below this are smaller than what the gap needs; they would only spoil the Newton system.
+double InteriorPointMethod::smallest_product() const {
+  return num_products_ == 0 ? 0 : kNegligibleGap * gap_tolerance_ * scaled_objective_ / num_products_;
+}
+
+// Residuals cost objective by what multipliers and values they meet: they should matter less than the gap that is left
+// to close.
+NewtonSystem::Goal InteriorPointMethod::step_goal() const {
+  double multipliers = 1, values = 1;
+  for (const double y : iterate_.y) multipliers += std::abs(y);
+  for (const double v : iterate_.v) values += std::abs(v);
+  const double gap = kNegligibleGap * gap_tolerance_ * scaled_objective_;
+  const double dual = std::max(std::min(dual_goal_, gap / values), kLeastGoal * dual_goal_);
+  const double primal = std::max(std::min(primal_goal_, gap / multipliers), kLeastGoal * primal_goal_);
+  return {std::max(kStepAccuracy * largest_magnitude(residuals_.dual), dual),
+          std::max(kStepAccuracy * largest_magnitude(residuals_.primal), primal)};
+}
+
+// The direction to zero residuals and products. Too little regularization makes the factor useless, too much leaves
+// more to refine than refinement can do: a poor direction is computed again both ways and the best one taken.
+SolveStatus InteriorPointMethod::find_affine(Targets& targets, Iterate& affine, const StopToken& stop) {
+  for (std::size_t j = 0; j < iterate_.v.size(); ++j) {
+    targets.low[j] = -iterate_.below[j] * iterate_.low[j];
+    targets.up[j] = -iterate_.above[j] * iterate_.up[j];
   }
-  if (lowered_ || regularization_ <= BarrierTolerances::kMinRegularization) return false;
-  lowered_ = true;
-  regularization_ /= 100;
-  return true;
+  const double before = regularization_;
+  double best = before, best_error = kInf, error = kInf;
+  for (const double change : {1.0, 1e-2, 1e2}) {
+    regularization_ =
+        std::clamp(before * change, BarrierTolerances::kMinRegularization, BarrierTolerances::kMaxRegularization);
+    const SolveStatus status = factor(stop);
+    if (status != SolveStatus::kLoaded) return status;
+    error = direction(residuals_, targets, affine);
+    if (error < best_error) {
+      best_error = error;
+      best = regularization_;
+    }
+    if (best_error <= BarrierTolerances::kPoorStep) return SolveStatus::kLoaded;
+  }
+  if (!std::isfinite(best_error)) return SolveStatus::kNumeric;
+  if (regularization_ == best) return SolveStatus::kLoaded;
+  regularization_ = best;
+  const SolveStatus status = factor(stop);
+  if (status == SolveStatus::kLoaded) direction(residuals_, targets, affine);
+  return status;
+}
+
+// Refinement that takes many solves says that the regularization is not right. Which way to change it is not known
+// beforehand: on as long as the effort falls, back when it rises.
+void InteriorPointMethod::adapt_regularization(double solves) {
+  if (solves <= kManySolves) return;
+  if (last_solves_ > 0 && solves > last_solves_) trend_ = 1 / trend_;
+  last_solves_ = solves;
+  regularization_ = std::clamp(regularization_ * trend_, BarrierTolerances::kMinRegularization,
+                               BarrierTolerances::kMaxRegularization);
 }
 
 SolveStatus InteriorPointMethod::step(const StopToken& stop) {
@@ -344,35 +407,29 @@ SolveStatus InteriorPointMethod::step(const StopToken& stop) {
   Targets targets{std::vector<double>(cols), std::vector<double>(cols)};
   Iterate affine;
   // A step should take residuals down by its length, until they are well below what counts as converged.
-  goal_ = {std::max(kStepAccuracy * largest_magnitude(residuals_.dual), dual_goal_),
-           std::max(kStepAccuracy * largest_magnitude(residuals_.primal), primal_goal_)};
-  lowered_ = false;
-  while (true) {
-    const SolveStatus status = factor(stop);
-    if (status != SolveStatus::kLoaded) return status;
-    for (std::size_t j = 0; j < cols; ++j) {
-      targets.low[j] = -iterate_.below[j] * iterate_.low[j];
-      targets.up[j] = -iterate_.above[j] * iterate_.up[j];
-    }
-    const double error = direction(residuals_, targets, affine);
-    if (!regularize_differently(error)) {
-      if (!std::isfinite(error)) return SolveStatus::kNumeric;
-      break;
-    }
-  }
+  goal_ = step_goal();
+  const double solves_before = newton_.num_solves();
+  const SolveStatus status = find_affine(targets, affine, stop);
+  if (status != SolveStatus::kLoaded) return status;
   Steps steps = longest_steps(affine);
   const double ratio = mu > 0 ? product_after(affine, steps) / mu : 0;
-  const double target = std::pow(std::clamp(ratio, 0.0, 1.0), 3) * mu;
+  const double centering = std::pow(std::clamp(ratio, 0.0, 1.0), 3);
+  const double target = std::max(centering * mu, smallest_product());
   for (std::size_t j = 0; j < cols; ++j) {
     if (has_lower(static_cast<Index>(j))) targets.low[j] += target - affine.below[j] * affine.low[j];
     if (has_upper(static_cast<Index>(j))) targets.up[j] += target - affine.above[j] * affine.up[j];
   }
   Iterate corrected;
-  direction(residuals_, targets, corrected);
+  Residuals eased = residuals_;
+  for (auto* part : {&eased.primal, &eased.dual, &eased.below, &eased.above}) {
+    for (double& value : *part) value *= 1 - centering;
+  }
+  direction(eased, targets, corrected);
   choose_corrector_weight(corrected, affine, steps);
   correct_centrality(target, affine, steps);
   move(affine, steps);
   last_step_ = steps.shorter();
+  adapt_regularization(newton_.num_solves() - solves_before);
   return std::isfinite(last_step_) ? SolveStatus::kLoaded : SolveStatus::kNumeric;
 }
 

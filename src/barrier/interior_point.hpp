@@ -28,20 +28,29 @@ struct Progress {
   double relative_gap = 0;
   double complementarity = 0;  // average product of a distance and its dual
 
-  // How far from converged, 1 when the residuals are at kResidual and the gap at `gap_tolerance`.
-  [[nodiscard]] double merit(double gap_tolerance) const;
+  // Targets of the iteration, all in the units of the figures above.
+  struct Tolerances {
+    double gap, primal, dual;
+  };
+  // How far from converged: 1 when the gap is at its tolerance and each residual either at half of its own or at
+  // kResidual relative to the data.
+  [[nodiscard]] double merit(const Tolerances& tolerances) const;
+  // Each residual is within its tolerance, whatever the size of the data.
+  [[nodiscard]] bool within(const Tolerances& tolerances) const;
   [[nodiscard]] double worst() const;  // the largest of residuals and gap, all relative
 };
 
 class InteriorPointMethod {
  public:
-  InteriorPointMethod(const BarrierModel& model, NewtonSystem& newton, int correctors);
+  InteriorPointMethod(const BarrierModel& model, NewtonSystem& newton, int correctors, double gap_tolerance);
 
-  SolveStatus start(const StopToken& stop);
+  // `dual_boost` multiplies the shift of the duals: models whose multipliers are much larger than costs suggest are
+  // reached in short steps only unless they start far out.
+  SolveStatus start(double dual_boost, const StopToken& stop);
   // One iteration: kLoaded when done, kNumeric when no step could be made, else the reason of the stop.
   SolveStatus step(const StopToken& stop);
 
-  [[nodiscard]] Progress measure() const;
+  Progress measure();
   [[nodiscard]] const Iterate& iterate() const { return iterate_; }
   [[nodiscard]] double last_step() const { return last_step_; }  // the shorter of the last two step lengths
 
@@ -59,12 +68,15 @@ class InteriorPointMethod {
 
   void place_primal();
   void place_dual();
-  void shift_start();
+  void shift_start(double dual_boost);
   void compute_residuals();
   [[nodiscard]] double average_product() const;
   [[nodiscard]] double product_after(const Iterate& d, const Steps& steps) const;
   SolveStatus factor(const StopToken& stop);
-  bool regularize_differently(double error);
+  [[nodiscard]] double smallest_product() const;
+  [[nodiscard]] NewtonSystem::Goal step_goal() const;
+  SolveStatus find_affine(Targets& targets, Iterate& affine, const StopToken& stop);
+  void adapt_regularization(double solves);
   double direction(const Residuals& residuals, const Targets& targets, Iterate& d);
   [[nodiscard]] Steps longest_steps(const Iterate& d) const;
   void choose_corrector_weight(const Iterate& corrector, Iterate& d, Steps& steps);
@@ -78,8 +90,11 @@ class InteriorPointMethod {
   const BarrierModel& model_;
   NewtonSystem& newton_;
   int correctors_;
+  double gap_tolerance_;
+  double scaled_objective_ = 1;  // magnitude of the last primal objective, at least 1 in the user's units
   double regularization_;
-  bool lowered_ = false;  // regularization, in this iteration
+  double trend_ = 0.1;  // of regularization
+  double last_solves_ = 0;
   Iterate iterate_;
   Residuals residuals_, zero_residuals_;
   std::vector<double> theta_, r1_;

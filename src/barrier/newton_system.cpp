@@ -212,6 +212,7 @@ void NewtonSystem::improve_by_gmres(std::vector<double>& dv, std::vector<double>
 
 void NewtonSystem::solve_regularized(const std::vector<double>& r1, const std::vector<double>& r2,
                                      std::vector<double>& dv, std::vector<double>& dy) {
+  ++num_solves_;
   const Index num_kept = matrix_->num_kept();
   const SparseMatrix& a = model_.matrix;
   rhs_.assign(static_cast<std::size_t>(num_kept + model_.num_rows()), 0);

@@ -44,6 +44,8 @@ class NewtonSystem {
   // goal.
   double solve(const std::vector<double>& r1, const std::vector<double>& r2, const Goal& goal, std::vector<double>& dv,
                std::vector<double>& dy);
+  // Solves with the factor so far, refinement included.
+  [[nodiscard]] double num_solves() const { return num_solves_; }
 
  private:
   struct Candidate;
@@ -64,6 +66,7 @@ class NewtonSystem {
   std::vector<double> q_diagonal_;
   std::vector<double> rhs_, res1_, res2_, cor_v_, cor_y_;
   Goal goal_{1, 1};  // of the running solve
+  double num_solves_ = 0;
 };
 
 }  // namespace zorvex
