@@ -7,6 +7,12 @@
 
 namespace zorvex {
 
+namespace {
+
+constexpr double kRhsInfinity = 1e30;  // sides at or beyond it are infinite
+
+}  // namespace
+
 bool LpParser::fail_infinite(const LpLexeme& place, double value) {
   LpLexeme shown = place;
   shown.text = value > 0 ? "infinity" : "-infinity";
@@ -194,12 +200,12 @@ bool LpParser::range_row(Relation left, Relation right, double first) {
   if (lower > upper || lower == kInf || upper == -kInf) {
     return diagnostics_.fail_at(place, "the lower side of a range is above its upper side");
   }
-  data_.ranges.push_back({data_.num_rows(), lower, upper});
-  return finish_row('<', upper);
+  const bool has_lower = lower > -kRhsInfinity, has_upper = upper < kRhsInfinity;
+  if (has_lower && has_upper) data_.ranges.push_back({data_.num_rows(), lower, upper});
+  return has_lower && !has_upper ? finish_row('>', lower) : finish_row('<', upper);
 }
 
 bool LpParser::finish_row(char sense, double rhs) {
-  constexpr double kRhsInfinity = 1e30;
   data_.sense.push_back(sense);
   data_.rhs.push_back(std::clamp(rhs, -kRhsInfinity, kRhsInfinity));
   data_.row_name.push_back(label_);

@@ -301,7 +301,7 @@ const NameIndex& name_index() {
 }
 
 // Made while the library is loaded: a fork can then never meet it half made by another thread.
-[[maybe_unused]] const NameIndex& kMadeAtLoad = name_index();
+[[maybe_unused]] const NameIndex& made_at_load = name_index();
 
 }  // namespace
 
