@@ -1,6 +1,6 @@
 // Sifting against the dual simplex on generated wide models: sifting_bench [--seconds S] [ROWS...]
 // For every kind of model, number of rows (default 100 200 500 1000) and 5 to 200 columns a row: seconds and pivots of
-// the dual simplex, stopped after S seconds (default 20), and of sifting with primal and dual sub-problems.
+// the dual simplex, stopped after S seconds (default 20), and of sifting with primal, dual and barrier sub-problems.
 // The automatic rule of sifting follows this table.
 #include <cmath>
 #include <cstdio>
@@ -27,7 +27,7 @@ constexpr NamedKind kKinds[] = {{"covering", WideKind::kCovering},
                                 {"packing", WideKind::kPacking},
                                 {"boxed", WideKind::kBoxed}};
 constexpr Index kRatios[] = {5, 10, 20, 50, 100, 200};
-constexpr const char* kMethods[] = {"primal", "dual"};
+constexpr const char* kMethods[] = {"primal", "dual", "barrier"};
 
 void measure(const NamedKind& kind, Index rows, Index ratio, double seconds) {
   RandomStream random(1, kind.name);
@@ -38,7 +38,7 @@ void measure(const NamedKind& kind, Index rows, Index ratio, double seconds) {
   const bool solved = solver.solve({}, {nullptr, start + seconds}) == SolveStatus::kOptimal;
   std::printf("%-13s %5d x %7d   simplex %s%8.3fs %8.0f", kind.name, rows, rows * ratio, solved ? " " : ">",
               now_seconds() - start, solver.iterations());
-  for (int method = 0; method < 2; ++method) {
+  for (int method = 0; method < 3; ++method) {
     start = now_seconds();
     const EngineAnswer answer =
         run_sifting(lp, {.sifting = 1, .sift_method = method}, {}, {nullptr, start + seconds}, log);

@@ -18,6 +18,11 @@ namespace zorvex {
 
 namespace {
 
+// One unit of the stop token's effort, a nonzero touched by the simplex, takes as long as this many operations of the
+// dense kernels.
+constexpr double kOperationsPerUnit = 50;
+constexpr double kSolvesPerIteration = 8;  // with refinement and correctors
+
 constexpr double kAssumedRate = 4e9;   // multiplications a second and thread, for the prediction in the log
 constexpr int kStepsToJudge = 6;       // in a row: when all of them ...
 constexpr double kCrawlingStep = 0.4;  // ... are shorter than this, ...
@@ -232,11 +237,14 @@ void Barrier::iterate(InteriorPointMethod& method) {
   result_.status = method.start(1, stop_);
   if (result_.status != SolveStatus::kLoaded) return;
   print_iteration_header(log_, options_.root_log);
+  const double effort = newton_->statistics().factor_operations / kOperationsPerUnit +
+                        kSolvesPerIteration * newton_->statistics().factor_nonzeros;
   while (true) {
     const Progress progress = method.measure();
     report_iteration(progress);
     keep_if_better(method, progress);
     if (ends(method, progress)) return;
+    stop_.spend(effort);
     const SolveStatus status = crawls(method, progress) ? restart(method) : method.step(stop_);
     if (status != SolveStatus::kLoaded) {
       result_.status = status;

@@ -9,8 +9,12 @@ namespace zorvex {
 
 namespace {
 
+// Infeasible variables, relative to the rows, up to which the primal simplex ends it even when some are basic: it goes
+// on from near feasibility, where the dual would have to begin with its first phase.
+constexpr double kAlmostDone = 0.05;
+
 // How the parameter Crossover orders the phases.
-bool duals_first(int crossover) { return crossover == 1 || crossover == 2; }
+bool duals_first(int crossover) { return crossover <= 2; }
 
 // One call of run_crossover: its inputs and the result it is building.
 class Crossover {
@@ -31,9 +35,10 @@ class Crossover {
   SolveStatus push(LpKernel<Real>& kernel, SimplexLog& log, CrossoverSides<Real> sides);
   template <class Real>
   SolveStatus push_phases(CrossoverPush<Real>& phases);
-  [[nodiscard]] SimplexAlgorithm last_simplex(Index primal_infeasibilities, Index dual_infeasibilities) const;
+  [[nodiscard]] SimplexAlgorithm last_simplex() const;
   [[nodiscard]] SimplexLog make_log() const;
   void clean_up();
+  void solve_from(const Basis& basis, SimplexAlgorithm algorithm);
 
   const LpData& lp_;
   const InteriorPoint& point_;
@@ -54,10 +59,13 @@ SimplexLog Crossover::make_log() const {
   return SimplexLog(log_, settings);
 }
 
-SimplexAlgorithm Crossover::last_simplex(Index primal_infeasibilities, Index dual_infeasibilities) const {
+SimplexAlgorithm Crossover::last_simplex() const {
   if (options_.crossover == 1 || options_.crossover == 3) return SimplexAlgorithm::kPrimal;
   if (options_.crossover == 2 || options_.crossover == 4) return SimplexAlgorithm::kDual;
-  return dual_infeasibilities > primal_infeasibilities ? SimplexAlgorithm::kPrimal : SimplexAlgorithm::kDual;
+  if (result_.dual_infeasibilities == 0) return SimplexAlgorithm::kDual;
+  const double left = result_.primal_infeasibilities + result_.dual_infeasibilities;
+  return result_.primal_infeasibilities == 0 || left <= kAlmostDone * lp_.num_rows() ? SimplexAlgorithm::kPrimal
+                                                                                     : SimplexAlgorithm::kDual;
 }
 
 template <class Real>
@@ -90,13 +98,15 @@ SolveStatus Crossover::push(LpKernel<Real>& kernel, SimplexLog& log, CrossoverSi
   result_.pushes = phases.pushes();
   result_.push_pivots = result_.iterations = core.iterations;
   if (status == SolveStatus::kLoaded) {
-    options_.simplex.algorithm = last_simplex(phases.primal_infeasibilities(), phases.dual_infeasibilities());
+    result_.primal_infeasibilities = phases.primal_infeasibilities();
+    result_.dual_infeasibilities = phases.dual_infeasibilities();
+    options_.simplex.algorithm = last_simplex();
     result_.basis = kernel.basis();
   }
   return status;
 }
 
-// Ends with kLoaded when the simplex is to go on, from the basis of the result or, if that is empty, from scratch.
+// Ends with kLoaded when the simplex is to go on, from the basis of the result if there is one.
 template <class Real>
 SolveStatus Crossover::push_to_basis() {
   LpKernel<Real> kernel;
@@ -112,11 +122,18 @@ SolveStatus Crossover::push_to_basis() {
   return status == SolveStatus::kNumeric ? SolveStatus::kLoaded : status;
 }
 
+// From the basis of the result if there is one. A basis from which the simplex gets nowhere is given up.
 void Crossover::clean_up() {
+  solve_from(result_.basis, options_.simplex.algorithm);
+  if (result_.status == SolveStatus::kNumeric) solve_from({}, SimplexAlgorithm::kDual);
+}
+
+void Crossover::solve_from(const Basis& basis, SimplexAlgorithm algorithm) {
   SimplexOptions simplex = options_.simplex;
+  simplex.algorithm = algorithm;
   simplex.first_iteration = options_.iteration_offset + result_.iterations;
   LpSolver solver(lp_, simplex, log_);
-  if (!result_.basis.empty()) solver.set_basis(result_.basis);
+  if (!basis.empty()) solver.set_basis(basis);
   SimplexLimits rest = limits_;
   rest.iterations -= result_.iterations;
   result_.status = solver.solve(rest, stop_);

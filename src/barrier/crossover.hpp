@@ -25,11 +25,11 @@ struct InteriorPoint {
 
 struct CrossoverOptions {
   // Parameter Crossover: 1 and 2 push duals first, 3 and 4 primal variables first; the primal simplex ends it for 1 and
-  // 3, the dual for 2 and 4. -1 pushes primal variables first and ends with the simplex that has less left to do. The
-  // caller does not ask for a crossover when it is 0.
+  // 3, the dual for 2 and 4. -1 pushes duals first and ends with the simplex that has less left to do. The caller does
+  // not ask for a crossover when it is 0.
   int crossover = -1;
-  // Parameter CrossoverBasis: 0 builds the initial basis for sparsity and nonsingularity; 1 prefers the columns
-  // farthest from their bounds, with larger pivots: slower to build, fewer pivots afterwards.
+  // Parameter CrossoverBasis: 1 demands larger pivots of the initial basis than 0, so that columns far from their
+  // bounds are preferred more strictly to sparse ones.
   int crossover_basis = 0;
   SimplexOptions simplex;
   bool root_log = false;        // print the log as that of a root relaxation
@@ -44,7 +44,8 @@ struct CrossoverResult {
   double iterations = 0;  // pivots of the pushes and of the simplex
   double pushes = 0;      // variables pushed, primal and dual
   double push_pivots = 0;
-  std::vector<double> farkas;  // as LpSolver's
+  Index primal_infeasibilities = 0, dual_infeasibilities = 0;  // variables, that the pushes left to the simplex
+  std::vector<double> farkas;                                  // as LpSolver's
   double farkas_violation = 0;
   std::vector<double> ray;
   bool extended_precision = false;

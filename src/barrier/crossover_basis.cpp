@@ -8,8 +8,8 @@ namespace zorvex {
 
 namespace {
 
-constexpr double kQuickThreshold = 0.1;    // pivots relative to the largest entry of their row
-constexpr double kCarefulThreshold = 0.5;  // the same when margins decide
+constexpr double kQuickThreshold = 0.1;    // pivots relative to the largest weighted entry of their row
+constexpr double kCarefulThreshold = 0.5;  // the same when careful
 constexpr double kLeastWeight = 0x1p-20;   // of the column with the smallest margin against that with the largest
 
 // The columns off their bounds, those with the largest margins first.
@@ -72,13 +72,13 @@ Real weight_of_rank(std::size_t rank, std::size_t count) {
 
 template <class Real>
 CrossoverBasis<Real> choose_crossover_basis(const SimplexCore<Real>& core, const CrossoverSides<Real>& sides,
-                                            bool by_margin, const StopToken& stop) {
+                                            bool careful, const StopToken& stop) {
   CrossoverBasis<Real> result;
   result.basic.assign(static_cast<std::size_t>(core.num_vars()), 0);
   const std::vector<Index> candidates = list_candidates(sides);
   CandidateMatrix<Real> matrix(core, candidates);
   for (std::size_t k = 0; k < candidates.size(); ++k) {
-    matrix.append(core, candidates[k], by_margin ? weight_of_rank<Real>(k, candidates.size()) : Real(1));
+    matrix.append(core, candidates[k], weight_of_rank<Real>(k, candidates.size()));
   }
   matrix.pad();
   std::vector<Index> head(static_cast<std::size_t>(matrix.size()));
@@ -86,7 +86,7 @@ CrossoverBasis<Real> choose_crossover_basis(const SimplexCore<Real>& core, const
   BasisLu<Real> lu;
   LuStatus status = LuStatus::kSpaceTooSmall;
   while (status == LuStatus::kSpaceTooSmall) {
-    status = lu.factor(matrix.view(), head, by_margin ? kCarefulThreshold : kQuickThreshold, stop);
+    status = lu.factor(matrix.view(), head, careful ? kCarefulThreshold : kQuickThreshold, stop);
     if (status == LuStatus::kSpaceTooSmall) lu.grow_space();
   }
   if (status == LuStatus::kInterrupted) {

@@ -23,9 +23,10 @@ struct CrossoverBasis {
   bool stopped = false;     // the stop token asked for it: nothing else is valid
 };
 
-// `by_margin` prefers columns far from their bounds to sparse ones.
+// Columns weigh the more the farther they are from their bounds; `careful` demands larger pivots, so that weights count
+// more and sparsity less.
 template <class Real>
 CrossoverBasis<Real> choose_crossover_basis(const SimplexCore<Real>& core, const CrossoverSides<Real>& sides,
-                                            bool by_margin, const StopToken& stop);
+                                            bool careful, const StopToken& stop);
 
 }  // namespace zorvex

@@ -93,7 +93,7 @@ void CrossoverPush<Real>::set_position_bounds(Index position) {
 
 template <class Real>
 SolveStatus CrossoverPush<Real>::check_limits() {
-  const SolveStatus asked = core_.stop->poll();
+  const SolveStatus asked = core_.poll();
   if (asked != SolveStatus::kLoaded) return asked;
   return core_.iterations >= core_.iteration_limit ? SolveStatus::kIterationLimit : SolveStatus::kLoaded;
 }

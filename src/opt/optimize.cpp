@@ -12,6 +12,7 @@
 #include "model/model.hpp"
 #include "opt/callback_hooks.hpp"
 #include "opt/closing_report.hpp"
+#include "opt/engine_choice.hpp"
 #include "opt/presolved_dump.hpp"
 #include "opt/problem_data.hpp"
 #include "opt/publish.hpp"
@@ -125,11 +126,8 @@ int solve_continuous(ZLPmodel& model, const Call& call) {
   if (param<Param::ZORV_PAR_WRITEPREMODEL>(env) != 0) {
     options.dump_presolved = [&model](const LpData& reduced) { dump_presolved(*model.env, reduced, model.data.sense); };
   }
-  std::optional<BarrierEngine> barrier;
-  if (lp.is_quadratic() || options.method == 2) {
-    barrier.emplace(make_barrier_options(env, model.data.sense, call.start_time));
-    options.engine = &*barrier;
-  }
+  const std::unique_ptr<LpEngine> engine = choose_engine(env, lp, options, !start.empty(), call.start_time);
+  options.engine = engine.get();
   if (lp.is_quadratic()) report_quadratic_method(model);
   LpDriverResult result =
       solve_lp(lp, options, start.empty() ? nullptr : &start, make_stop_token(env, call.start_time, call.hooks), log);

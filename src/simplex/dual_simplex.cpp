@@ -178,7 +178,7 @@ double DualSimplex<Real>::patience() const {
 template <class Real>
 typename DualSimplex<Real>::Step DualSimplex<Real>::iterate() {
   if (core_.needs_refactor()) return Step::kRebuild;
-  if (core_.stop->stop_requested() || core_.iterations + core_.iteration_offset >= core_.iteration_limit) {
+  if (core_.poll() != SolveStatus::kLoaded || core_.iterations + core_.iteration_offset >= core_.iteration_limit) {
     return Step::kStopped;
   }
   // Ties that neither count as degenerate steps nor move the objective for good show by the length of the run alone.

@@ -358,7 +358,7 @@ template <class Real>
 typename PrimalSimplex<Real>::Step PrimalSimplex<Real>::iterate() {
   if (core_.needs_refactor()) return Step::kRebuild;
   if (++run_steps_ > kPatience + kPatienceShare * core_.num_vars()) return Step::kGivenUp;
-  if (core_.stop->stop_requested() || core_.iterations + core_.iteration_offset >= core_.iteration_limit) {
+  if (core_.poll() != SolveStatus::kLoaded || core_.iterations + core_.iteration_offset >= core_.iteration_limit) {
     return Step::kStopped;
   }
   if (!phase1_ && options_.may_perturb && !bounds_changed_ && degenerate_steps_ > kStallLength) {

@@ -246,6 +246,14 @@ bool SimplexCore<Real>::needs_refactor() const {
 }
 
 template <class Real>
+SolveStatus SimplexCore<Real>::poll() {
+  if (work < told_work) told_work = 0;  // a new count has begun
+  stop->spend(work - told_work);
+  told_work = work;
+  return stop->poll();
+}
+
+template <class Real>
 Real SimplexCore<Real>::dual_infeasibility(Index var) const {
   const Real d = reduced_cost[var];
   switch (place[var]) {

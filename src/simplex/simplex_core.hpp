@@ -78,6 +78,7 @@ class SimplexCore {
   double iterations = 0;
   double iteration_limit = kInf;
   double work = 0;  // deterministic effort, about nonzeros touched
+  double told_work = 0;  // of it, what the stop token knows of
 
   // --- factorization state ---
   BasisLu<Real> lu;
@@ -153,6 +154,8 @@ class SimplexCore {
   // Counts trouble, forces a refactorization and raises the Markowitz tolerance to at least a half.
   void report_trouble();
   [[nodiscard]] bool needs_refactor() const;
+  // Polls the stop token, telling it of the work since the last poll.
+  [[nodiscard]] SolveStatus poll();
 
   [[nodiscard]] Real primal_infeasibility(Index position) const {
     const Real x = basic_value[position];

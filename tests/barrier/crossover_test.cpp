@@ -239,10 +239,15 @@ TEST_F(Transport, NoPointNoCrossover) {
 }
 
 TEST_F(Transport, IterationLimitStopsThePushes) {
+  RandomStream random(8, "crossover limits");
+  lp_ = oracle::transportation(20, 30, random);
+  point_ = oracle::average_over_faces(lp_, random, 20);
   QuietLog log;
-  const CrossoverResult result = run(log, {.iterations = 3});
+  const double pivots = run(log).push_pivots;
+  ASSERT_GT(pivots, 3);
+  const CrossoverResult result = run(log, {.iterations = pivots - 2});
   EXPECT_EQ(result.status, SolveStatus::kIterationLimit);
-  EXPECT_LE(result.iterations, 3);
+  EXPECT_EQ(result.iterations, pivots - 2);
   EXPECT_EQ(result.point.x, point_.x);
   EXPECT_TRUE(result.basis.empty());
 }

@@ -70,6 +70,9 @@ INSTANTIATE_TEST_SUITE_P(Sifting, WideModels,
                                          WideCase{"covering_by_dual", WideKind::kCovering, 60, 4000, 2, 1},
                                          WideCase{"partitioning", WideKind::kPartitioning, 60, 4000, 2, 0},
                                          WideCase{"cutting", WideKind::kCutting, 50, 5000, 1, 0},
+                                         WideCase{"cutting_by_barrier", WideKind::kCutting, 50, 5000, 1, 2},
+                                         WideCase{"covering_by_barrier", WideKind::kCovering, 60, 4000, 2, 2},
+                                         WideCase{"partitioning_by_barrier", WideKind::kPartitioning, 60, 4000, 1, 2},
                                          WideCase{"packing", WideKind::kPacking, 50, 3000, 1, -1},
                                          WideCase{"boxed", WideKind::kBoxed, 50, 3000, 1, -1},
                                          WideCase{"few_rows", WideKind::kCovering, 3, 2000, 1, -1}),
@@ -86,7 +89,7 @@ TEST(Sifting, SolvesRandomModelsAsTheOracleDoes) {
     const LpData lp = oracle::random_lp(random, shape);
     if (lp.num_rows() == 0) continue;
     const oracle::DenseLpResult expected = oracle::solve_dense_lp(lp);
-    const EngineAnswer answer = sift(lp, {.sifting = 1, .sift_method = trial % 2});
+    const EngineAnswer answer = sift(lp, {.sifting = 1, .sift_method = trial % 3});
     ASSERT_EQ(answer.status, expected.status) << trial;
     double gap = 0;
     switch (answer.status) {

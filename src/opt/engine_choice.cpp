@@ -1,0 +1,65 @@
+#include "opt/engine_choice.hpp"
+
+#include "barrier/sifting.hpp"
+#include "env/processors.hpp"
+#include "opt/concurrent.hpp"
+#include "opt/solver_options.hpp"
+
+namespace zorvex {
+
+namespace {
+
+enum Method {
+  kAutomatic = -1,
+  kPrimal,
+  kDual,
+  kBarrier,
+  kConcurrent,
+  kConcurrentByWork
+};
+
+std::unique_ptr<LpEngine> concurrent(const ZLPenv &env,
+                                     const LpDriverOptions &options,
+                                     double start_time) {
+  ConcurrentOptions race;
+  race.simplex = options.simplex;
+  race.simplex.sense = options.sense;
+  race.barrier = make_barrier_options(env, options.sense, start_time);
+  const int threads = param<Param::Threads>(env);
+  race.threads = threads > 0 ? threads : count_logical_processors();
+  race.by_work = options.method == kConcurrentByWork;
+  return std::make_unique<ConcurrentEngine>(race);
+}
+
+std::unique_ptr<LpEngine>
+sifting(const ZLPenv &env, const LpDriverOptions &options, double start_time) {
+  SiftingOptions sift;
+  sift.sifting = param<Param::Sifting>(env);
+  sift.sift_method = param<Param::SiftMethod>(env);
+  sift.simplex = options.simplex;
+  sift.simplex.sense = options.sense;
+  sift.barrier = make_barrier_options(env, options.sense, start_time).barrier;
+  return std::make_unique<SiftingEngine>(sift);
+}
+
+} // namespace
+
+std::unique_ptr<LpEngine> choose_engine(const ZLPenv &env, const LpData &lp,
+                                        const LpDriverOptions &options,
+                                        bool has_start_basis,
+                                        double start_time) {
+  if (lp.is_quadratic() || options.method == kBarrier) {
+    return std::make_unique<BarrierEngine>(
+        make_barrier_options(env, options.sense, start_time));
+  }
+  if (options.method >= kConcurrent)
+    return concurrent(env, options, start_time);
+  const int asked = param<Param::Sifting>(env);
+  const bool wanted =
+      sifting_is_wanted(lp, asked) && (asked > 0 || options.method != kPrimal);
+  if (wanted && !has_start_basis)
+    return sifting(env, options, start_time);
+  return nullptr;
+}
+
+} // namespace zorvex
