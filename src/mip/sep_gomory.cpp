@@ -41,11 +41,10 @@ void separate(SeparationContext& context) {
   const VariableBounds bounds(model);
   AggregatedRow row(model, context.rows, context.relaxation.x);
   MirCutter cutter(model, context.rows, bounds, context.relaxation.x);
-  std::vector<double> row_of_a;
   std::vector<double> multipliers;
   for (const Source& source : sources) {
     if (context.state.stop.stop_requested()) return;
-    if (!context.state.lp->solver().tableau_row(source.position, row_of_a, multipliers)) return;
+    if (!context.state.lp->solver().inverse_row(source.position, multipliers)) return;
     double largest = 0;
     for (const double y : multipliers) largest = std::max(largest, std::abs(y));
     row.clear();

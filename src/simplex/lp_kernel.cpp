@@ -248,20 +248,16 @@ std::vector<double> LpKernel<Real>::user_ray() const {
 // With x = C x', the row of position p in user space is the scaled one times the basic variable's factor, divided by
 // each column's factor; a logical's factor is the inverse of its row's.
 template <class Real>
-bool LpKernel<Real>::tableau_row(Index position, std::vector<double>& row_of_a, std::vector<double>& row_of_inverse) {
+bool LpKernel<Real>::inverse_row(Index position, std::vector<double>& multipliers) {
   if (!core_.factor_valid || position < 0 || position >= core_.m) return false;
   Scattered<Real> rho;
   rho.resize(core_.m);
   core_.btran_unit(position, rho);
   const Index var = core_.head[position];
   const Real factor = var < core_.n ? Real(scaling_.col[var]) : 1 / Real(scaling_.row[var - core_.n]);
-  row_of_a.assign(static_cast<std::size_t>(core_.n), 0.0);
-  row_of_inverse.assign(static_cast<std::size_t>(core_.m), 0.0);
+  multipliers.assign(static_cast<std::size_t>(core_.m), 0.0);
   for (const Index row : rho.index) {
-    row_of_inverse[row] = static_cast<double>(rho.value[row] * factor * Real(scaling_.row[row]));
-  }
-  for (Index col = 0; col < core_.n; ++col) {
-    row_of_a[col] = static_cast<double>(core_.column_dot(col, rho.value.data()) * factor / Real(scaling_.col[col]));
+    multipliers[row] = static_cast<double>(rho.value[row] * factor * Real(scaling_.row[row]));
   }
   return true;
 }

@@ -48,7 +48,7 @@ class LpKernel {
   void extract_basic(LpPoint& point) const;
   [[nodiscard]] std::vector<double> user_farkas() const;
   [[nodiscard]] std::vector<double> user_ray() const;
-  bool tableau_row(Index position, std::vector<double>& row_of_a, std::vector<double>& row_of_inverse);
+  bool inverse_row(Index position, std::vector<double>& multipliers);
 
   [[nodiscard]] SimplexCore<Real>& core() { return core_; }
   [[nodiscard]] const SimplexCore<Real>& core() const { return core_; }

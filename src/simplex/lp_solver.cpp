@@ -478,9 +478,9 @@ const std::vector<double>& LpSolver::farkas() const { return state_->farkas; }
 double LpSolver::farkas_violation() const { return state_->farkas_gap; }
 const std::vector<double>& LpSolver::ray() const { return state_->ray; }
 bool LpSolver::extended_precision() const { return state_->use_exact; }
-bool LpSolver::tableau_row(Index position, std::vector<double>& row_of_a, std::vector<double>& row_of_inverse) {
-  if (state_->use_exact) return state_->exact.tableau_row(position, row_of_a, row_of_inverse);
-  return state_->fast.loaded() && state_->fast.tableau_row(position, row_of_a, row_of_inverse);
+bool LpSolver::inverse_row(Index position, std::vector<double>& multipliers) {
+  if (state_->use_exact) return state_->exact.inverse_row(position, multipliers);
+  return state_->fast.loaded() && state_->fast.inverse_row(position, multipliers);
 }
 const std::vector<Index>& LpSolver::basis_head() const {
   return state_->use_exact ? state_->exact.core().head : state_->fast.core().head;

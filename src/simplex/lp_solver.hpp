@@ -93,9 +93,9 @@ class LpSolver {
   [[nodiscard]] const std::vector<double>& ray() const;
   [[nodiscard]] bool extended_precision() const;  // the last solve ended in the extended kernel
 
-  // Row of the simplex tableau of basis position `position`: e' B^-1 A over the columns into `row_of_a` and e' B^-1
-  // over the rows into `row_of_inverse` (both dense, unscaled). Valid after kOptimal. False if no basis is factored.
-  bool tableau_row(Index position, std::vector<double>& row_of_a, std::vector<double>& row_of_inverse);
+  // e' B^-1 of a basis position over the rows, dense and unscaled: the multipliers that sum the rows to a row of the
+  // simplex tableau. Valid after kOptimal. False if no basis is factored.
+  bool inverse_row(Index position, std::vector<double>& multipliers);
   // Variable basic in each position (columns first, then num_cols + row).
   [[nodiscard]] const std::vector<Index>& basis_head() const;
 

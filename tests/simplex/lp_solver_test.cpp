@@ -283,22 +283,24 @@ TEST(LpSolver, RepairsBasesOfWrongCountAndSingularOnes) {
   }
 }
 
-TEST(LpSolver, TableauRowsReproduceBasicVariables) {
+TEST(LpSolver, InverseRowsSumTheRowsToUnitVectorsOverTheBasis) {
   QuietLog log;
   LpSolver solver(solvable_model(20, 30), {}, log);
   ASSERT_EQ(solver.solve({}, {}), SolveStatus::kOptimal);
-  const LpPoint& point = solver.point();
-  std::vector<double> row_of_a, row_of_inverse;
+  const SparseMatrix& matrix = solver.data().matrix;
+  std::vector<double> multipliers;
   for (Index position = 0; position < solver.num_rows(); ++position) {
-    ASSERT_TRUE(solver.tableau_row(position, row_of_a, row_of_inverse));
-    // The row is inverse_row * A: applied to x it equals inverse_row applied to the activities.
-    double left = 0;
-    double right = 0;
-    for (Index col = 0; col < solver.num_cols(); ++col) left += row_of_a[col] * point.x[col];
-    for (Index row = 0; row < solver.num_rows(); ++row) right += row_of_inverse[row] * point.row_activity[row];
-    EXPECT_NEAR(left, right, 1e-8);
-    const Index var = solver.basis_head()[position];
-    EXPECT_NEAR(var < solver.num_cols() ? row_of_a[var] : row_of_inverse[var - solver.num_cols()], 1, 1e-9);
+    ASSERT_TRUE(solver.inverse_row(position, multipliers));
+    for (Index other = 0; other < solver.num_rows(); ++other) {
+      const Index var = solver.basis_head()[other];
+      double entry = var < solver.num_cols() ? 0 : multipliers[var - solver.num_cols()];
+      if (var < solver.num_cols()) {
+        for (Offset k = matrix.begin(var); k < matrix.end(var); ++k) {
+          entry += multipliers[matrix.index[k]] * matrix.value[k];
+        }
+      }
+      EXPECT_NEAR(entry, other == position ? 1 : 0, 1e-9);
+    }
   }
 }
 
