@@ -90,12 +90,12 @@ typename DualRatioTest<Real>::Result DualRatioTest<Real>::choose(const SimplexCo
   while (i < reachable && slope >= 0) {
     group_start_.push_back(i);
     const Real bound = candidates_[i].ratio;
-    while (i < reachable && candidates_[i].slack <= bound * candidates_[i].alpha) {
+    do {  // the first belongs to its own group even where its slack is so large that the tolerance is lost in it
       const DualCandidate<Real>& c = candidates_[i];
       slope -= c.alpha * (core.work_upper[c.var] - core.work_lower[c.var]);
       largest = std::max(largest, c.alpha);
       ++i;
-    }
+    } while (i < reachable && candidates_[i].slack <= bound * candidates_[i].alpha);
   }
   const std::size_t end = i;
   // From the last group backwards, the first that holds a good pivot.
