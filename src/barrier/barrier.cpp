@@ -20,8 +20,8 @@ namespace {
 
 // One unit of the stop token's effort, a nonzero touched by the simplex, takes as long as this many operations of the
 // dense kernels.
-constexpr double kOperationsPerUnit = 50;
-constexpr double kSolvesPerIteration = 8;  // with refinement and correctors
+constexpr double kOperationsPerUnit = 80;
+constexpr double kSolvesPerIteration = 5;  // with refinement and correctors
 
 constexpr double kAssumedRate = 4e9;   // multiplications a second and thread, for the prediction in the log
 constexpr int kStepsToJudge = 6;       // in a row: when all of them ...

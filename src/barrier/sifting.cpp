@@ -15,40 +15,33 @@ namespace zorvex {
 namespace {
 
 constexpr double kPrintedInfinity = 1e98;
-constexpr double kStallOffset = 1; // added to |bound| in the stall tests
-constexpr double kStalled = 1e-6; // relative growth of the bound below which an
-                                  // iteration counts as stalled
-constexpr double kConverging =
-    1e-4; // below it more columns are added at a time
-constexpr int kMaxStalledIterations = 50; // iteration times stalled iterations
-constexpr Index kMinRatio =
-    3; // columns per row from which a working set is a small part
-constexpr Index kAutomaticRatio =
-    20; // columns per row from which sifting was measured to pay
+constexpr double kStallOffset = 1;         // added to |bound| in the stall tests
+constexpr double kStalled = 1e-6;          // relative growth of the bound below which an iteration counts as stalled
+constexpr double kWorthGoingOn = 1e-2;     // relative distance of primal objective and bound
+constexpr double kConverging = 1e-4;       // below it more columns are added at a time
+constexpr int kMaxStalledIterations = 50;  // iteration times stalled iterations
+constexpr Index kMinRatio = 3;             // columns per row from which a working set is a small part
+constexpr Index kAutomaticRatio = 20;      // columns per row from which sifting was measured to pay
 constexpr Index kAutomaticCols = 5000;
-constexpr double kLeastRate =
-    1e-9; // of a reduced cost along a ray, against the largest, that counts
-constexpr Index kPerRow = 2;    // columns of the first working set for each row
-constexpr Index kMinAdded = 50; // columns added in one iteration
-constexpr Index kMaxHeld = 6; // columns held, per row, beyond which the working
-                              // set shrinks to half of that
+constexpr double kLeastRate = 1e-9;  // of a reduced cost along a ray, against the largest, that counts
+constexpr Index kPerRow = 2;         // columns of the first working set for each row
+constexpr Index kMinAdded = 50;      // columns added in one iteration
+constexpr Index kMaxHeld = 6;        // columns held, per row, beyond which the working set shrinks to half of that
 
-const char *name_of(SiftMethod method) {
+const char* name_of(SiftMethod method) {
   switch (method) {
-  case SiftMethod::kPrimal:
-    return "primal simplex";
-  case SiftMethod::kDual:
-    return "dual simplex";
-  default:
-    return "barrier";
+    case SiftMethod::kPrimal:
+      return "primal simplex";
+    case SiftMethod::kDual:
+      return "dual simplex";
+    default:
+      return "barrier";
   }
 }
 
 std::string objective_text(double value) {
-  if (value >= kPrintedInfinity)
-    return "infinity   ";
-  if (value <= -kPrintedInfinity)
-    return "-infinity   ";
+  if (value >= kPrintedInfinity) return "infinity   ";
+  if (value <= -kPrintedInfinity) return "-infinity   ";
   char text[32];
   std::snprintf(text, sizeof text, "%14.7e", value);
   return text;
@@ -56,50 +49,51 @@ std::string objective_text(double value) {
 
 // One call of run_sifting: its inputs and the answer it is building.
 class Sifting {
-public:
-  Sifting(const LpData &lp, const SiftingOptions &options,
-          const SimplexLimits &limits, const StopToken &stop, LogSink &log)
-      : lp_(lp), options_(options), limits_(limits), stop_(stop), log_(log),
+ public:
+  Sifting(const LpData& lp, const SiftingOptions& options, const SimplexLimits& limits, const StopToken& stop,
+          LogSink& log)
+      : lp_(lp),
+        options_(options),
+        limits_(limits),
+        stop_(stop),
+        log_(log),
         duals_(lp, options.simplex.dual_feasibility_tol) {
-    if (options_.simplex.log_start_time <= 0)
-      options_.simplex.log_start_time = now_seconds();
-    method_ = options.sift_method < 0
-                  ? SiftMethod::kPrimal
-                  : static_cast<SiftMethod>(options.sift_method);
+    if (options_.simplex.log_start_time <= 0) options_.simplex.log_start_time = now_seconds();
+    method_ = options.sift_method < 0 ? SiftMethod::kPrimal : static_cast<SiftMethod>(options.sift_method);
   }
 
   EngineAnswer run();
 
-private:
+ private:
   enum class Next { kPrice, kDone, kStopped };
 
-  void sift(WorkingSet &set);
-  Next solve_sub_problem(WorkingSet &set);
-  bool solve_by_barrier(const LpData &sub);
-  Next solve_by_simplex(const LpData &sub, WorkingSet &set);
+  void sift(WorkingSet& set);
+  Next solve_sub_problem(WorkingSet& set);
+  bool solve_by_barrier(const LpData& sub);
+  Next solve_by_simplex(const LpData& sub, WorkingSet& set);
   Next take_feasible(double objective);
   Next take_infeasible(std::vector<double> farkas);
-  void basis_from_interior(WorkingSet &set);
-  [[nodiscard]] Index add_columns(WorkingSet &set);
+  void basis_from_interior(WorkingSet& set);
+  [[nodiscard]] Index add_columns(WorkingSet& set);
   void note_progress();
   void report(int iteration) const;
   void report_end(int iterations);
-  void solve_whole(const Basis &basis);
-  void stop_with(SolveStatus status, const WorkingSet &set, const LpPoint &sub);
+  [[nodiscard]] bool is_close() const;
+  void solve_whole(const Basis& basis);
+  void stop_with(SolveStatus status, const WorkingSet& set, const LpPoint& sub);
 
-  const LpData &lp_;
+  const LpData& lp_;
   SiftingOptions options_;
-  const SimplexLimits &limits_;
-  const StopToken &stop_;
-  LogSink &log_;
+  const SimplexLimits& limits_;
+  const StopToken& stop_;
+  LogSink& log_;
   SiftingDuals duals_;
   SiftMethod method_;
   EngineAnswer answer_;
 
   LpPoint sub_point_;
   bool sub_feasible_ = false;
-  bool interior_ = false; // the last sub-problem was solved by the barrier: the
-                          // basis is an older one
+  bool interior_ = false;  // the last sub-problem was solved by the barrier: the basis is an older one
   double primal_objective_ = kInf;
   double previous_bound_ = -kInf;
   int stalled_ = 0;
@@ -107,8 +101,7 @@ private:
 };
 
 EngineAnswer Sifting::run() {
-  log_.print("\nStarting sifting (using %s for sub-problems)...\n\n",
-             name_of(method_));
+  log_.print("\nStarting sifting (using %s for sub-problems)...\n\n", name_of(method_));
   log_.write("    Iter     Pivots    Primal Obj      Dual Obj        Time\n");
   Basis basis;
   if (duals_.find_start()) {
@@ -118,17 +111,15 @@ EngineAnswer Sifting::run() {
   } else {
     report_end(0);
   }
-  if (answer_.status == SolveStatus::kLoaded)
-    solve_whole(basis);
+  if (answer_.status == SolveStatus::kLoaded) solve_whole(basis);
   return std::move(answer_);
 }
 
-void Sifting::sift(WorkingSet &set) {
+void Sifting::sift(WorkingSet& set) {
   int iteration = 0;
   for (;; ++iteration) {
     const Next next = solve_sub_problem(set);
-    if (next != Next::kPrice)
-      break;
+    if (next != Next::kPrice) break;
     const Index added = add_columns(set);
     report(iteration);
     note_progress();
@@ -138,39 +129,34 @@ void Sifting::sift(WorkingSet &set) {
     }
   }
   report_end(iteration);
-  if (interior_)
-    basis_from_interior(set);
+  if (interior_) basis_from_interior(set);
 }
 
 // kDone: the whole model has to be looked at; kStopped: the answer is set.
-Sifting::Next Sifting::solve_sub_problem(WorkingSet &set) {
+Sifting::Next Sifting::solve_sub_problem(WorkingSet& set) {
   const LpData sub = set.sub_problem();
   interior_ = false;
-  if (method_ != SiftMethod::kBarrier || !solve_by_barrier(sub))
-    return solve_by_simplex(sub, set);
+  if (method_ != SiftMethod::kBarrier || !solve_by_barrier(sub)) return solve_by_simplex(sub, set);
   interior_ = true;
   return take_feasible(objective_at(sub, sub_point_.x));
 }
 
 // False when the barrier found no optimum: the simplex finds out why.
-bool Sifting::solve_by_barrier(const LpData &sub) {
+bool Sifting::solve_by_barrier(const LpData& sub) {
   QuietLog quiet;
   BarrierResult result = solve_barrier(sub, options_.barrier, stop_, quiet);
   answer_.barrier_iterations += result.iterations;
-  if (result.status != SolveStatus::kOptimal)
-    return false;
+  if (result.status != SolveStatus::kOptimal) return false;
   sub_point_ = std::move(result.point);
   return true;
 }
 
-Sifting::Next Sifting::solve_by_simplex(const LpData &sub, WorkingSet &set) {
+Sifting::Next Sifting::solve_by_simplex(const LpData& sub, WorkingSet& set) {
   QuietLog quiet;
   SimplexOptions simplex = options_.simplex;
-  // The slack basis is dual feasible; later bases are primal feasible once a
-  // sub-problem was.
+  // The slack basis is dual feasible; later bases are primal feasible once a sub-problem was.
   const bool primal = method_ == SiftMethod::kPrimal && sub_feasible_;
-  simplex.algorithm =
-      primal ? SimplexAlgorithm::kPrimal : SimplexAlgorithm::kDual;
+  simplex.algorithm = primal ? SimplexAlgorithm::kPrimal : SimplexAlgorithm::kDual;
   LpSolver solver(sub, simplex, quiet);
   solver.set_basis(set.sub_basis());
   solver.solve({limits_.iterations - answer_.iterations, kInf}, stop_);
@@ -178,17 +164,17 @@ Sifting::Next Sifting::solve_by_simplex(const LpData &sub, WorkingSet &set) {
   set.take_basis(solver.basis());
   sub_point_ = solver.point();
   switch (solver.status()) {
-  case SolveStatus::kOptimal:
-    return take_feasible(solver.objective());
-  case SolveStatus::kInfeasible:
-    return take_infeasible(solver.farkas());
-  case SolveStatus::kIterationLimit:
-  case SolveStatus::kTimeLimit:
-  case SolveStatus::kInterrupted:
-    stop_with(solver.status(), set, solver.point());
-    return Next::kStopped;
-  default:
-    return Next::kDone;
+    case SolveStatus::kOptimal:
+      return take_feasible(solver.objective());
+    case SolveStatus::kInfeasible:
+      return take_infeasible(solver.farkas());
+    case SolveStatus::kIterationLimit:
+    case SolveStatus::kTimeLimit:
+    case SolveStatus::kInterrupted:
+      stop_with(solver.status(), set, solver.point());
+      return Next::kStopped;
+    default:
+      return Next::kDone;
   }
 }
 
@@ -197,8 +183,7 @@ Sifting::Next Sifting::take_feasible(double objective) {
   sub_feasible_ = true;
   primal_objective_ = objective;
   std::vector<double> towards = sub_point_.pi;
-  for (std::size_t row = 0; row < towards.size(); ++row)
-    towards[row] -= duals_.pi()[row];
+  for (std::size_t row = 0; row < towards.size(); ++row) towards[row] -= duals_.pi()[row];
   duals_.set_direction(std::move(towards));
   return Next::kPrice;
 }
@@ -213,21 +198,16 @@ Sifting::Next Sifting::take_infeasible(std::vector<double> farkas) {
 }
 
 // Columns that joined after the last sub-problem are at their bounds.
-void Sifting::basis_from_interior(WorkingSet &set) {
+void Sifting::basis_from_interior(WorkingSet& set) {
   const LpData sub = set.sub_problem();
-  for (Index k = static_cast<Index>(sub_point_.x.size()); k < sub.num_cols();
-       ++k) {
+  for (Index k = static_cast<Index>(sub_point_.x.size()); k < sub.num_cols(); ++k) {
     sub_point_.x.push_back(set.resting_value(set.cols()[k]));
   }
-  InteriorPoint point{sub_point_.x,
-                      std::vector<double>(sub.row_lower.size(), 0.0),
-                      sub_point_.pi, sub.cost};
+  InteriorPoint point{sub_point_.x, std::vector<double>(sub.row_lower.size(), 0.0), sub_point_.pi, sub.cost};
   for (Index col = 0; col < sub.num_cols(); ++col) {
     for (Offset k = sub.matrix.begin(col); k < sub.matrix.end(col); ++k) {
-      point.row_activity[sub.matrix.index[k]] +=
-          sub.matrix.value[k] * point.x[col];
-      point.reduced_cost[col] -=
-          sub.matrix.value[k] * point.pi[sub.matrix.index[k]];
+      point.row_activity[sub.matrix.index[k]] += sub.matrix.value[k] * point.x[col];
+      point.reduced_cost[col] -= sub.matrix.value[k] * point.pi[sub.matrix.index[k]];
     }
   }
   QuietLog quiet;
@@ -235,25 +215,20 @@ void Sifting::basis_from_interior(WorkingSet &set) {
   crossover.simplex = options_.simplex;
   SimplexLimits rest;
   rest.iterations = limits_.iterations - answer_.iterations;
-  const CrossoverResult result =
-      run_crossover(sub, point, crossover, rest, stop_, quiet);
+  const CrossoverResult result = run_crossover(sub, point, crossover, rest, stop_, quiet);
   answer_.iterations += result.iterations;
-  if (!result.basis.empty())
-    set.take_basis(result.basis);
-  if (result.status == SolveStatus::kIterationLimit ||
-      result.status == SolveStatus::kTimeLimit ||
+  if (!result.basis.empty()) set.take_basis(result.basis);
+  if (result.status == SolveStatus::kIterationLimit || result.status == SolveStatus::kTimeLimit ||
       result.status == SolveStatus::kInterrupted) {
     stop_with(result.status, set, result.point);
   }
 }
 
-// Columns outside whose reduced cost turns attractive on the way along the
-// direction, those that do so first, join the working set; the duals go along
-// as far as they stay feasible.
-Index Sifting::add_columns(WorkingSet &set) {
+// Columns outside whose reduced cost turns attractive on the way along the direction, those that do so first, join the
+// working set; the duals go along as far as they stay feasible.
+Index Sifting::add_columns(WorkingSet& set) {
   const double tolerance = options_.simplex.dual_feasibility_tol;
-  const bool bounded = sub_feasible_; // towards the sub-problem's duals, or
-                                      // along a ray without end
+  const bool bounded = sub_feasible_;  // towards the sub-problem's duals, or along a ray without end
   std::vector<std::pair<double, Index>> attractive;
   double largest_rate = 0;
   if (!bounded) {
@@ -261,31 +236,24 @@ Index Sifting::add_columns(WorkingSet &set) {
       largest_rate = std::max(largest_rate, std::abs(duals_.dual_rate(col)));
   }
   for (Index col = 0; col < lp_.num_cols(); ++col) {
-    if (set.holds(col))
-      continue;
+    if (set.holds(col)) continue;
     const double sign = set.rests_above(col) ? -1.0 : 1.0;
     const double d = sign * duals_.reduced_cost(col);
     const double rate = sign * duals_.dual_rate(col);
-    if (rate >= 0 && d >= 0)
-      continue;
-    const bool reached =
-        bounded ? d + rate < -tolerance : rate < -kLeastRate * largest_rate;
-    if (reached)
-      attractive.emplace_back(rate < 0 ? std::max(0.0, d) / -rate : 0.0, col);
+    if (rate >= 0 && d >= 0) continue;
+    const bool reached = bounded ? d + rate < -tolerance : rate < -kLeastRate * largest_rate;
+    if (reached) attractive.emplace_back(rate < 0 ? std::max(0.0, d) / -rate : 0.0, col);
   }
   duals_.advance(bounded ? 1.0 : kInf);
   const Index share = options_.sifting == 2 ? 2 : 1;
-  const Index most =
-      std::max(kMinAdded, lp_.num_rows() * share * (converging_ ? 2 : 1));
+  const Index most = std::max(kMinAdded, lp_.num_rows() * share * (converging_ ? 2 : 1));
   if (static_cast<Index>(attractive.size()) > most) {
-    std::nth_element(attractive.begin(), attractive.begin() + most,
-                     attractive.end());
+    std::nth_element(attractive.begin(), attractive.begin() + most, attractive.end());
     attractive.resize(static_cast<std::size_t>(most));
   }
   if (sub_feasible_ && !interior_ && set.size() > kMaxHeld * lp_.num_rows())
     set.shrink(sub_point_, kMaxHeld / 2 * lp_.num_rows());
-  for (const auto &entry : attractive)
-    set.add(entry.second);
+  for (const auto& entry : attractive) set.add(entry.second);
   return static_cast<Index>(attractive.size());
 }
 
@@ -294,10 +262,8 @@ void Sifting::note_progress() {
   const double change = std::abs(bound - previous_bound_);
   previous_bound_ = bound;
   ++stalled_;
-  if (!(change < kStalled * (std::abs(bound) + kStallOffset)))
-    stalled_ = 0;
-  if (change < kConverging * (std::abs(bound) + kStallOffset))
-    converging_ = true;
+  if (!(change < kStalled * (std::abs(bound) + kStallOffset))) stalled_ = 0;
+  if (change < kConverging * (std::abs(bound) + kStallOffset)) converging_ = true;
 }
 
 void Sifting::report(int iteration) const {
@@ -305,8 +271,7 @@ void Sifting::report(int iteration) const {
   const double bound = static_cast<double>(duals_.objective() + lp_.offset);
   log_.print("    %4d    %7.0f  %14s  %14.7e  %5.0fs\n", iteration,
              options_.simplex.first_iteration + answer_.iterations,
-             objective_text(sense * std::min(primal_objective_, 1e100)).c_str(),
-             sense * bound,
+             objective_text(sense * std::min(primal_objective_, 1e100)).c_str(), sense * bound,
              std::floor(now_seconds() - options_.simplex.log_start_time));
 }
 
@@ -316,65 +281,68 @@ void Sifting::report_end(int iterations) {
                               "start for sifting\n\n");
 }
 
-void Sifting::stop_with(SolveStatus status, const WorkingSet &set,
-                        const LpPoint &sub) {
+void Sifting::stop_with(SolveStatus status, const WorkingSet& set, const LpPoint& sub) {
   answer_.status = status;
   answer_.farkas.clear();
-  if (sub.x.size() != static_cast<std::size_t>(set.size()))
-    return;
+  if (sub.x.size() != static_cast<std::size_t>(set.size())) return;
   answer_.point = set.whole_point(sub);
   answer_.basis = set.basis();
 }
 
-// From the last sub-problem's basis: usually nothing is left to do but to
-// confirm it.
-void Sifting::solve_whole(const Basis &basis) {
+// Whether the last sub-problem is so close to the bound that its basis is worth going on from.
+bool Sifting::is_close() const {
+  const auto bound = static_cast<double>(duals_.objective() + lp_.offset);
+  return sub_feasible_ && primal_objective_ - bound <= kWorthGoingOn * (std::abs(primal_objective_) + kStallOffset);
+}
+
+// From the last sub-problem's basis, where usually nothing is left to do but to confirm it; from scratch when sifting
+// got nowhere near the optimum.
+void Sifting::solve_whole(const Basis& basis) {
   double gap = 0;
-  if (!answer_.farkas.empty() && !sub_feasible_ &&
-      proves_infeasible(lp_, answer_.farkas, gap)) {
+  if (!answer_.farkas.empty() && !sub_feasible_ && proves_infeasible(lp_, answer_.farkas, gap)) {
     answer_.status = SolveStatus::kInfeasible;
     answer_.farkas_violation = gap;
     return;
   }
   SimplexOptions simplex = options_.simplex;
   simplex.first_iteration += answer_.iterations;
-  if (sub_feasible_)
-    simplex.algorithm = SimplexAlgorithm::kPrimal;
+  const bool close = is_close();
+  if (close) simplex.algorithm = SimplexAlgorithm::kPrimal;
   LpSolver solver(lp_, simplex, log_);
-  if (!basis.empty())
-    solver.set_basis(basis);
-  solver.solve({limits_.iterations - answer_.iterations, limits_.objective},
-               stop_);
+  if (close && !basis.empty()) solver.set_basis(basis);
+  solver.solve({limits_.iterations - answer_.iterations, limits_.objective}, stop_);
   const double before = answer_.iterations;
   answer_ = answer_of(solver);
   answer_.iterations += before;
 }
 
-} // namespace
+}  // namespace
 
-bool sifting_is_wanted(const LpData &lp, int sifting) {
-  if (sifting > 0)
-    return true;
-  return sifting < 0 && lp.num_cols() >= kAutomaticCols &&
-         lp.num_cols() >= kAutomaticRatio * Offset{lp.num_rows()};
+bool sifting_is_wanted(const LpData& lp, int sifting) {
+  if (sifting >= 0) return sifting > 0;
+  if (lp.num_cols() < kAutomaticCols || lp.num_cols() < kAutomaticRatio * Offset{lp.num_rows()}) return false;
+  // Columns that are cheap at their upper bounds end at either, and by the thousand: no working set holds them.
+  Index torn = 0;
+  for (Index col = 0; col < lp.num_cols(); ++col) {
+    const double low = lp.col_lower[col];
+    const double up = lp.col_upper[col];
+    if (lp.cost[col] < 0 && low != up && std::isfinite(low) && std::isfinite(up)) ++torn;
+  }
+  return torn <= lp.num_rows();
 }
 
-bool sifting_is_possible(const LpData &lp, LogSink &log) {
-  if (lp.num_rows() > 0 && lp.num_cols() >= kMinRatio * Offset{lp.num_rows()} &&
-      lp.num_cols() > kMinAdded)
-    return true;
+bool sifting_is_possible(const LpData& lp, LogSink& log) {
+  if (lp.num_rows() > 0 && lp.num_cols() >= kMinRatio * Offset{lp.num_rows()} && lp.num_cols() > kMinAdded) return true;
   log.write("Warning: sifting step skipped - too few columns\n");
   return false;
 }
 
-EngineAnswer run_sifting(const LpData &lp, const SiftingOptions &options,
-                         const SimplexLimits &limits, const StopToken &stop,
-                         LogSink &log) {
+EngineAnswer run_sifting(const LpData& lp, const SiftingOptions& options, const SimplexLimits& limits,
+                         const StopToken& stop, LogSink& log) {
   return Sifting(lp, options, limits, stop, log).run();
 }
 
-EngineAnswer SiftingEngine::solve(const LpData &lp, const SimplexLimits &limits,
-                                  const StopToken &stop, LogSink &log) {
+EngineAnswer SiftingEngine::solve(const LpData& lp, const SimplexLimits& limits, const StopToken& stop, LogSink& log) {
   if (sifting_is_wanted(lp, options_.sifting) && sifting_is_possible(lp, log)) {
     return run_sifting(lp, options_, limits, stop, log);
   }
@@ -383,4 +351,4 @@ EngineAnswer SiftingEngine::solve(const LpData &lp, const SimplexLimits &limits,
   return answer_of(solver);
 }
 
-} // namespace zorvex
+}  // namespace zorvex

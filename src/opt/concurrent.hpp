@@ -1,11 +1,8 @@
-// The concurrent optimizer: dual simplex, barrier with crossover and primal
-// simplex race on the presolved model.
-//   Threads  one for each solver, in that order as far as they reach; the
-//   barrier gets those left over. With a single
+// The concurrent optimizer: dual simplex, barrier with crossover and primal simplex race on the presolved model.
+//   Threads  one for each solver, in that order as far as they reach; the barrier gets those left over. With a single
 //            thread the dual simplex runs alone, on the caller's.
-//   Log      which solvers start and which one decided the model; their own
-//   logs are not shown. Repeats  with `by_work` the same model, parameters and
-//   number of threads give the same answer, counts and log.
+//   Log      which solvers start and which one decided the model; their own logs are not shown.
+//   Repeats  with `by_work` the same model, parameters and number of threads give the same answer, counts and log.
 #pragma once
 
 #include "barrier/barrier_engine.hpp"
@@ -21,17 +18,15 @@ struct ConcurrentOptions {
 };
 
 class ConcurrentEngine final : public LpEngine {
-public:
-  explicit ConcurrentEngine(const ConcurrentOptions &options)
-      : options_(options) {}
+ public:
+  explicit ConcurrentEngine(const ConcurrentOptions& options) : options_(options) {}
 
-  EngineAnswer solve(const LpData &lp, const SimplexLimits &limits,
-                     const StopToken &stop, LogSink &log) override;
+  EngineAnswer solve(const LpData& lp, const SimplexLimits& limits, const StopToken& stop, LogSink& log) override;
   [[nodiscard]] bool has_own_report() const override { return false; }
-  void report_without_solve(SolveStatus, double, double, LogSink &) override {}
+  void report_without_solve(SolveStatus, double, double, LogSink&) override {}
 
-private:
+ private:
   ConcurrentOptions options_;
 };
 
-} // namespace zorvex
+}  // namespace zorvex

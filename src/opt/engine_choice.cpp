@@ -9,18 +9,9 @@ namespace zorvex {
 
 namespace {
 
-enum Method {
-  kAutomatic = -1,
-  kPrimal,
-  kDual,
-  kBarrier,
-  kConcurrent,
-  kConcurrentByWork
-};
+enum Method { kAutomatic = -1, kPrimal, kDual, kBarrier, kConcurrent, kConcurrentByWork };
 
-std::unique_ptr<LpEngine> concurrent(const ZLPenv &env,
-                                     const LpDriverOptions &options,
-                                     double start_time) {
+std::unique_ptr<LpEngine> concurrent(const ZLPenv& env, const LpDriverOptions& options, double start_time) {
   ConcurrentOptions race;
   race.simplex = options.simplex;
   race.simplex.sense = options.sense;
@@ -31,8 +22,7 @@ std::unique_ptr<LpEngine> concurrent(const ZLPenv &env,
   return std::make_unique<ConcurrentEngine>(race);
 }
 
-std::unique_ptr<LpEngine>
-sifting(const ZLPenv &env, const LpDriverOptions &options, double start_time) {
+std::unique_ptr<LpEngine> sifting(const ZLPenv& env, const LpDriverOptions& options, double start_time) {
   SiftingOptions sift;
   sift.sifting = param<Param::Sifting>(env);
   sift.sift_method = param<Param::SiftMethod>(env);
@@ -42,24 +32,18 @@ sifting(const ZLPenv &env, const LpDriverOptions &options, double start_time) {
   return std::make_unique<SiftingEngine>(sift);
 }
 
-} // namespace
+}  // namespace
 
-std::unique_ptr<LpEngine> choose_engine(const ZLPenv &env, const LpData &lp,
-                                        const LpDriverOptions &options,
-                                        bool has_start_basis,
-                                        double start_time) {
+std::unique_ptr<LpEngine> choose_engine(const ZLPenv& env, const LpData& lp, const LpDriverOptions& options,
+                                        bool has_start_basis, double start_time) {
   if (lp.is_quadratic() || options.method == kBarrier) {
-    return std::make_unique<BarrierEngine>(
-        make_barrier_options(env, options.sense, start_time));
+    return std::make_unique<BarrierEngine>(make_barrier_options(env, options.sense, start_time));
   }
-  if (options.method >= kConcurrent)
-    return concurrent(env, options, start_time);
+  if (options.method >= kConcurrent) return concurrent(env, options, start_time);
   const int asked = param<Param::Sifting>(env);
-  const bool wanted =
-      sifting_is_wanted(lp, asked) && (asked > 0 || options.method != kPrimal);
-  if (wanted && !has_start_basis)
-    return sifting(env, options, start_time);
+  const bool wanted = sifting_is_wanted(lp, asked) && (asked > 0 || options.method != kPrimal);
+  if (wanted && !has_start_basis) return sifting(env, options, start_time);
   return nullptr;
 }
 
-} // namespace zorvex
+}  // namespace zorvex

@@ -77,7 +77,7 @@ class SimplexCore {
   double iteration_offset = 0;
   double iterations = 0;
   double iteration_limit = kInf;
-  double work = 0;  // deterministic effort, about nonzeros touched
+  double work = 0;       // deterministic effort, about nonzeros touched
   double told_work = 0;  // of it, what the stop token knows of
 
   // --- factorization state ---

@@ -248,5 +248,31 @@ TEST_F(Covering, NarrowModelsAreLeftAlone) {
   EXPECT_FALSE(sifting_is_wanted(lp_, -1));
 }
 
+// Columns in plenty, and few of them hard to place.
+TEST_F(Covering, TheAutomaticRuleWantsWideModelsWhoseColumnsStayDown) {
+  RandomStream random(53, "sifting rule");
+  LpData wide = oracle::wide_lp(WideKind::kBoxed, 20, 6000, random);
+  for (Index col = 0; col < 20; ++col) wide.col_upper[col] = 9;
+  EXPECT_TRUE(sifting_is_wanted(wide, -1));
+  for (double& c : wide.cost) c = -c;
+  EXPECT_FALSE(sifting_is_wanted(wide, -1));
+  for (double& u : wide.col_upper) u = kInf;
+  EXPECT_TRUE(sifting_is_wanted(wide, -1));
+}
+
+// Half of the columns belong at their upper bounds: sifting gives up, and the simplex is none the worse for it.
+TEST_F(Covering, AHopelessStartIsGivenUp) {
+  RandomStream random(59, "sifting hopeless");
+  LpData boxed = oracle::wide_lp(WideKind::kBoxed, 20, 3000, random);
+  for (Index row = 0; row < 20; ++row) boxed.row_upper[row] = 900 + 10 * row;
+  for (double& u : boxed.col_upper) u = 1;
+  for (double& c : boxed.cost) c = -c;
+  const EngineAnswer answer = sift(boxed);
+  ASSERT_EQ(answer.status, SolveStatus::kOptimal);
+  EXPECT_TRUE(is_optimal(boxed, answer.point, {}));
+  const double expected = simplex_objective(boxed);
+  EXPECT_NEAR(objective_at(boxed, answer.point.x), expected, 1e-7 * std::abs(expected));
+}
+
 }  // namespace
 }  // namespace zorvex
