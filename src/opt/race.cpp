@@ -74,8 +74,9 @@ class Race {
   std::deque<Lane> lanes_;
   std::mutex mutex_;
   std::condition_variable finished_;
-  std::size_t done_ = 0;  // lanes; under the mutex, as are the next and Lane::done
-  Index first_ = -1;      // lane that decided the model first
+  std::size_t done_ = 0;                      // lanes; under the mutex, as are the next and Lane::done
+  Index first_ = -1;                          // lane that decided the model first
+  SolveStatus asked_ = SolveStatus::kLoaded;  // why the caller wants the end
 };
 
 void Race::run_lane(std::size_t k) {
@@ -109,7 +110,8 @@ void Race::wait() {
   while (done_ < lanes_.size()) {
     finished_.wait_for(lock, kPollInterval);
     lock.unlock();
-    if (stop_.stop_requested()) terminate_all();
+    if (asked_ == SolveStatus::kLoaded) asked_ = stop_.poll();
+    if (asked_ != SolveStatus::kLoaded) terminate_all();
     lock.lock();
   }
 }
@@ -149,6 +151,10 @@ RaceResult Race::result() {
   if (chosen >= 0) {
     result.work = lanes_[chosen].gauge.spent();
     result.answer = std::move(lanes_[chosen].answer);
+    // A contestant cannot tell the end of the caller's time from any other request.
+    if (result.winner < 0 && asked_ != SolveStatus::kLoaded && result.answer.status == SolveStatus::kInterrupted) {
+      result.answer.status = asked_;
+    }
     return result;
   }
   for (Lane& lane : lanes_) {
