@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 namespace zorvex {
 
@@ -352,16 +353,19 @@ void MirCutter::build(const AggregatedRow& row, double scale, Cut& cut) {
   clear_output();
 }
 
-bool MirCutter::separate(const AggregatedRow& row, bool one_sign, Cut& cut) {
+bool MirCutter::separate(const AggregatedRow& row, CutType type, bool both_signs, std::vector<Cut>& found) {
+  const std::size_t before = found.size();
   for (const double sign : {1.0, -1.0}) {
-    if (sign < 0 && one_sign) break;
     if (!substitute(row, sign)) continue;
     const double scale = best_scale();
     if (scale == 0) continue;
+    Cut cut;
     build(row, scale, cut);
-    return true;
+    cut.type = type;
+    found.push_back(std::move(cut));
+    if (!both_signs) break;
   }
-  return false;
+  return found.size() > before;
 }
 
 }  // namespace zorvex

@@ -67,9 +67,9 @@ class MirCutter {
   MirCutter(const SearchModel& model, const LpRows& rows, const VariableBounds& variable_bounds,
             const std::vector<double>& x);
 
-  // The most violated cut of the row over the candidate scales; both signs of the row are tried unless `one_sign`.
-  // False when none is violated. The type is left to the caller.
-  bool separate(const AggregatedRow& row, bool one_sign, Cut& cut);
+  // Appends the most violated cut over the candidate scales for the row, and for its negative: with `both_signs` in any
+  // case, else only when the row itself gives none. Returns whether any was violated.
+  bool separate(const AggregatedRow& row, CutType type, bool both_signs, std::vector<Cut>& found);
 
  private:
   enum class Kind : char { kLower, kUpper, kFree };

@@ -51,10 +51,7 @@ void separate(SeparationContext& context) {
     for (Index i = 0; i < context.rows.count(); ++i) {
       if (std::abs(multipliers[i]) > mip_tol::kCutDrop * largest) row.add(i, multipliers[i]);
     }
-    Cut cut;
-    if (!cutter.separate(row, false, cut)) continue;
-    cut.type = CutType::kGomory;
-    context.found.push_back(std::move(cut));
+    cutter.separate(row, CutType::kGomory, false, context.found);
   }
 }
 

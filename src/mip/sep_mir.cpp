@@ -69,13 +69,8 @@ void Aggregation::start_from(Index start) {
   std::vector<Index> joined = {start};
   used_[start] = 1;
   row_.add(start, 1);
-  Cut cut;
   for (;;) {
-    if (cutter_.separate(row_, false, cut)) {
-      cut.type = CutType::kMir;
-      context_.found.push_back(std::move(cut));
-      break;
-    }
+    if (cutter_.separate(row_, CutType::kMir, true, context_.found)) break;
     if (joined.size() >= kMaxAggregated || row_.support().size() > kMaxSupport) break;
     // Where variable bounds are tight everywhere, as at the start of a fixed-charge problem, rows are joined along the
     // largest flow instead.

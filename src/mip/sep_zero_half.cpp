@@ -123,11 +123,7 @@ void ParitySystem::consider(const ParityRow& row) {
   if (violation_weight(row) >= 1 - mip_tol::kCutViolation) return;
   row_.clear();
   for (const Index source : row.sources) row_.add(source, multiplier(source));
-  Cut cut;
-  if (!cutter_.separate(row_, false, cut)) return;
-  cut.type = CutType::kZeroHalf;
-  context_.found.push_back(std::move(cut));
-  ++cuts_;
+  if (cutter_.separate(row_, CutType::kZeroHalf, false, context_.found)) ++cuts_;
 }
 
 void ParitySystem::combine(ParityRow& target, const ParityRow& pivot) {

@@ -211,10 +211,10 @@ typename DualSimplex<Real>::Step DualSimplex<Real>::iterate() {
     return Step::kNoEntering;
   }
   using std::abs;
-  if (abs(choice.alpha) < Real(10 * kPivotTolerance)) {
+  if (abs(choice.alpha) < 10 * KernelTolerances<Real>::kPivot) {
     core_.log->sink().diagnose("small pivot %g\n", static_cast<double>(-abs(choice.alpha)));
     failed_position_ = position;
-    if (core_.fresh && choice.best_alpha < Real(10 * kPivotTolerance)) return Step::kNoEntering;
+    if (core_.fresh && choice.best_alpha < 10 * KernelTolerances<Real>::kPivot) return Step::kNoEntering;
     pricing_.reject(position);
     return ++small_pivots_ > kMaxSmallPivots && !core_.fresh ? Step::kRebuild : Step::kContinue;
   }
@@ -264,7 +264,7 @@ bool DualSimplex<Real>::pivot_is_trustworthy(Index position, Index entering, Rea
   const Real column_alpha = alpha_col_.value[position];
   const Real difference = abs(column_alpha - row_alpha);
   const bool ok = difference <= KernelTolerances<Real>::kPivotMismatch * (1 + abs(column_alpha)) &&
-                  abs(column_alpha) > Real(kPivotTolerance) && column_alpha * row_alpha > 0;
+                  abs(column_alpha) > KernelTolerances<Real>::kPivot && column_alpha * row_alpha > 0;
   if (ok) {
     // A reduced cost on the wrong side would make the step go backwards: shift it to zero.
     const Place place = core_.place[entering];

@@ -17,6 +17,7 @@ struct KernelTolerances<double> {
   static constexpr double kResidual = 1e-7;        // residual of B x = b that counts as numerical trouble
   static constexpr double kPivotMismatch = 1e-7;   // relative disagreement of row-wise and column-wise pivot
   static constexpr double kMinWeight = 1e-4;       // dual edge weights never fall below
+  static constexpr double kPivot = 3e-8;           // smallest pivot that an iteration accepts is ten times this
 };
 
 template <>
@@ -28,10 +29,9 @@ struct KernelTolerances<Extended> {
   static constexpr Extended kResidual = 1e-11L;
   static constexpr Extended kPivotMismatch = 1e-11L;
   static constexpr Extended kMinWeight = 1e-4L;
+  static constexpr Extended kPivot = 1e-11L;
 };
 
-// Smallest pivot that an iteration accepts is ten times this.
-inline constexpr double kPivotTolerance = 3e-8;
 // Internal feasibility tolerances are this share of the user's, so that unscaling leaves room.
 inline constexpr double kToleranceShare = 0.1;
 

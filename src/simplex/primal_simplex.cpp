@@ -397,7 +397,7 @@ typename PrimalSimplex<Real>::Step PrimalSimplex<Real>::iterate() {
   }
   using std::abs;
   const Real pivot = alpha_.value[block.position];
-  if (abs(pivot) < Real(10 * kPivotTolerance)) {
+  if (abs(pivot) < 10 * KernelTolerances<Real>::kPivot) {
     core_.log->sink().diagnose("Numeric Warning: primal small pivot %g\n", static_cast<double>(pivot));
     if (!core_.fresh) return Step::kRebuild;
     rejected_.push_back(entering);

@@ -41,8 +41,9 @@ TEST(CancelEquations, RowsLoseWhatAPartitionSettles) {
   };
   const std::array cases = {
       Case{"all members", {{5, 5, 5, 3}, {1, 1, 1, 0}}, {-kInf, 1}, {9, 1}, 0, {0, 0, 0, 3}, -kInf, 4},
-      Case{"all but one", {{5, 5, 5, 0}, {1, 1, 1, 1}}, {2, 1}, {9, 1}, 0, {0, 0, 0, -5}, -3, 4},
-      Case{"half of them", {{5, 5, 0, 0}, {1, 1, 1, 1}}, {-kInf, 1}, {9, 1}, 0, {5, 5, 0, 0}, -kInf, 9},
+      Case{"all, with a remainder", {{5, 5, 5, 2}, {1, 1, 1, 1}}, {2, 1}, {9, 1}, 0, {0, 0, 0, -3}, -3, 4},
+      Case{"half of them", {{5, 5, 0, 3}, {1, 1, 1, 1}}, {-kInf, 1}, {9, 1}, 0, {5, 5, 0, 3}, -kInf, 9},
+      Case{"a packing", {{1, 1, 1, 0}, {1, 1, 1, 1}}, {-kInf, 1}, {1, 1}, 0, {1, 1, 1, 0}, -kInf, 1},
       Case{"two kinds", {{2, 2, 2, 7}, {1, 1, 1, 1}}, {-kInf, 1}, {9, 1}, 0, {0, 0, 0, 5}, -kInf, 7},
       Case{"an inequality", {{5, 5, 5, 3}, {1, 1, 1, 0}}, {-kInf, -kInf}, {9, 1}, 0, {5, 5, 5, 3}, -kInf, 9},
   };
