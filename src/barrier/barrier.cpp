@@ -23,16 +23,16 @@ namespace {
 constexpr double kOperationsPerUnit = 80;
 constexpr double kSolvesPerIteration = 5;  // with refinement and correctors
 
-constexpr double kAssumedRate = 4e9;   // multiplications a second and thread, for the prediction in the log
-constexpr int kStepsToJudge = 6;       // in a row: when all of them ...
-constexpr double kCrawlingStep = 0.4;  // ... are shorter than this, ...
-constexpr double kRestartBoost = 100;  // ... the iteration starts over with duals larger by this factor, ...
-constexpr int kMaxRestarts = 3;        // ... at most so often
-constexpr int kPatience = 30;          // iterations without a better point before giving up
-constexpr int kPolishIterations = 6;   // after convergence relative to the data, towards the absolute tolerances
-constexpr int kTinySteps = 4;          // in a row, before giving up
-constexpr double kLostGround = 1e4;    // times worse than the best point: the iteration has broken down
-constexpr double kDivergence = 1e3;    // likewise before anything was usable, against the start
+constexpr double kAssumedRate = 4e9;      // multiplications a second and thread, for the prediction in the log
+constexpr std::size_t kStepsToJudge = 6;  // when residuals after so many steps ...
+constexpr double kCrawlingShare = 0.2;    // ... are still this share of what they were, ...
+constexpr double kRestartBoost = 100;     // ... the iteration starts over with duals larger by this factor, ...
+constexpr int kMaxRestarts = 3;           // ... at most so often
+constexpr int kPatience = 30;             // iterations without a better point before giving up
+constexpr int kPolishIterations = 6;      // after convergence relative to the data, towards the absolute tolerances
+constexpr int kTinySteps = 4;             // in a row, before giving up
+constexpr double kLostGround = 1e4;       // times worse than the best point: the iteration has broken down
+constexpr double kDivergence = 1e3;       // likewise before anything was usable, against the start
 
 // Correctors by the cost of a factorization against that of a solve (Gondzio 1996, section 4).
 int automatic_correctors(const NewtonStatistics& statistics) {
@@ -62,7 +62,7 @@ class Barrier {
   void iterate(InteriorPointMethod& method);
   bool ends(const InteriorPointMethod& method, const Progress& progress);
   bool converged(const Progress& progress);
-  bool crawls(const InteriorPointMethod& method, const Progress& progress);
+  bool crawls(const Progress& progress);
   SolveStatus restart(InteriorPointMethod& method);
   void keep_if_better(const InteriorPointMethod& method, const Progress& progress);
   void finish();
@@ -86,7 +86,7 @@ class Barrier {
   double best_merit_ = kInf, first_merit_ = kInf;
   bool has_best_ = false;
   int restarts_ = 0, started_iteration_ = 0;
-  int short_steps_ = 0;
+  std::vector<double> history_;  // residuals since the last start
   int best_iteration_ = 0, converged_iteration_ = -1, tiny_steps_ = 0;
 };
 
@@ -130,7 +130,7 @@ bool Barrier::check_q() {
 }
 
 bool Barrier::prepare() {
-  model_ = make_barrier_model(*lp_);
+  model_ = make_barrier_model(*lp_, options_.primal_feasibility_tol);
   if (!model_.is_consistent) {
     result_.status = SolveStatus::kNumeric;
     return false;
@@ -218,16 +218,19 @@ bool Barrier::ends(const InteriorPointMethod& method, const Progress& progress) 
   return true;
 }
 
-// One short step after the other, far from the end.
-bool Barrier::crawls(const InteriorPointMethod& method, const Progress& progress) {
-  short_steps_ = method.last_step() < kCrawlingStep ? short_steps_ + 1 : 0;
-  return short_steps_ >= kStepsToJudge && restarts_ < kMaxRestarts && progress.worst() > BarrierTolerances::kUsable;
+// Both residuals have far to go and hardly move. Seen to help quadratic models only.
+bool Barrier::crawls(const Progress& progress) {
+  const double residual = std::min(progress.relative_primal, progress.relative_dual);
+  history_.push_back(residual);
+  if (!lp_->is_quadratic() || restarts_ == kMaxRestarts || history_.size() <= kStepsToJudge) return false;
+  return residual > BarrierTolerances::kResidual &&
+         residual > kCrawlingShare * history_[history_.size() - 1 - kStepsToJudge];
 }
 
 SolveStatus Barrier::restart(InteriorPointMethod& method) {
   ++restarts_;
   started_iteration_ = result_.iterations + 1;
-  short_steps_ = 0;
+  history_.clear();
   best_merit_ = first_merit_ = kInf;
   best_iteration_ = result_.iterations + 1;
   return method.start(std::pow(kRestartBoost, restarts_), stop_);
@@ -245,7 +248,7 @@ void Barrier::iterate(InteriorPointMethod& method) {
     keep_if_better(method, progress);
     if (ends(method, progress)) return;
     stop_.spend(effort);
-    const SolveStatus status = crawls(method, progress) ? restart(method) : method.step(stop_);
+    const SolveStatus status = crawls(progress) ? restart(method) : method.step(stop_);
     if (status != SolveStatus::kLoaded) {
       result_.status = status;
       return;

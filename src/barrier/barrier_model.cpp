@@ -23,7 +23,7 @@ double power_of_two_near(double value) {
 // Builds the model step by step.
 class Builder {
  public:
-  explicit Builder(const LpData& lp) : lp_(lp) {}
+  Builder(const LpData& lp, double feasibility_tol) : lp_(lp), feasibility_tol_(feasibility_tol) {}
   BarrierModel build();
 
  private:
@@ -36,6 +36,7 @@ class Builder {
   void scale_objective();
 
   const LpData& lp_;
+  double feasibility_tol_;
   BarrierModel model_;
   std::vector<Index> col_of_;             // user column -> structural, -1 when fixed
   std::vector<Index> row_of_;             // user row -> row, -1 when left out
@@ -75,6 +76,11 @@ void Builder::choose_rows() {
   for (Index row = 0; row < lp_.num_rows(); ++row) {
     if (lp_.row_lower[row] > lp_.row_upper[row]) model_.is_consistent = false;
     const bool bounded = lp_.row_lower[row] > -kInf || lp_.row_upper[row] < kInf;
+    if (!used[row]) {
+      const auto activity = static_cast<double>(fixed_activity_[row]);
+      const double outside = std::max(lp_.row_lower[row] - activity, activity - lp_.row_upper[row]);
+      if (outside > feasibility_tol_) model_.is_consistent = false;
+    }
     if (!used[row] || !bounded) continue;
     row_of_[row] = static_cast<Index>(model_.user_row.size());
     model_.user_row.push_back(row);
@@ -213,7 +219,9 @@ BarrierModel Builder::build() {
 
 }  // namespace
 
-BarrierModel make_barrier_model(const LpData& lp) { return Builder(lp).build(); }
+BarrierModel make_barrier_model(const LpData& lp, double feasibility_tol) {
+  return Builder(lp, feasibility_tol).build();
+}
 
 void add_quadratic_product(const BarrierModel& model, double factor, const std::vector<double>& v,
                            std::vector<double>& sum) {

@@ -4,7 +4,7 @@
 // column, which stands behind the structural ones and has the single entry -1.
 //   Scaling  x = col_scale * v, rows times row_scale, objective divided by objective_scale; powers of two throughout,
 //            so scaling is exact.
-//   Errors   is_consistent is false when bounds or sides cross.
+//   Errors   is_consistent is false when bounds or sides cross or fixed columns alone violate a row.
 #pragma once
 
 #include <vector>
@@ -39,7 +39,8 @@ struct BarrierModel {
   [[nodiscard]] bool is_quadratic() const { return quadratic.num_nonzeros() > 0; }
 };
 
-BarrierModel make_barrier_model(const LpData& lp);
+// `feasibility_tol`: how far rows without other than fixed columns may be off.
+BarrierModel make_barrier_model(const LpData& lp, double feasibility_tol);
 
 // sum += factor * Q v (structural columns only).
 void add_quadratic_product(const BarrierModel& model, double factor, const std::vector<double>& v,

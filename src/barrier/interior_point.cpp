@@ -395,10 +395,10 @@ SolveStatus InteriorPointMethod::find_affine(Targets& targets, Iterate& affine, 
 // beforehand: on as long as the effort falls, back when it rises.
 void InteriorPointMethod::adapt_regularization(double solves) {
   if (solves <= kManySolves) return;
-  if (last_solves_ > 0 && solves > last_solves_) trend_ = 1 / trend_;
+  if (last_solves_ > 0 && solves >= last_solves_) trend_ = 1 / trend_;
   last_solves_ = solves;
-  regularization_ = std::clamp(regularization_ * trend_, BarrierTolerances::kMinRegularization,
-                               BarrierTolerances::kMaxRegularization);
+  regularization_ =
+      std::clamp(regularization_ * trend_, BarrierTolerances::kMinRegularization, BarrierTolerances::kRegularization);
 }
 
 SolveStatus InteriorPointMethod::step(const StopToken& stop) {
