@@ -9,33 +9,11 @@ namespace zorvex {
 
 namespace {
 
-EngineAnswer answer_of(CrossoverResult&& result) {
-  EngineAnswer answer;
-  answer.status = result.status;
-  answer.point = std::move(result.point);
-  answer.basis = std::move(result.basis);
-  answer.iterations = result.iterations;
-  answer.farkas = std::move(result.farkas);
-  answer.farkas_violation = result.farkas_violation;
-  answer.ray = std::move(result.ray);
-  answer.extended_precision = result.extended_precision;
-  return answer;
-}
-
 EngineAnswer solve_by_simplex(const LpData& lp, const SimplexOptions& options, const SimplexLimits& limits,
                               const StopToken& stop, LogSink& log) {
   LpSolver solver(lp, options, log);
   solver.solve(limits, stop);
-  EngineAnswer answer;
-  answer.status = solver.status();
-  answer.point = solver.point();
-  answer.basis = solver.basis();
-  answer.iterations = solver.iterations();
-  answer.farkas = solver.farkas();
-  answer.farkas_violation = solver.farkas_violation();
-  answer.ray = solver.ray();
-  answer.extended_precision = solver.extended_precision();
-  return answer;
+  return answer_of(solver);
 }
 
 EngineAnswer interior_answer(BarrierResult&& result) {
@@ -68,7 +46,7 @@ EngineAnswer BarrierEngine::solve(const LpData& lp, const SimplexLimits& limits,
   } else {
     const InteriorPoint point{std::move(result.point.x), std::move(result.point.row_activity),
                               std::move(result.point.pi), std::move(result.point.reduced_cost)};
-    answer = answer_of(run_crossover(lp, point, options_.crossover, limits, stop, log));
+    answer = run_crossover(lp, point, options_.crossover, limits, stop, log);
   }
   answer.barrier_iterations = barrier_iterations;
   return answer;

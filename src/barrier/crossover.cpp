@@ -136,14 +136,10 @@ void Crossover::solve_from(const Basis& basis, SimplexAlgorithm algorithm) {
   if (!basis.empty()) solver.set_basis(basis);
   SimplexLimits rest = limits_;
   rest.iterations -= result_.iterations;
-  result_.status = solver.solve(rest, stop_);
-  result_.iterations += solver.iterations();
-  result_.point = solver.point();
-  result_.basis = solver.basis();
-  result_.farkas = solver.farkas();
-  result_.farkas_violation = solver.farkas_violation();
-  result_.ray = solver.ray();
-  result_.extended_precision = solver.extended_precision();
+  solver.solve(rest, stop_);
+  const double iterations_before = result_.iterations;
+  static_cast<EngineAnswer&>(result_) = answer_of(solver);
+  result_.iterations += iterations_before;
 }
 
 CrossoverResult Crossover::run() {

@@ -13,6 +13,7 @@
 #include "base/stop_token.hpp"
 #include "linalg/basis.hpp"
 #include "linalg/lp_data.hpp"
+#include "simplex/lp_engine.hpp"
 #include "simplex/lp_solver.hpp"
 
 namespace zorvex {
@@ -36,19 +37,13 @@ struct CrossoverOptions {
   double iteration_offset = 0;  // simplex iterations of earlier phases, which the log goes on from
 };
 
-struct CrossoverResult {
-  SolveStatus status = SolveStatus::kLoaded;  // as of LpSolver::solve; kLoaded when there was no interior point
-  // The vertex after kOptimal; the interior point when a limit or an interruption ended the pushes.
-  LpPoint point;
-  Basis basis;            // empty unless the simplex was reached
-  double iterations = 0;  // pivots of the pushes and of the simplex
-  double pushes = 0;      // variables pushed, primal and dual
+// Status as of LpSolver::solve; kLoaded when there was no interior point. The point is the vertex after kOptimal; the
+// interior point when a limit or an interruption ended the pushes, and then there is no basis. Iterations are pivots of
+// the pushes and of the simplex.
+struct CrossoverResult : EngineAnswer {
+  double pushes = 0;  // variables pushed, primal and dual
   double push_pivots = 0;
   Index primal_infeasibilities = 0, dual_infeasibilities = 0;  // variables, that the pushes left to the simplex
-  std::vector<double> farkas;                                  // as LpSolver's
-  double farkas_violation = 0;
-  std::vector<double> ray;
-  bool extended_precision = false;
 };
 
 // limits.iterations counts the pivots of this call. The stop token is polled at every push.
