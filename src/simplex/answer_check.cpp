@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 
 namespace zorvex {
 
@@ -62,6 +63,61 @@ bool is_optimal(const LpData& lp, const LpPoint& point, const SimplexOptions& op
   if (!is_feasible(lp, point.x, options.primal_feasibility_tol)) return false;
   const DualQuality dual = dual_quality_of(lp, point, false);
   return dual.sign.max <= options.dual_feasibility_tol;
+}
+
+bool closes_gap(const LpData& lp, const LpPoint& point, const SimplexOptions& options) {
+  const DualQuality dual = dual_quality_of(lp, point, true);
+  return dual.complementarity.sum <= options.dual_feasibility_tol * std::max(1.0, std::abs(objective_at(lp, point.x)));
+}
+
+namespace {
+
+// What storing n numbers as doubles can add to the sum of their products, relative to the sum of the magnitudes.
+constexpr Extended kStorage = 0.5L * std::numeric_limits<double>::epsilon();
+
+struct SumOfProducts {
+  Extended value = 0;
+  Extended size = 0;
+  void add(Extended term) {
+    value += term;
+    size += std::abs(term);
+  }
+};
+
+// Written so that a value that is not a number fails.
+bool within(const SumOfProducts& sum, double lower, double upper, double tolerance) {
+  const Extended slack = std::max<Extended>(tolerance, kStorage * sum.size);
+  return sum.value >= lower - slack && sum.value <= upper + slack;
+}
+
+}  // namespace
+
+bool is_optimal_as_stored(const LpData& lp, const LpPoint& point, const SimplexOptions& options) {
+  if (lp.is_quadratic()) return false;
+  const double primal_tol = options.primal_feasibility_tol;
+  const double dual_tol = options.dual_feasibility_tol;
+  std::vector<SumOfProducts> activity(point.pi.size());
+  for (Index col = 0; col < lp.num_cols(); ++col) {
+    const double x = point.x[col];
+    SumOfProducts d;
+    d.add(lp.cost[col]);
+    for (Offset k = lp.matrix.begin(col); k < lp.matrix.end(col); ++k) {
+      const Index row = lp.matrix.index[k];
+      activity[row].add(Extended(lp.matrix.value[k]) * x);
+      d.add(-Extended(lp.matrix.value[k]) * point.pi[row]);
+    }
+    const double least = lp.col_upper[col] < kInf ? -kInf : 0;  // of the reduced cost
+    const double most = lp.col_lower[col] > -kInf ? kInf : 0;
+    if (!within(d, least, most, dual_tol)) return false;
+    if (!(x >= lp.col_lower[col] - primal_tol && x <= lp.col_upper[col] + primal_tol)) return false;
+  }
+  for (Index row = 0; row < lp.num_rows(); ++row) {
+    if (!within(activity[row], lp.row_lower[row], lp.row_upper[row], primal_tol)) return false;
+    const double least = lp.row_upper[row] < kInf ? -kInf : -dual_tol;
+    const double most = lp.row_lower[row] > -kInf ? kInf : dual_tol;
+    if (!(point.pi[row] >= least && point.pi[row] <= most)) return false;
+  }
+  return true;
 }
 
 void drop_sign_noise(const LpData& lp, std::vector<double>& y) {

@@ -27,6 +27,15 @@ bool is_feasible(const LpData& lp, const std::vector<double>& x, double toleranc
 // gradient at the point.
 bool is_optimal(const LpData& lp, const LpPoint& point, const SimplexOptions& options);
 
+// The same, but rows and reduced costs may miss their bounds by the rounding of x and pi to doubles, unit roundoff
+// times the magnitudes they are the sum of, where that is more than the tolerance: no other solver could return less.
+// Linear models only.
+bool is_optimal_as_stored(const LpData& lp, const LpPoint& point, const SimplexOptions& options);
+
+// What complementary slackness lacks is within the dual tolerance, relative to the objective: the point's objective and
+// the bound that its duals prove agree.
+bool closes_gap(const LpData& lp, const LpPoint& point, const SimplexOptions& options);
+
 // Multipliers of a wrong sign (their rows have no such side) that are no more than rounding become zero.
 void drop_sign_noise(const LpData& lp, std::vector<double>& y);
 

@@ -41,7 +41,9 @@ class LpDriver {
   void solve_original(const Basis* basis);
   void take(const LpSolver& solver);
   [[nodiscard]] bool is_exact_optimum() const;
-  [[nodiscard]] SimplexLimits limits() const { return {options_.iteration_limit, options_.cutoff}; }
+  [[nodiscard]] SimplexLimits remaining_limits() const {
+    return {options_.iteration_limit - result_.iterations, options_.cutoff};
+  }
   void report_end();
   void warn_of_violations();
 
@@ -131,14 +133,14 @@ void LpDriver::solve_reduced(const Presolve& presolve) {
     return;
   }
   LpSolver solver(presolve.reduced(), options_.simplex, log_);
-  solver.solve(limits(), stop_);
+  solver.solve(remaining_limits(), stop_);
   result_.iterations += solver.iterations();
   result_.extended_precision = solver.extended_precision();
   finish_reduced(presolve, answer_of(solver));
 }
 
 EngineAnswer LpDriver::solve_with_engine(const LpData& lp) {
-  EngineAnswer answer = options_.engine->solve(lp, limits(), stop_, log_);
+  EngineAnswer answer = options_.engine->solve(lp, remaining_limits(), stop_, log_);
   result_.iterations += answer.iterations;
   result_.barrier_iterations += answer.barrier_iterations;
   result_.extended_precision = answer.extended_precision;
@@ -152,6 +154,7 @@ void LpDriver::finish_reduced(const Presolve& presolve, const EngineAnswer& answ
   if (answer.error != kOk) return;
   switch (answer.status) {
     case SolveStatus::kOptimal:
+    case SolveStatus::kSuboptimal:
       if (!answer.basis.empty()) {
         finish_from(presolve, presolve_point(answer));
         return;
@@ -162,7 +165,7 @@ void LpDriver::finish_reduced(const Presolve& presolve, const EngineAnswer& answ
       if (!lift_proof(presolve, answer)) solve_original(nullptr);
       return;
     case SolveStatus::kNumeric:
-      if (options_.engine == nullptr) solve_original(nullptr);
+      if (!solve_given()) solve_original(nullptr);
       return;
     default:  // limits and interrupts: the best information there is
       break;
@@ -243,16 +246,15 @@ void LpDriver::solve_original(const Basis* basis) {
   reported_ = false;
   LpSolver solver(lp_, options_.simplex, log_);
   if (basis != nullptr && !basis->empty()) solver.set_basis(*basis);
-  SimplexLimits rest = limits();
-  rest.iterations -= result_.iterations;
-  solver.solve(rest, stop_);
+  solver.solve(remaining_limits(), stop_);
   result_.iterations += solver.iterations();
   result_.extended_precision = solver.extended_precision();
   take(solver);
 }
 
 void LpDriver::take(const LpSolver& solver) {
-  result_.status = solver.status();
+  result_.limited_by_storage = solver.limited_by_storage();
+  result_.status = result_.limited_by_storage ? SolveStatus::kSuboptimal : solver.status();
   result_.farkas = solver.farkas();
   result_.farkas_violation = solver.farkas_violation();
   result_.ray = solver.ray();
@@ -266,11 +268,7 @@ void LpDriver::take(const LpSolver& solver) {
 
 // Stricter than is_optimal: what postsolve recovered must also close the duality gap.
 bool LpDriver::is_exact_optimum() const {
-  const LpPoint& point = result_.point;
-  if (!is_optimal(lp_, point, options_.simplex)) return false;
-  const DualQuality dual = dual_quality_of(lp_, point, true);
-  return dual.complementarity.sum <=
-         options_.simplex.dual_feasibility_tol * std::max(1.0, std::abs(objective_at(lp_, point.x)));
+  return is_optimal(lp_, result_.point, options_.simplex) && closes_gap(lp_, result_.point, options_.simplex);
 }
 
 void LpDriver::warn_of_violations() {
@@ -298,6 +296,10 @@ void LpDriver::report_end() {
   switch (result_.status) {
     case SolveStatus::kOptimal:
       log_.print("Optimal objective %16.9e\n", options_.sense * result_.objective);
+      if (options_.check_solution) warn_of_violations();
+      break;
+    case SolveStatus::kSuboptimal:
+      log_.print("Sub-optimal termination - objective %.8e\n", options_.sense * result_.objective);
       if (options_.check_solution) warn_of_violations();
       break;
     case SolveStatus::kInfeasible:

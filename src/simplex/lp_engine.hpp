@@ -15,7 +15,7 @@ namespace zorvex {
 
 // What an engine found out about the model it was given, in that model's space, signs as in LpPoint.
 //   kOptimal      `point` with `basis`; or without a basis: an interior point that is yet to be judged.
-//   kSuboptimal   `point` is the best there is, no basis.
+//   kSuboptimal   `point` is the best there is; with `basis`: the best that doubles can store.
 //   kInfeasible   `farkas` is a checked proof; kUnbounded: `ray` is checked and `point` feasible.
 //   limits        whatever there is.
 struct EngineAnswer {

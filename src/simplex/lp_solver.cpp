@@ -18,11 +18,9 @@ struct Attempt {
   bool scaled;
   bool extended;
 };
-constexpr Attempt kAttempts[] = {{kToleranceShare, true, false},
-                                 {0.001, true, false},
-                                 {0.01, false, false},
-                                 {0.01, true, true},
-                                 {0.001, false, true}};
+constexpr Attempt kTighter{0.001, true, false};
+constexpr Attempt kAttempts[] = {
+    {kToleranceShare, true, false}, kTighter, {0.01, false, false}, {0.01, true, true}, {0.001, false, true}};
 constexpr int kMaxBackoff = 64;  // solves, after which updated values are trusted again at the latest
 
 }  // namespace
@@ -46,6 +44,7 @@ struct LpSolver::State {
   LpPoint point;
   std::vector<double> farkas, ray;
   double farkas_gap = 0;
+  bool limited_by_storage = false;
 
   // Solves that go on from the last one's values end without recomputing them, as long as the check bears it out. After
   // a failed optimum the next `backoff` solves recompute; each further failure doubles that.
@@ -77,6 +76,7 @@ struct LpSolver::State {
   template <class Real>
   bool attempt(const Attempt& how, const SimplexLimits& limits, const StopToken& stop, SimplexLog& simplex_log);
   bool solve_by_updates(const SimplexLimits& limits, const StopToken& stop, SimplexLog& simplex_log);
+  void close_gap(const SimplexLimits& limits, const StopToken& stop, SimplexLog& simplex_log);
   void solve_anew(const SimplexLimits& limits, const StopToken& stop, SimplexLog& simplex_log);
   bool accept_updated(SimplexOutcome outcome);
   template <class Real>
@@ -210,10 +210,16 @@ bool LpSolver::State::accept(SimplexOutcome outcome) {
   LpKernel<Real>& lp_kernel = kernel<Real>();
   switch (outcome) {
     case SimplexOutcome::kOptimal:
-      lp_kernel.extract(data, point);
-      objective = objective_at(data, point.x);
       status = SolveStatus::kOptimal;
-      return is_optimal(data, point, options);
+      lp_kernel.extract(data, point);
+      if (!(is_optimal(data, point, options) && closes_gap(data, point, options)) && lp_kernel.core().factor_valid) {
+        lp_kernel.core().refine();
+        lp_kernel.extract(data, point);
+      }
+      objective = objective_at(data, point.x);
+      if (is_optimal(data, point, options)) return true;
+      limited_by_storage = is_optimal_as_stored(data, point, options);
+      return false;
     case SimplexOutcome::kInfeasible:
       farkas = lp_kernel.user_farkas();
       drop_sign_noise(data, farkas);
@@ -299,6 +305,7 @@ SolveStatus LpSolver::State::solve(const SimplexLimits& limits, const StopToken&
   farkas.clear();
   ray.clear();
   farkas_gap = 0;
+  limited_by_storage = false;
   status = SolveStatus::kLoaded;
   if (bounds_conflict()) return status = SolveStatus::kInfeasible;
   if (data.num_rows() == 0) {
@@ -319,6 +326,20 @@ SolveStatus LpSolver::State::solve(const SimplexLimits& limits, const StopToken&
   return status;
 }
 
+// Reduced costs of the wrong sign within the tolerance, times long ways to the bound they price, make an optimum that
+// is off by more than the tolerance. A tighter one mends that in a few iterations; if not, the optimum stands.
+void LpSolver::State::close_gap(const SimplexLimits& limits, const StopToken& stop, SimplexLog& simplex_log) {
+  const LpPoint kept_point = point;
+  const double kept_objective = objective;
+  const Basis kept_basis = current_basis();
+  if (attempt<double>(kTighter, limits, stop, simplex_log) && status == SolveStatus::kOptimal) return;
+  status = SolveStatus::kOptimal;
+  point = kept_point;
+  objective = kept_objective;
+  pending = kept_basis;
+  has_pending = true;
+}
+
 void LpSolver::State::solve_anew(const SimplexLimits& limits, const StopToken& stop, SimplexLog& simplex_log) {
   bool announced = false;
   for (const Attempt& how : kAttempts) {
@@ -331,8 +352,12 @@ void LpSolver::State::solve_anew(const SimplexLimits& limits, const StopToken& s
     }
     const bool done = how.extended ? attempt<Extended>(how, limits, stop, simplex_log)
                                    : attempt<double>(how, limits, stop, simplex_log);
+    if (done && status == SolveStatus::kOptimal && &how == kAttempts && !closes_gap(data, point, options)) {
+      close_gap(limits, stop, simplex_log);
+    }
     if (done) break;
     status = SolveStatus::kNumeric;
+    if (limited_by_storage) break;  // the other attempts could not store a better point either
     if (stop.stop_requested()) {
       status = stop.poll();
       break;
@@ -477,6 +502,7 @@ const LpPoint& LpSolver::point() const { return state_->point; }
 const std::vector<double>& LpSolver::farkas() const { return state_->farkas; }
 double LpSolver::farkas_violation() const { return state_->farkas_gap; }
 const std::vector<double>& LpSolver::ray() const { return state_->ray; }
+bool LpSolver::limited_by_storage() const { return state_->limited_by_storage; }
 bool LpSolver::extended_precision() const { return state_->use_exact; }
 bool LpSolver::inverse_row(Index position, std::vector<double>& multipliers) {
   if (state_->use_exact) return state_->exact.inverse_row(position, multipliers);

@@ -91,6 +91,9 @@ class LpSolver {
   [[nodiscard]] double farkas_violation() const;
   // After kUnbounded: a direction over the columns along which the objective falls without end.
   [[nodiscard]] const std::vector<double>& ray() const;
+  // After kNumeric: the basis is optimal, but the point misses the tolerances by what its storage as doubles rounds
+  // off.
+  [[nodiscard]] bool limited_by_storage() const;
   [[nodiscard]] bool extended_precision() const;  // the last solve ended in the extended kernel
 
   // e' B^-1 of a basis position over the rows, dense and unscaled: the multipliers that sum the rows to a row of the

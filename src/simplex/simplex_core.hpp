@@ -139,6 +139,9 @@ class SimplexCore {
   void compute_primal();
   void compute_duals();  // reduced costs from work_cost
   void compute_duals_from(const std::vector<Real>& costs);
+  // Corrects basic values and reduced costs, which belong to the true costs, by what their equations miss. Needs valid
+  // factors. Leaves about the rounding of the stored numbers.
+  void refine();
 
   // --- solves ---
   void btran_unit(Index position, Scattered<Real>& rho);
@@ -173,6 +176,8 @@ class SimplexCore {
   std::vector<Real> proof;  // rows: Farkas multipliers, or columns: ray, as the algorithm says
 
  private:
+  void refine_primal();
+  void refine_duals();
   void repair_singular_basis();
   void tighten_markowitz(double growth, double relative_residual, double drift);
   bool tightened_last_time_ = false;

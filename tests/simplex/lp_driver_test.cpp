@@ -158,6 +158,60 @@ TEST(LpDriver, LogLinesOfOtherEnds) {
   }
 }
 
+// Gives up on models with fewer than `rows` rows.
+class TimidEngine final : public LpEngine {
+ public:
+  explicit TimidEngine(Index rows) : rows_(rows) {}
+  EngineAnswer solve(const LpData& lp, const SimplexLimits& limits, const StopToken& stop, LogSink& log) override {
+    ++calls;
+    EngineAnswer answer;
+    answer.status = SolveStatus::kNumeric;
+    answer.iterations = 3;
+    if (lp.num_rows() < rows_ || limits.iterations < 3) return answer;
+    LpSolver solver(lp, {}, log);
+    solver.solve(limits, stop);
+    return answer_of(solver);
+  }
+  void report_without_solve(SolveStatus, double, double, LogSink&) override {}
+  int calls = 0;
+
+ private:
+  Index rows_;
+};
+
+TEST(LpDriver, EngineThatFailsOnThePresolvedModelGetsTheModelAsGiven) {
+  LpData lp = small_model();  // with a row that presolve takes away
+  const Index rows[] = {0};
+  const double values[] = {1};
+  SparseMatrix row;
+  row.num_rows = lp.num_cols();
+  row.append_col(rows, values, 1);
+  lp.matrix.append_rows(row);
+  lp.row_lower.push_back(-kInf);
+  lp.row_upper.push_back(1.7);
+  QuietLog log;
+  const struct {
+    Index rows;
+    double iteration_limit;
+    int calls;
+    SolveStatus status;
+  } cases[] = {{2, kInf, 1, SolveStatus::kOptimal},
+               {3, kInf, 2, SolveStatus::kOptimal},
+               {3, 5, 2, SolveStatus::kNumeric},  // what the first call took is gone
+               {4, kInf, 2, SolveStatus::kNumeric}};
+  for (const auto& each : cases) {
+    TimidEngine engine(each.rows);
+    LpDriverOptions options;
+    options.engine = &engine;
+    options.iteration_limit = each.iteration_limit;
+    const LpDriverResult result = solve_lp(lp, options, nullptr, {}, log);
+    EXPECT_EQ(result.status, each.status) << each.rows;
+    EXPECT_EQ(engine.calls, each.calls) << each.rows;
+    if (each.status != SolveStatus::kOptimal) continue;
+    EXPECT_NEAR(result.objective, -2.8, 1e-12);
+  }
+}
+
 TEST(SimplexLog, PacesLinesAndPrintsEachIterationOnce) {
   TextLog text;
   SimplexLog::Settings settings;

@@ -189,6 +189,10 @@ std::vector<Known> known_models() {
   models.push_back({"badly_scaled",
                     dense_model({1e-3, 1e3}, {{1e7, 1}, {1e-7, 1e5}}, {1e7 + 1, 1e5 + 1e-7}, {kInf, kInf}),
                     SolveStatus::kOptimal, 1000.001});
+  // A reduced cost that looks like rounding is worth 0.05 over the way to its bound.
+  LpData long_way = dense_model({-5e-8, 0}, {{1, 1}}, {-kInf}, {2e6});
+  long_way.col_upper = {1e6, 1e6};
+  models.push_back({"long_way", long_way, SolveStatus::kOptimal, -0.05});
   return models;
 }
 
@@ -280,6 +284,43 @@ TEST(LpSolver, RepairsBasesOfWrongCountAndSingularOnes) {
     solver.set_basis(basis);
     EXPECT_EQ(solver.solve({}, {}), SolveStatus::kOptimal);
     EXPECT_NEAR(solver.objective(), 7, 1e-9);
+  }
+}
+
+// x_0 = 1e10 / 3 and x_k = 7.3 x_{k-1} + x_{k-2} / 3: values up to 1e14 whose rounding alone violates the rows by far
+// more than the tolerance.
+TEST(LpSolver, GrowingValuesEndAtTheRoundingOfTheirStorage) {
+  QuietLog log;
+  constexpr Index kSteps = 6;
+  LpData lp;
+  lp.matrix.num_rows = kSteps;
+  for (Index k = 0; k < kSteps; ++k) {
+    const Index rows[] = {k, k + 1, k + 2};
+    const double values[] = {1, -7.3, -1.0 / 3};
+    lp.matrix.append_col(rows, values, std::min(3, kSteps - k));
+  }
+  lp.cost.assign(kSteps, 1e10 / 7);
+  lp.col_lower.assign(kSteps, -kInf);
+  lp.col_upper.assign(kSteps, kInf);
+  lp.row_lower.assign(kSteps, 0);
+  lp.row_lower[0] = 1e10 / 3;
+  lp.row_upper = lp.row_lower;
+  for (const Precision precision : {Precision::kDouble, Precision::kAutomatic, Precision::kExtended}) {
+    SimplexOptions options;
+    options.precision = precision;
+    LpSolver solver(lp, options, log);
+    ASSERT_EQ(solver.solve({}, {}), SolveStatus::kNumeric);
+    EXPECT_TRUE(solver.limited_by_storage());
+    EXPECT_FALSE(is_optimal(lp, solver.point(), options)) << "the model is too tame for this test";
+    EXPECT_TRUE(is_optimal_as_stored(lp, solver.point(), options));
+    for (const Index col : {0, 3, 5}) {  // four units in the last place are one too many
+      LpPoint moved = solver.point();
+      moved.x[col] *= 1 + 0x1p-50;
+      EXPECT_FALSE(is_optimal_as_stored(lp, moved, options)) << col;
+      moved = solver.point();
+      moved.pi[col] *= 1 + 0x1p-50;
+      EXPECT_FALSE(is_optimal_as_stored(lp, moved, options)) << col;
+    }
   }
 }
 
