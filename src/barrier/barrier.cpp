@@ -69,7 +69,7 @@ class Barrier {
   void report_iteration(const Progress& progress);
 
   const LpData* lp_;
-  LpData adjusted_;  // with a repaired Q, when it had to be
+  ConvexModel convex_;
   BarrierOptions options_;
   Progress::Tolerances tolerances_;
   const StopToken& stop_;
@@ -111,21 +111,11 @@ BarrierResult Barrier::run() {
 
 // False when the solve ends here.
 bool Barrier::check_q() {
-  if (!lp_->is_quadratic()) return true;
-  const ConvexityCheck check = check_convexity(lp_->quadratic, stop_);
-  result_.status = check.stopped;
-  if (check.stopped != SolveStatus::kLoaded) return false;
-  if (check.largest > options_.psd_tol) {
-    log_.print("Q matrix not PSD (diagonal adjustment of %.1e would be required)\n", check.largest);
-    result_.error = kErrorQNotPsd;
-    return false;
-  }
-  if (check.largest == 0) return true;
-  log_.print("Warning: diagonal adjustment of %.1e performed to make Q PSD\n", check.largest);
-  log_.diagnose("Modified %d Q diagonals\n", check.count);
-  adjusted_ = *lp_;
-  add_to_diagonal(adjusted_.quadratic, check.adjustment);
-  lp_ = &adjusted_;
+  make_convex(*lp_, options_.psd_tol, stop_, log_, convex_);
+  result_.status = convex_.stopped;
+  result_.error = convex_.error;
+  if (convex_.lp == nullptr) return false;
+  lp_ = convex_.lp;
   return true;
 }
 

@@ -209,4 +209,24 @@ void add_to_diagonal(SparseMatrix& lower, const std::vector<double>& amount) {
   for (Index col = 0; col < lower.num_cols; ++col) lower.value[lower.begin(col)] += amount[col];
 }
 
+void make_convex(const LpData& lp, double psd_tol, const StopToken& stop, LogSink& log, ConvexModel& result) {
+  result.lp = &lp;
+  if (!lp.is_quadratic()) return;
+  const ConvexityCheck check = check_convexity(lp.quadratic, stop);
+  result.stopped = check.stopped;
+  if (check.stopped != SolveStatus::kLoaded) {
+    result.lp = nullptr;
+  } else if (check.largest > psd_tol) {
+    log.print("Q matrix not PSD (diagonal adjustment of %.1e would be required)\n", check.largest);
+    result.error = kErrorQNotPsd;
+    result.lp = nullptr;
+  } else if (check.largest > 0) {
+    log.print("Warning: diagonal adjustment of %.1e performed to make Q PSD\n", check.largest);
+    log.diagnose("Modified %d Q diagonals\n", check.count);
+    result.mended = lp;
+    add_to_diagonal(result.mended.quadratic, check.adjustment);
+    result.lp = &result.mended;
+  }
+}
+
 }  // namespace zorvex

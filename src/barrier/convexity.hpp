@@ -3,7 +3,9 @@
 
 #include <vector>
 
+#include "base/log_sink.hpp"
 #include "base/stop_token.hpp"
+#include "linalg/lp_data.hpp"
 #include "linalg/sparse_matrix.hpp"
 
 namespace zorvex {
@@ -21,5 +23,15 @@ ConvexityCheck check_convexity(const SparseMatrix& lower, const StopToken& stop)
 
 // lower + diag(amount); entries of a column stay in increasing order.
 void add_to_diagonal(SparseMatrix& lower, const std::vector<double>& amount);
+
+// A model with a convex objective, for methods that need one. Q is checked, and mended where no more than `psd_tol` is
+// missing; both are told to `log`.
+struct ConvexModel {
+  const LpData* lp = nullptr;                  // the model given or `mended`; null: there is none
+  LpData mended;                               // with a larger diagonal, when it had to be
+  SolveStatus stopped = SolveStatus::kLoaded;  // another value: ended before it was done
+  int error = 0;                               // kErrorQNotPsd
+};
+void make_convex(const LpData& lp, double psd_tol, const StopToken& stop, LogSink& log, ConvexModel& result);
 
 }  // namespace zorvex

@@ -1,5 +1,6 @@
 #include "opt/engine_choice.hpp"
 
+#include "barrier/quadratic_engine.hpp"
 #include "barrier/sifting.hpp"
 #include "env/processors.hpp"
 #include "opt/concurrent.hpp"
@@ -32,17 +33,27 @@ std::unique_ptr<LpEngine> sifting(const ZLPenv& env, const LpDriverOptions& opti
   return std::make_unique<SiftingEngine>(sift);
 }
 
+std::unique_ptr<LpEngine> quadratic_simplex(const ZLPenv& env, const LpDriverOptions& options, const Basis& start,
+                                            double start_time) {
+  SimplexOptions simplex = options.simplex;
+  simplex.sense = options.sense;
+  return std::make_unique<QuadraticSimplexEngine>(simplex, make_barrier_options(env, options.sense, start_time), start);
+}
+
 }  // namespace
 
 std::unique_ptr<LpEngine> choose_engine(const ZLPenv& env, const LpData& lp, const LpDriverOptions& options,
-                                        bool has_start_basis, double start_time) {
+                                        const Basis& start, double start_time) {
+  if (lp.is_quadratic() && options.method != kAutomatic && options.method != kBarrier) {
+    return quadratic_simplex(env, options, start, start_time);
+  }
   if (lp.is_quadratic() || options.method == kBarrier) {
     return std::make_unique<BarrierEngine>(make_barrier_options(env, options.sense, start_time));
   }
   if (options.method >= kConcurrent) return concurrent(env, options, start_time);
   const int asked = param<Param::Sifting>(env);
   const bool wanted = sifting_is_wanted(lp, asked) && (asked > 0 || options.method != kPrimal);
-  if (wanted && !has_start_basis) return sifting(env, options, start_time);
+  if (wanted && start.empty()) return sifting(env, options, start_time);
   return nullptr;
 }
 

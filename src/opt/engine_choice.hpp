@@ -8,9 +8,9 @@
 
 namespace zorvex {
 
-// Null: the simplex that `options` names. A start basis keeps sifting away. `start_time` is the now_seconds() at which
-// the call began.
+// Null: the simplex that `options` names. A start basis (empty: none) keeps sifting away. `start_time` is the
+// now_seconds() at which the call began.
 std::unique_ptr<LpEngine> choose_engine(const ZLPenv& env, const LpData& lp, const LpDriverOptions& options,
-                                        bool has_start_basis, double start_time);
+                                        const Basis& start, double start_time);
 
 }  // namespace zorvex

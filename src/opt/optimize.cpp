@@ -85,14 +85,10 @@ int refuse_quadratic_mip(ZLPmodel& model) {
   return kErrorDataNotAvailable;
 }
 
-// Quadratic models have one engine so far, whatever Method says.
 void report_quadratic_method(ZLPmodel& model) {
-  const int method = param<Param::Method>(*model.env);
-  if (method == 3 || method == 4) {
-    log_printf(model.env, "WARNING: Concurrent optimizer not supported for QP models\n");
-    log_printf(model.env, "         Using dual simplex\n");
-  }
-  if (method != 2 && method != -1) log_printf(model.env, "Quadratic objective: solving with barrier\n");
+  if (param<Param::Method>(*model.env) < 3) return;
+  log_printf(model.env, "WARNING: Concurrent optimizer not supported for QP models\n");
+  log_printf(model.env, "         Using dual simplex\n");
 }
 
 // Time and listener of one call of optimize.
@@ -126,7 +122,7 @@ int solve_continuous(ZLPmodel& model, const Call& call) {
   if (param<Param::ZORV_PAR_WRITEPREMODEL>(env) != 0) {
     options.dump_presolved = [&model](const LpData& reduced) { dump_presolved(*model.env, reduced, model.data.sense); };
   }
-  const std::unique_ptr<LpEngine> engine = choose_engine(env, lp, options, !start.empty(), call.start_time);
+  const std::unique_ptr<LpEngine> engine = choose_engine(env, lp, options, start, call.start_time);
   options.engine = engine.get();
   if (lp.is_quadratic()) report_quadratic_method(model);
   LpDriverResult result =

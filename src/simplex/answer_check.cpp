@@ -62,7 +62,8 @@ DualQuality dual_quality_of(const LpData& lp, const LpPoint& point, bool with_po
 bool is_optimal(const LpData& lp, const LpPoint& point, const SimplexOptions& options) {
   if (!is_feasible(lp, point.x, options.primal_feasibility_tol)) return false;
   const DualQuality dual = dual_quality_of(lp, point, false);
-  return dual.sign.max <= options.dual_feasibility_tol;
+  if (!(dual.sign.max <= options.dual_feasibility_tol)) return false;
+  return !lp.is_quadratic() || closes_gap(lp, point, options);
 }
 
 bool closes_gap(const LpData& lp, const LpPoint& point, const SimplexOptions& options) {

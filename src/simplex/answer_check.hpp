@@ -24,7 +24,7 @@ double objective_at(const LpData& lp, const std::vector<double>& x);
 bool is_feasible(const LpData& lp, const std::vector<double>& x, double tolerance);
 
 // Feasible, and the duals have the signs that the bounds allow, within the user's tolerances. Multipliers price the
-// gradient at the point.
+// gradient at the point. A quadratic model's point is no vertex: there the gap has to be closed too.
 bool is_optimal(const LpData& lp, const LpPoint& point, const SimplexOptions& options);
 
 // The same, but rows and reduced costs may miss their bounds by the rounding of x and pi to doubles, unit roundoff

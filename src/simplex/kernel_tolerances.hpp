@@ -18,6 +18,7 @@ struct KernelTolerances<double> {
   static constexpr double kPivotMismatch = 1e-7;   // relative disagreement of row-wise and column-wise pivot
   static constexpr double kMinWeight = 1e-4;       // dual edge weights never fall below
   static constexpr double kPivot = 3e-8;           // smallest pivot that an iteration accepts is ten times this
+  static constexpr double kCurvature = 1e-10;      // share of a variable's curvature that counts as its own
 };
 
 template <>
@@ -30,6 +31,7 @@ struct KernelTolerances<Extended> {
   static constexpr Extended kPivotMismatch = 1e-11L;
   static constexpr Extended kMinWeight = 1e-4L;
   static constexpr Extended kPivot = 1e-11L;
+  static constexpr Extended kCurvature = 1e-13L;
 };
 
 // Internal feasibility tolerances are this share of the user's, so that unscaling leaves room.

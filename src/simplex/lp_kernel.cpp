@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cmath>
 
+#include "simplex/answer_check.hpp"
+
 namespace zorvex {
 
 namespace {
@@ -49,6 +51,8 @@ void LpKernel<Real>::load(const LpData& lp, const Scaling& scaling, double cost_
   }
   for (Index row = 0; row < core_.m; ++row) set_row_bounds(row, lp.row_lower[row], lp.row_upper[row]);
   core_.prepare();
+  quadratic_.load(lp.quadratic, scaling.col, cost_factor);
+  near_optimum_ = false;
   loaded_ = true;
 }
 
@@ -100,6 +104,7 @@ void LpKernel<Real>::set_basis(const Basis& basis) {
       basis.head.size() == static_cast<std::size_t>(core_.m) && basis.norm.size() == basis.head.size();
   if (!same_set) {
     core_.warm = core_.weights_valid = false;
+    quadratic_.invalidate();
     const Index most = std::min(kMaxExchanges, kMinExchanges + core_.m / kRowsPerExchange);
     const bool exchanged = core_.factor_valid && core_.exchange_basis(basic_work_, most);
     core_.factor_valid = exchanged;
@@ -168,6 +173,20 @@ SimplexOutcome LpKernel<Real>::run(const SimplexOptions& options, const SimplexL
   core_.iteration_offset = iteration_offset;
   core_.iteration_limit = limits.iterations;
   core_.begin_solve(options.markowitz_tol);
+  const SimplexOutcome outcome =
+      quadratic_.is_loaded() ? run_quadratic(options, limits) : run_linear(options, limits, trust_updates);
+  if (log.sink().enabled() && (outcome == SimplexOutcome::kOptimal || log.settings().display_interval > 0)) {
+    const Real objective = quadratic_.is_loaded() ? quadratic_.objective() : core_.objective(core_.cost);
+    log.iteration(core_.iterations + iteration_offset, static_cast<double>(objective),
+                  static_cast<double>(core_.sum_primal_infeasibility()),
+                  static_cast<double>(core_.sum_dual_infeasibility()), true);
+  }
+  return outcome;
+}
+
+template <class Real>
+SimplexOutcome LpKernel<Real>::run_linear(const SimplexOptions& options, const SimplexLimits& limits,
+                                          bool trust_updates) {
   bool dual = options.algorithm == SimplexAlgorithm::kDual;
   SimplexOutcome outcome = SimplexOutcome::kOtherAlgorithm;
   for (int round = 0; round < kMaxAlgorithmSwitches && outcome == SimplexOutcome::kOtherAlgorithm; ++round) {
@@ -187,12 +206,23 @@ SimplexOutcome LpKernel<Real>::run(const SimplexOptions& options, const SimplexL
     }
     dual = !dual;
   }
-  if (outcome == SimplexOutcome::kOtherAlgorithm) outcome = SimplexOutcome::kNumeric;
-  if (log.sink().enabled() && (outcome == SimplexOutcome::kOptimal || log.settings().display_interval > 0)) {
-    log.iteration(core_.iterations + iteration_offset, static_cast<double>(core_.objective(core_.cost)),
-                  static_cast<double>(core_.sum_primal_infeasibility()),
-                  static_cast<double>(core_.sum_dual_infeasibility()), true);
+  return outcome == SimplexOutcome::kOtherAlgorithm ? SimplexOutcome::kNumeric : outcome;
+}
+
+// From scratch the linear part of the objective comes first: its optimum is feasible and often near, and no point
+// of a convex quadratic model lies below it.
+template <class Real>
+SimplexOutcome LpKernel<Real>::run_quadratic(const SimplexOptions& options, const SimplexLimits& limits) {
+  QuadraticSimplexOptions quadratic_options;
+  quadratic_options.may_predict = true;
+  if (!near_optimum_ && !core_.has_basic_columns()) {
+    const SimplexOutcome first = run_linear(options, limits, false);
+    quadratic_.invalidate();
+    if (first != SimplexOutcome::kOptimal && first != SimplexOutcome::kUnbounded) return first;
+    quadratic_options.may_predict = false;
   }
+  const SimplexOutcome outcome = quadratic_.run(quadratic_options);
+  near_optimum_ = outcome == SimplexOutcome::kOptimal;
   return outcome;
 }
 
@@ -220,8 +250,9 @@ template <class Real>
 void LpKernel<Real>::extract(const LpData& lp, LpPoint& point) const {
   extract_basic(point);
   std::vector<Extended> activity(static_cast<std::size_t>(core_.m), 0);
+  const std::vector<double> gradient = gradient_at(lp, point.x);
   for (Index col = 0; col < core_.n; ++col) {
-    Extended d = lp.cost[col];
+    Extended d = gradient[col];
     for (Offset k = lp.matrix.begin(col); k < lp.matrix.end(col); ++k) {
       d -= Extended(lp.matrix.value[k]) * point.pi[lp.matrix.index[k]];
       activity[lp.matrix.index[k]] += Extended(lp.matrix.value[k]) * point.x[col];

@@ -6,6 +6,7 @@
 #include "simplex/dual_simplex.hpp"
 #include "simplex/lp_solver.hpp"
 #include "simplex/primal_simplex.hpp"
+#include "simplex/quadratic_simplex.hpp"
 #include "simplex/scaling.hpp"
 #include "simplex/simplex_core.hpp"
 #include "simplex/simplex_outcome.hpp"
@@ -15,11 +16,11 @@ namespace zorvex {
 template <class Real>
 class LpKernel {
  public:
-  LpKernel() : dual_(core_), primal_(core_) {}
+  LpKernel() : dual_(core_), primal_(core_), quadratic_(core_) {}
   LpKernel(const LpKernel&) = delete;
   LpKernel& operator=(const LpKernel&) = delete;
 
-  // Copies the matrix, bounds and costs of `lp`, scaled. `cost_factor` multiplies all costs.
+  // Copies the matrix, bounds, costs and Q of `lp`, scaled. `cost_factor` multiplies the objective.
   void load(const LpData& lp, const Scaling& scaling, double cost_factor);
   [[nodiscard]] bool loaded() const { return loaded_; }
   void unload() { loaded_ = false; }
@@ -58,11 +59,15 @@ class LpKernel {
   [[nodiscard]] Real scaled_row_bound(Index row, double bound) const;
 
   void change_bounds(Index var, Real lower, Real upper);
+  SimplexOutcome run_linear(const SimplexOptions& options, const SimplexLimits& limits, bool trust_updates);
+  SimplexOutcome run_quadratic(const SimplexOptions& options, const SimplexLimits& limits);
   void take_heads(const std::vector<Index>& head);
 
   SimplexCore<Real> core_;
   DualSimplex<Real> dual_;
   PrimalSimplex<Real> primal_;
+  QuadraticSimplex<Real> quadratic_;
+  bool near_optimum_ = false;  // the quadratic simplex has come through; only bounds or the basis changed since
   std::vector<char> basic_work_;
   Scaling scaling_;
   double cost_factor_ = 1;

@@ -283,7 +283,7 @@ bool LpSolver::State::attempt(const Attempt& how, const SimplexLimits& limits, c
 // The usual case of a chain of solves. False: not that case, or the answer did not stand up to the check.
 bool LpSolver::State::solve_by_updates(const SimplexLimits& limits, const StopToken& stop, SimplexLog& simplex_log) {
   if (!fast.loaded() || !solved_before || use_exact || options.precision == Precision::kExtended) return false;
-  if (options.algorithm != SimplexAlgorithm::kDual) return false;
+  if (options.algorithm != SimplexAlgorithm::kDual || data.is_quadratic()) return false;
   if (recomputing > 0) {
     --recomputing;
     return false;
@@ -308,7 +308,7 @@ SolveStatus LpSolver::State::solve(const SimplexLimits& limits, const StopToken&
   limited_by_storage = false;
   status = SolveStatus::kLoaded;
   if (bounds_conflict()) return status = SolveStatus::kInfeasible;
-  if (data.num_rows() == 0) {
+  if (data.num_rows() == 0 && !data.is_quadratic()) {
     solve_without_rows();
     return status;
   }
@@ -358,6 +358,7 @@ void LpSolver::State::solve_anew(const SimplexLimits& limits, const StopToken& s
     if (done) break;
     status = SolveStatus::kNumeric;
     if (limited_by_storage) break;  // the other attempts could not store a better point either
+    how.extended ? exact.distrust() : fast.distrust();
     if (stop.stop_requested()) {
       status = stop.poll();
       break;

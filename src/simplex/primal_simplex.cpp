@@ -3,21 +3,17 @@
 #include <algorithm>
 #include <cmath>
 
-#include "base/random_stream.hpp"
-
 namespace zorvex {
 
 namespace {
-constexpr double kPerturbation = 5e-7;  // relative widening of bounds when stalled
-constexpr int kStallLength = 200;       // degenerate steps in a row that count as stalling
-constexpr double kDevexReset = 1e7;     // reference framework is renewed beyond this weight
-constexpr double kGoodPivotShare = 0.1;
+constexpr int kStallLength = 200;    // degenerate steps in a row that count as stalling
+constexpr double kDevexReset = 1e7;  // reference framework is renewed beyond this weight
 constexpr double kReducedCostMismatch = 1e-6;
 constexpr double kPatience = 2000, kPatienceShare = 20;  // steps, and per row and column, of one run
 }  // namespace
 
 template <class Real>
-PrimalSimplex<Real>::PrimalSimplex(SimplexCore<Real>& core) : core_(core) {}
+PrimalSimplex<Real>::PrimalSimplex(SimplexCore<Real>& core) : core_(core), ratio_test_(core) {}
 
 template <class Real>
 void PrimalSimplex<Real>::begin(const PrimalOptions& options) {
@@ -195,104 +191,6 @@ bool PrimalSimplex<Real>::confirm_reduced_cost(Index entering) {
   return difference <= Real(kReducedCostMismatch) * (1 + abs(exact)) && core_.dual_infeasibility(entering) > 0;
 }
 
-// Long-step test: passes breakpoints while the sum of infeasibilities still falls, then takes a good pivot among the
-// last ones passed. `direction` is +1 when the entering variable rises.
-template <class Real>
-typename PrimalSimplex<Real>::Block PrimalSimplex<Real>::ratio_test_phase1(Index entering, Real direction) {
-  using std::abs;
-  breakpoints_.clear();
-  const Real tolerance = core_.primal_tol;
-  for (const Index k : alpha_.index) {
-    const Real rate = -direction * alpha_.value[k];  // of the basic variable
-    const Real magnitude = abs(rate);
-    if (magnitude <= KernelTolerances<Real>::kRatioPivot) continue;
-    const Real x = core_.basic_value[k];
-    const Real low = core_.basic_lower[k];
-    const Real up = core_.basic_upper[k];
-    if (rate > 0) {
-      if (x < low - tolerance) breakpoints_.push_back({k, (low - x) / magnitude, magnitude, false});
-      if (x <= up + tolerance && std::isfinite(up)) {
-        breakpoints_.push_back({k, std::max<Real>(0, up - x) / magnitude, magnitude, true});
-      }
-    } else {
-      if (x > up + tolerance) breakpoints_.push_back({k, (x - up) / magnitude, magnitude, true});
-      if (x >= low - tolerance && std::isfinite(low)) {
-        breakpoints_.push_back({k, std::max<Real>(0, x - low) / magnitude, magnitude, false});
-      }
-    }
-  }
-  std::sort(breakpoints_.begin(), breakpoints_.end(), [](const Breakpoint& a, const Breakpoint& b) {
-    return a.step < b.step || (a.step == b.step && a.position < b.position);
-  });
-  const Real own_range = core_.work_upper[entering] - core_.work_lower[entering];
-  Real slope = abs(core_.reduced_cost[entering]);
-  Real largest = 0;
-  std::size_t end = 0;
-  while (end < breakpoints_.size() && slope > 0 && breakpoints_[end].step < own_range) {
-    slope -= breakpoints_[end].alpha;
-    largest = std::max(largest, breakpoints_[end].alpha);
-    ++end;
-  }
-  Block block;
-  if (slope > 0 && std::isfinite(own_range)) {
-    block.step = own_range;
-    return block;
-  }
-  if (end == 0) {
-    block.unbounded = true;
-    return block;
-  }
-  std::size_t chosen = end - 1;
-  for (std::size_t k = end; k-- > 0;) {
-    if (breakpoints_[k].alpha >= Real(kGoodPivotShare) * largest) {
-      chosen = k;
-      break;
-    }
-  }
-  block.position = breakpoints_[chosen].position;
-  block.step = breakpoints_[chosen].step;
-  block.to_upper = breakpoints_[chosen].to_upper;
-  return block;
-}
-
-template <class Real>
-typename PrimalSimplex<Real>::Block PrimalSimplex<Real>::ratio_test_phase2(Index entering, Real direction) {
-  using std::abs;
-  const Real tolerance = core_.primal_tol;
-  Real relaxed = std::numeric_limits<Real>::infinity();
-  const auto distance = [&](Index k, Real rate) {
-    return rate > 0 ? core_.basic_upper[k] - core_.basic_value[k] : core_.basic_value[k] - core_.basic_lower[k];
-  };
-  for (const Index k : alpha_.index) {
-    const Real rate = -direction * alpha_.value[k];
-    if (abs(rate) <= KernelTolerances<Real>::kRatioPivot) continue;
-    relaxed = std::min<Real>(relaxed, (std::max<Real>(distance(k, rate), 0) + tolerance) / abs(rate));
-  }
-  const Real own_range = core_.work_upper[entering] - core_.work_lower[entering];
-  Block block;
-  if (own_range <= relaxed && std::isfinite(own_range)) {
-    block.step = own_range;
-    return block;
-  }
-  if (!std::isfinite(relaxed)) {
-    block.unbounded = true;
-    return block;
-  }
-  Real best = 0;
-  for (const Index k : alpha_.index) {
-    const Real rate = -direction * alpha_.value[k];
-    const Real magnitude = abs(rate);
-    if (magnitude <= KernelTolerances<Real>::kRatioPivot || magnitude <= best) continue;
-    const Real gap = distance(k, rate);
-    if (gap > relaxed * magnitude) continue;
-    best = magnitude;
-    block.position = k;
-    block.step = std::max<Real>(0, gap / magnitude);
-    block.to_upper = rate > 0;
-  }
-  return block;
-}
-
 template <class Real>
 void PrimalSimplex<Real>::move_basics(Real step, Real direction) {
   if (step == 0) return;
@@ -362,7 +260,9 @@ typename PrimalSimplex<Real>::Step PrimalSimplex<Real>::iterate() {
     return Step::kStopped;
   }
   if (!phase1_ && options_.may_perturb && !bounds_changed_ && degenerate_steps_ > kStallLength) {
-    perturb_bounds();
+    core_.perturb_bounds(options_.seed);
+    core_.settle_nonbasic();
+    bounds_changed_ = true;
     return Step::kRebuild;
   }
   if (core_.log->due()) return Step::kRebuild;
@@ -375,7 +275,11 @@ typename PrimalSimplex<Real>::Step PrimalSimplex<Real>::iterate() {
     if (core_.dual_infeasibility(entering) == 0) return Step::kContinue;
   }
   const Real direction = core_.reduced_cost[entering] < 0 ? Real(1) : Real(-1);
-  const Block block = phase1_ ? ratio_test_phase1(entering, direction) : ratio_test_phase2(entering, direction);
+  const Real own_range = core_.work_upper[entering] - core_.work_lower[entering];
+  using std::abs;
+  const PrimalBlock<Real> block =
+      phase1_ ? ratio_test_.phase1(alpha_, direction, own_range, abs(core_.reduced_cost[entering]))
+              : ratio_test_.phase2(alpha_, direction, own_range);
   if (block.unbounded) {
     if (phase1_) {  // impossible in exact arithmetic: the phase 1 objective is bounded
       rejected_.push_back(entering);
@@ -395,7 +299,6 @@ typename PrimalSimplex<Real>::Step PrimalSimplex<Real>::iterate() {
     if (phase1_) refresh_phase1_costs();
     return Step::kContinue;
   }
-  using std::abs;
   const Real pivot = alpha_.value[block.position];
   if (abs(pivot) < 10 * KernelTolerances<Real>::kPivot) {
     core_.log->sink().diagnose("Numeric Warning: primal small pivot %g\n", static_cast<double>(pivot));
@@ -427,22 +330,6 @@ typename PrimalSimplex<Real>::Step PrimalSimplex<Real>::iterate() {
   }
   note_candidate(leaving);
   return Step::kContinue;
-}
-
-// Widens every finite bound a little, at random, so that degenerate vertices come apart.
-template <class Real>
-void PrimalSimplex<Real>::perturb_bounds() {
-  RandomStream random(options_.seed, "primal bound perturbation");
-  using std::abs;
-  for (Index var = 0; var < core_.num_vars(); ++var) {
-    const Real draw_low = Real(kPerturbation * (1 + random.uniform()));
-    const Real draw_up = Real(kPerturbation * (1 + random.uniform()));
-    if (core_.lower[var] == core_.upper[var]) continue;
-    if (std::isfinite(core_.lower[var])) core_.work_lower[var] -= draw_low * std::max<Real>(1, abs(core_.lower[var]));
-    if (std::isfinite(core_.upper[var])) core_.work_upper[var] += draw_up * std::max<Real>(1, abs(core_.upper[var]));
-  }
-  bounds_changed_ = true;
-  core_.settle_nonbasic();
 }
 
 template <class Real>

@@ -1,12 +1,12 @@
 // Primal simplex: composite phase 1 with a long-step ratio test, phase 2 with Harris' test, devex, steepest edge or
 // partial pricing, bound perturbation when it stalls.
-//   Source   P. Harris, Math. Program. 5 (1973) 1-28 (devex, two-pass ratio test); I. Maros, "Computational Techniques
-//            of the Simplex Method", Kluwer 2003, ch. 9 (phase 1 with several breakpoints a step); D. Goldfarb, J.
-//            Reid, Math. Program. 12 (1977) 361-371 (steepest edge).
+//   Source   P. Harris, Math. Program. 5 (1973) 1-28 (devex); D. Goldfarb, J. Reid, Math. Program. 12 (1977) 361-371
+//            (steepest edge).
 #pragma once
 
 #include <vector>
 
+#include "simplex/primal_ratio_test.hpp"
 #include "simplex/simplex_core.hpp"
 #include "simplex/simplex_outcome.hpp"
 
@@ -35,18 +35,6 @@ class PrimalSimplex {
 
  private:
   enum class Step { kContinue, kRebuild, kNoEntering, kUnbounded, kStopped, kGivenUp };
-  struct Breakpoint {
-    Index position;
-    Real step;   // length at which the basic variable meets the bound
-    Real alpha;  // magnitude of its rate
-    bool to_upper;
-  };
-  struct Block {          // what ends the step
-    Index position = -1;  // -1: the entering variable's own opposite bound, or nothing
-    Real step = 0;
-    bool to_upper = false;
-    bool unbounded = false;
-  };
 
   void begin(const PrimalOptions& options);
   SimplexOutcome solve();
@@ -61,17 +49,15 @@ class PrimalSimplex {
   [[nodiscard]] Real updated_weight(Index var, Real ratio) const;
   void note_candidate(Index var);
   bool confirm_reduced_cost(Index entering);
-  Block ratio_test_phase1(Index entering, Real direction);
-  Block ratio_test_phase2(Index entering, Real direction);
   void move_basics(Real step, Real direction);
   void update_duals(Index position, Index entering);
   void refresh_phase1_costs();
   [[nodiscard]] Real phase1_cost(Index position) const;
-  void perturb_bounds();
   SimplexOutcome finish(bool& stopped);
   void note_step(Real step);
 
   SimplexCore<Real>& core_;
+  PrimalRatioTest<Real> ratio_test_;
   PrimalOptions options_;
   Scattered<Real> alpha_, rho_, alpha_row_, cost_change_;
   std::vector<Real> reference_;  // pricing weight per variable
@@ -83,7 +69,6 @@ class PrimalSimplex {
   std::vector<Real> phase1_gradient_;  // per position: -1 below, +1 above, 0 within bounds
   std::vector<Index> candidates_;
   std::vector<char> listed_;
-  std::vector<Breakpoint> breakpoints_;
   std::vector<Index> rejected_;
   bool phase1_ = false;
   bool bounds_changed_ = false;

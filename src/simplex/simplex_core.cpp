@@ -3,7 +3,13 @@
 #include <algorithm>
 #include <cmath>
 
+#include "base/random_stream.hpp"
+
 namespace zorvex {
+
+namespace {
+constexpr double kBoundPerturbation = 5e-7;  // relative widening of bounds of magnitude above one
+}  // namespace
 
 template <class Real>
 void SimplexCore<Real>::prepare() {
@@ -125,6 +131,19 @@ void SimplexCore<Real>::rebuild_rows() {
   for (Index var = 0; var < n; ++var) active[var] = !is_basic(var) && place[var] != Place::kFixed;
   rows.build(columns(), active);
   rows_valid = true;
+}
+
+template <class Real>
+void SimplexCore<Real>::perturb_bounds(std::uint64_t seed) {
+  RandomStream random(seed, "primal bound perturbation");
+  using std::abs;
+  for (Index var = 0; var < num_vars(); ++var) {
+    const Real draw_low = Real(kBoundPerturbation * (1 + random.uniform()));
+    const Real draw_up = Real(kBoundPerturbation * (1 + random.uniform()));
+    if (lower[var] == upper[var]) continue;
+    if (std::isfinite(lower[var])) work_lower[var] -= draw_low * std::max<Real>(1, abs(lower[var]));
+    if (std::isfinite(upper[var])) work_upper[var] += draw_up * std::max<Real>(1, abs(upper[var]));
+  }
 }
 
 template <class Real>

@@ -1,0 +1,104 @@
+// Primal simplex for convex quadratic objectives: an active set method with basic, superbasic and nonbasic variables.
+//   Method   Phase 1 lowers the sum of infeasibilities one variable at a time. Then Newton steps in the space of the
+//            superbasic variables, each to the end of the line or to the first bound, alternate with nonbasic variables
+//            that join them. A variable that brings no curvature of its own moves along the direction in which the
+//            objective is linear until a bound stops it, so that the reduced Hessian stays positive definite.
+//   Form     minimise c'x + 1/2 x'Qx, Q positive semi-definite, over rows and bounds of the core; scaled.
+//   Source   B. Murtagh, M. Saunders, Math. Program. 14 (1978) 41-72; P. Gill, W. Murray, Math. Program. 14 (1978)
+//            349-372; P. Gill, W. Murray, M. Saunders, M. Wright, SIAM Rev. 33 (1991) 1-36 (semi-definite Q).
+#pragma once
+
+#include <vector>
+
+#include "simplex/primal_ratio_test.hpp"
+#include "simplex/quadratic_form.hpp"
+#include "simplex/reduced_space.hpp"
+#include "simplex/simplex_core.hpp"
+#include "simplex/simplex_outcome.hpp"
+
+namespace zorvex {
+
+struct QuadraticSimplexOptions {
+  std::uint64_t seed = 0;
+  // The superbasic variables' values are a guess at best: where it is infeasible, start from the minimum of their
+  // space.
+  bool may_predict = false;
+};
+
+template <class Real>
+class QuadraticSimplex {
+ public:
+  explicit QuadraticSimplex(SimplexCore<Real>& core);
+
+  // For the problem that the core has just been given. See QuadraticForm for the parameters.
+  void load(const SparseMatrix& lower, const std::vector<double>& scale, double factor);
+  [[nodiscard]] bool is_loaded() const { return !form_.empty(); }
+  // The basis of the core was changed by somebody else.
+  void invalidate() { space_.invalidate(); }
+  [[nodiscard]] bool has_superbasics() const { return !space_.variables().empty(); }
+
+  // Runs from basis, places and nonbasic values of the core; free nonbasic variables may stand anywhere between their
+  // bounds. Ends with the true bounds. kUnbounded: core.proof holds a direction without curvature over all variables.
+  SimplexOutcome run(const QuadraticSimplexOptions& options);
+
+  Real objective();  // scaled, at the present point
+
+ private:
+  enum class Step { kContinue, kRebuild, kNoEntering, kUnbounded, kStopped, kFailed };
+
+  void begin(const QuadraticSimplexOptions& options);
+  void settle();
+  SimplexOutcome solve();
+  SimplexOutcome rebuild(bool& stopped);
+  bool factorize(SimplexOutcome& outcome);
+  void predict();
+  void compute_gradient();
+  void compute_multipliers();
+  [[nodiscard]] Real reduced_cost_of(Index var) const;
+  void price();
+  void report();
+  [[nodiscard]] SimplexOutcome stop_reason() const;
+  SimplexOutcome finish(bool& stopped);
+
+  Step iterate();
+  Index choose_entering();
+  Step phase1_step();
+  Step enter(Index var);
+  bool is_subspace_optimal();
+  Step newton_step();
+  void set_direction();
+  [[nodiscard]] bool is_flat() const;
+  Step take_step();
+  void move(Real step);
+  void rest_at_bound(Index var, bool upper);
+  Step make_nonbasic(Index position, bool to_upper);
+  Step trouble();
+
+  SimplexCore<Real>& core_;
+  QuadraticForm<Real> form_;
+  ReducedSpace<Real> space_;
+  PrimalRatioTest<Real> ratio_test_;
+  QuadraticSimplexOptions options_;
+  std::vector<Real> gradient_;  // n: c + Qx
+
+  // The direction of a step: rate_[i] of moving_[i], which are the superbasic variables and the one that enters; basic
+  // variables move by -alpha_, the gradient by curved_. Largest rate one.
+  std::vector<Index> moving_;
+  std::vector<Real> rate_, curved_;
+  Scattered<Real> alpha_, rho_, multipliers_, column_;
+  Real curvature_ = 0, magnitude_ = 0, slope_ = 0;
+  std::vector<Real> row_, column_products_;
+
+  std::vector<Index> rejected_;
+  bool phase1_ = false;
+  bool predicted_ = false;
+  bool bounds_changed_ = false;
+  bool may_perturb_ = true;
+  int degenerate_steps_ = 0;
+  int poor_steps_ = 0;      // Newton steps in a row that hardly lowered the reduced gradient
+  Real last_gradient_ = 0;  // largest reduced gradient before the last Newton step in this space, 0 if there was none
+  int troubles_ = 0;
+  double run_steps_ = 0;
+};
+
+}  // namespace zorvex
