@@ -210,18 +210,22 @@ SimplexOutcome LpKernel<Real>::run_linear(const SimplexOptions& options, const S
 }
 
 // From scratch the linear part of the objective comes first: its optimum is feasible and often near, and no point
-// of a convex quadratic model lies below it.
+// of a convex quadratic model lies below it. Where the bases on the way from there are too ill-conditioned, the minimum
+// without constraints may be a better place to start.
 template <class Real>
 SimplexOutcome LpKernel<Real>::run_quadratic(const SimplexOptions& options, const SimplexLimits& limits) {
-  QuadraticSimplexOptions quadratic_options;
-  quadratic_options.may_predict = true;
+  bool from_given_point = true;
   if (!near_optimum_ && !core_.has_basic_columns()) {
     const SimplexOutcome first = run_linear(options, limits, false);
     quadratic_.invalidate();
     if (first != SimplexOutcome::kOptimal && first != SimplexOutcome::kUnbounded) return first;
-    quadratic_options.may_predict = false;
+    from_given_point = false;
   }
-  const SimplexOutcome outcome = quadratic_.run(quadratic_options);
+  SimplexOutcome outcome = quadratic_.run({0, from_given_point});
+  if (outcome == SimplexOutcome::kNumeric) {
+    quadratic_.start_from_interior();
+    outcome = quadratic_.run({0, true});
+  }
   near_optimum_ = outcome == SimplexOutcome::kOptimal;
   return outcome;
 }

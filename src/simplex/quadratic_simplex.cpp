@@ -8,7 +8,7 @@ namespace zorvex {
 
 namespace {
 constexpr int kStallLength = 100;                        // degenerate steps in a row that count as stalling
-constexpr double kPatience = 5000, kPatienceShare = 50;  // steps, and per row and column, of one run
+constexpr double kPatience = 2000, kPatienceShare = 10;  // steps, and per row and column, of one run
 }  // namespace
 
 template <class Real>
@@ -41,6 +41,22 @@ void QuadraticSimplex<Real>::begin(const QuadraticSimplexOptions& options) {
   core_.use_true_costs();
   if (!core_.rows_valid) core_.rebuild_rows();
   settle();
+}
+
+template <class Real>
+void QuadraticSimplex<Real>::start_from_interior() {
+  core_.slack_basis();
+  space_.invalidate();
+  for (Index col = 0; col < core_.n; ++col) {
+    if (!form_.touches(col)) continue;
+    const Real low = core_.lower[col];
+    const Real up = core_.upper[col];
+    core_.place[col] = Place::kFree;
+    core_.value[col] = std::isfinite(low) && std::isfinite(up) ? low + (up - low) / 2
+                       : std::isfinite(low)                    ? std::max<Real>(low + 1, 0)
+                       : std::isfinite(up)                     ? std::min<Real>(up - 1, 0)
+                                                               : Real(0);
+  }
 }
 
 // Nonbasic variables to the bound of their place; free ones stay where they are as far as the bounds allow it.

@@ -37,6 +37,9 @@ class QuadraticSimplex {
   void invalidate() { space_.invalidate(); }
   [[nodiscard]] bool has_superbasics() const { return !space_.variables().empty(); }
 
+  // Slack basis, with every column that Q touches off its bounds.
+  void start_from_interior();
+
   // Runs from basis, places and nonbasic values of the core; free nonbasic variables may stand anywhere between their
   // bounds. Ends with the true bounds. kUnbounded: core.proof holds a direction without curvature over all variables.
   SimplexOutcome run(const QuadraticSimplexOptions& options);
@@ -96,6 +99,7 @@ class QuadraticSimplex {
   bool may_perturb_ = true;
   int degenerate_steps_ = 0;
   int poor_steps_ = 0;      // Newton steps in a row that hardly lowered the reduced gradient
+  bool lossy_ = false;      // the last one left more than the factor should
   Real last_gradient_ = 0;  // largest reduced gradient before the last Newton step in this space, 0 if there was none
   int troubles_ = 0;
   double run_steps_ = 0;

@@ -10,9 +10,11 @@ namespace zorvex {
 namespace {
 constexpr double kGradientGoal = 1e-3;  // share of the dual tolerance to which Newton steps lower the reduced gradient
 constexpr double kGoodProgress = 0.5;   // share of the reduced gradient that a Newton step may leave
-constexpr int kPoorSteps = 3;           // Newton steps that leave more, before the reduced Hessian is computed anew
+constexpr double kLossyStep = 1e-3;     // a factor that leaves more ...
+constexpr Index kLossyUpdates = 20;     // ... is computed anew after so many updates, ...
+constexpr int kPoorSteps = 3;           // ... or when it makes so many poor steps in a row, whatever its age
 constexpr int kMaxPoorSteps = 25;
-constexpr double kGoodPivotShare = 0.1;
+constexpr double kGoodPivotShare = 0.9;  // of the largest; smaller ones ruin the factor in few exchanges
 constexpr double kSmallRate = 1e-11;  // against the largest one: rounding
 constexpr double kFlatness = 64;      // units of rounding below which the curvature of a direction is none
 constexpr int kMaxTroubles = 20;
@@ -75,6 +77,7 @@ bool QuadraticSimplex<Real>::is_subspace_optimal() {
   const bool poor = last_gradient_ > 0 && largest > Real(kGoodProgress) * last_gradient_;
   if (poor && largest <= core_.dual_tol) return true;
   poor_steps_ = poor ? poor_steps_ + 1 : 0;
+  lossy_ = largest > core_.dual_tol && last_gradient_ > 0 && largest > Real(kLossyStep) * last_gradient_;
   last_gradient_ = largest;
   return false;
 }
@@ -82,9 +85,10 @@ bool QuadraticSimplex<Real>::is_subspace_optimal() {
 template <class Real>
 typename QuadraticSimplex<Real>::Step QuadraticSimplex<Real>::newton_step() {
   if (poor_steps_ > kMaxPoorSteps) return Step::kFailed;
-  if (poor_steps_ >= kPoorSteps && !space_.is_fresh()) {
+  if ((lossy_ && space_.updates() >= kLossyUpdates) || (poor_steps_ >= kPoorSteps && space_.updates() > 0)) {
     space_.invalidate();
     last_gradient_ = 0;
+    poor_steps_ = 0;
     return Step::kRebuild;
   }
   moving_ = space_.variables();

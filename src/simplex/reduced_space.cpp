@@ -17,7 +17,8 @@ void ReducedSpace<Real>::reset() {
   column_.resize(core_.m);
   multipliers_.resize(core_.m);
   product_.assign(static_cast<std::size_t>(core_.n), Real(0));
-  valid_ = fresh_ = false;
+  valid_ = false;
+  updates_ = 0;
 }
 
 template <class Real>
@@ -33,7 +34,8 @@ bool ReducedSpace<Real>::refill() {
     for (const Index var : variables_) slot_[var] = -1;
     variables_.clear();
     hessian_.clear();
-    valid_ = fresh_ = true;
+    valid_ = true;
+    updates_ = 0;
   }
   std::vector<Real> r;
   Index looked_at = 0;
@@ -99,7 +101,7 @@ void ReducedSpace<Real>::append(Index var, const std::vector<Real>& r, Real exce
   hessian_.append(r, excess);
   slot_[var] = static_cast<Index>(variables_.size());
   variables_.push_back(var);
-  fresh_ = false;
+  ++updates_;
 }
 
 template <class Real>
@@ -109,7 +111,7 @@ void ReducedSpace<Real>::drop_from_list(Index slot) {
   for (std::size_t j = static_cast<std::size_t>(slot); j < variables_.size(); ++j) {
     slot_[variables_[j]] = static_cast<Index>(j);
   }
-  fresh_ = false;
+  ++updates_;
 }
 
 template <class Real>

@@ -26,8 +26,7 @@ class ReducedSpace {
   // The factor no longer belongs to basis and variables.
   void invalidate() { valid_ = false; }
   [[nodiscard]] bool valid() const { return valid_; }
-  // True when nothing has been updated since the factor was computed.
-  [[nodiscard]] bool is_fresh() const { return fresh_; }
+  [[nodiscard]] Index updates() const { return updates_; }  // since the factor was computed
   // Brings variables and factor up to date with the places of the core. Variables along which the objective has no
   // curvature of its own are left out: they stay where they are, as candidates to enter. False: the stop token asked
   // for an end.
@@ -59,7 +58,7 @@ class ReducedSpace {
   Scattered<Real> column_, multipliers_;
   std::vector<Real> product_;  // n: Q z
   bool valid_ = false;
-  bool fresh_ = false;
+  Index updates_ = 0;
 };
 
 }  // namespace zorvex
