@@ -15,8 +15,8 @@ constexpr Index kLossyUpdates = 20;     // ... is computed anew after so many up
 constexpr int kPoorSteps = 3;           // ... or when it makes so many poor steps in a row, whatever its age
 constexpr int kMaxPoorSteps = 25;
 constexpr double kGoodPivotShare = 0.9;  // of the largest; smaller ones ruin the factor in few exchanges
-constexpr double kSmallRate = 1e-11;  // against the largest one: rounding
-constexpr double kFlatness = 64;      // units of rounding below which the curvature of a direction is none
+constexpr double kSmallRate = 1e-11;     // against the largest one: rounding
+constexpr double kFlatness = 64;         // units of rounding below which the curvature of a direction is none
 constexpr int kMaxTroubles = 20;
 }  // namespace
 
@@ -175,7 +175,7 @@ typename QuadraticSimplex<Real>::Step QuadraticSimplex<Real>::take_step() {
   std::size_t first = 0;
   for (std::size_t i = 0; i < moving_.size(); ++i) {
     using std::abs;
-    if (abs(rate_[i]) <= Real(kSmallRate)) continue;
+    if (rate_[i] == 0) continue;
     const Index var = moving_[i];
     const Real room =
         rate_[i] > 0 ? core_.work_upper[var] - core_.value[var] : core_.value[var] - core_.work_lower[var];
@@ -240,13 +240,13 @@ typename QuadraticSimplex<Real>::Step QuadraticSimplex<Real>::make_nonbasic(Inde
   }
   if (largest < 10 * KernelTolerances<Real>::kPivot) return trouble();
   Index slot = -1;
-  Real farthest = -1;
+  Real farthest = 0;
   for (std::size_t j = 0; j < row_.size(); ++j) {
     const Index var = space_.variables()[j];
     if (abs(row_[j]) < Real(kGoodPivotShare) * largest) continue;
     const Real distance =
         std::min<Real>(core_.value[var] - core_.work_lower[var], core_.work_upper[var] - core_.value[var]);
-    if (distance <= farthest) continue;
+    if (slot >= 0 && !(distance > farthest)) continue;
     farthest = distance;
     slot = static_cast<Index>(j);
   }

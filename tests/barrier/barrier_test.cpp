@@ -13,6 +13,7 @@
 #include "base/random_stream.hpp"
 #include "simplex/answer_check.hpp"
 #include "simplex/lp_driver.hpp"
+#include "support/convex_q.hpp"
 #include "support/dense_lp.hpp"
 #include "support/random_lp.hpp"
 
@@ -80,39 +81,13 @@ TEST(Barrier, LinearModelsAgreeWithTheOracle) {
   EXPECT_GT(solved, 1000);
 }
 
-// A random convex Q of any rank on the columns of `lp`: sum of outer products of sparse vectors with small integers.
-void add_convex_q(RandomStream& random, LpData& lp) {
-  const Index n = lp.num_cols();
-  std::vector<std::vector<double>> q(static_cast<std::size_t>(n), std::vector<double>(static_cast<std::size_t>(n), 0));
-  const auto rank = random.below(n + 2);
-  for (std::int64_t r = 0; r < rank; ++r) {
-    std::vector<double> factor(static_cast<std::size_t>(n), 0);
-    for (double& value : factor) value = random.below(3) == 0 ? static_cast<double>(random.below(7) - 3) : 0;
-    for (Index i = 0; i < n; ++i) {
-      for (Index j = 0; j < n; ++j) q[i][j] += factor[i] * factor[j];
-    }
-  }
-  lp.quadratic = {};
-  lp.quadratic.num_rows = n;
-  for (Index col = 0; col < n; ++col) {
-    std::vector<Index> rows;
-    std::vector<double> values;
-    for (Index row = col; row < n; ++row) {
-      if (q[row][col] == 0) continue;
-      rows.push_back(row);
-      values.push_back(q[row][col]);
-    }
-    lp.quadratic.append_col(rows.data(), values.data(), static_cast<Index>(rows.size()));
-  }
-}
-
 TEST(Barrier, QuadraticModelsMeetTheirOptimalityConditions) {
   RandomStream random(22, "barrier qp");
   QuietLog log;
   int optimal = 0, undecided = 0;
   for (int trial = 0; trial < 1500; ++trial) {
     LpData lp = oracle::random_lp(random, {});
-    add_convex_q(random, lp);
+    oracle::add_convex_q(random, lp);
     const std::string where = "trial " + std::to_string(trial);
     LpData linear = lp;
     linear.quadratic = {};
@@ -192,7 +167,7 @@ TEST(Convexity, RandomMatricesAreToldApart) {
     lp.cost.assign(static_cast<std::size_t>(n), 0);
     lp.matrix.num_cols = n;
     lp.matrix.start.assign(static_cast<std::size_t>(n) + 1, 0);
-    add_convex_q(random, lp);
+    oracle::add_convex_q(random, lp);
     EXPECT_EQ(check_convexity(lp.quadratic, {}).largest, 0) << "trial " << trial;
     // Less than nothing in one direction: some x'Qx is negative.
     std::vector<double> shift(static_cast<std::size_t>(n), 0);
