@@ -370,7 +370,8 @@ ZLP_EXPORT int ZLPwrite(ZLPmodel* model, const char* filename);
 /* Applies pending changes and solves. Returns 0 whenever the solve ended with a Status (attribute), also infeasible or
  * at a limit; the results are attributes:
  *   X, ObjVal        a point within tolerance; after a limit only when one was found
- *   Pi, RC           continuous models, in the user's sense: RC = Obj - A'Pi, Pi the change of ObjVal per unit of RHS
+ *   Pi, RC           continuous models, in the user's sense: RC = Obj - A'Pi, Pi the change of ObjVal per unit of RHS;
+ *                    Obj + QX in place of Obj where there are quadratic terms
  *   Slack            RHS - A x, for range rows the upper side - A x
  *   VBasis, CBasis   where the next solve of a continuous model starts; with VDualNorm, CDualNorm when known
  *   FarkasDual       status 3, asked for by InfUnbdInfo: l >= 0 on '<' rows, <= 0 on '>' rows; l'A x > l'RHS within all
@@ -386,8 +387,7 @@ ZLP_EXPORT int ZLPoptimize(ZLPmodel* model);
  * Inside it, calls that only read the model work (attributes, queries, ZLPwrite); calls that would change, solve or
  * free it fail with 10017, ZLPterminate stops the solve with status 11. A callback that returns non-zero is not called
  * again in that solve, which ends with status 11 and the code 10011; a solution it was looking at is not taken. It is
- * not called while it runs. Sub-problems that heuristics solve show up as POLLING only. The barrier callback comes with
- * barrier itself: as long as Method 2 is not available it never happens.
+ * not called while it runs. Sub-problems that heuristics solve show up as POLLING only.
  *
  * Constraints a model is short of, because there are too many to write down, are added when a solution breaks them:
  * with PreCrush 1 the search counts on that, and asks the callback about every point that could become the incumbent,

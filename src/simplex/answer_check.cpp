@@ -59,11 +59,30 @@ DualQuality dual_quality_of(const LpData& lp, const LpPoint& point, bool with_po
   return measure_dual(view, point.pi, point.reduced_cost, with_point ? std::span(point.x) : std::span<const double>());
 }
 
+namespace {
+
+// At points this far out Qx swallows what the dual tolerance is about: nothing can be said about the gradient.
+bool gradient_is_lost(const LpData& lp, const std::vector<double>& x, double tolerance) {
+  const SparseMatrix& q = lp.quadratic;
+  std::vector<double> magnitude(x.size(), 0);
+  for (Index col = 0; col < q.num_cols; ++col) {
+    for (Offset k = q.begin(col); k < q.end(col); ++k) {
+      magnitude[q.index[k]] += std::abs(q.value[k] * x[col]);
+      if (q.index[k] != col) magnitude[col] += std::abs(q.value[k] * x[q.index[k]]);
+    }
+  }
+  const double largest = magnitude.empty() ? 0 : *std::max_element(magnitude.begin(), magnitude.end());
+  return !(largest * static_cast<double>(std::numeric_limits<Extended>::epsilon()) <= tolerance);
+}
+
+}  // namespace
+
 bool is_optimal(const LpData& lp, const LpPoint& point, const SimplexOptions& options) {
   if (!is_feasible(lp, point.x, options.primal_feasibility_tol)) return false;
   const DualQuality dual = dual_quality_of(lp, point, false);
   if (!(dual.sign.max <= options.dual_feasibility_tol)) return false;
-  return !lp.is_quadratic() || closes_gap(lp, point, options);
+  if (!lp.is_quadratic()) return true;
+  return closes_gap(lp, point, options) && !gradient_is_lost(lp, point.x, options.dual_feasibility_tol);
 }
 
 bool closes_gap(const LpData& lp, const LpPoint& point, const SimplexOptions& options) {

@@ -212,7 +212,8 @@ bool LpSolver::State::accept(SimplexOutcome outcome) {
     case SimplexOutcome::kOptimal:
       status = SolveStatus::kOptimal;
       lp_kernel.extract(data, point);
-      if (!(is_optimal(data, point, options) && closes_gap(data, point, options)) && lp_kernel.core().factor_valid) {
+      if (!data.is_quadratic() && !(is_optimal(data, point, options) && closes_gap(data, point, options)) &&
+          lp_kernel.core().factor_valid) {
         lp_kernel.core().refine();
         lp_kernel.extract(data, point);
       }

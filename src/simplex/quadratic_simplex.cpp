@@ -32,7 +32,8 @@ void QuadraticSimplex<Real>::begin(const QuadraticSimplexOptions& options) {
   phase1_ = bounds_changed_ = false;
   predicted_ = !options.may_predict;
   may_perturb_ = true;
-  degenerate_steps_ = poor_steps_ = troubles_ = 0;
+  degenerate_steps_ = poor_steps_ = troubles_ = confirmations_ = 0;
+  confirming_ = false;
   last_gradient_ = 0;
   run_steps_ = 0;
   core_.warm = core_.weights_valid = false;
@@ -120,7 +121,12 @@ SimplexOutcome QuadraticSimplex<Real>::solve() {
       case Step::kUnbounded:
         return SimplexOutcome::kUnbounded;
       case Step::kNoEntering:
-        if (core_.fresh) outcome = finish(stopped);
+        if (core_.fresh) {
+          outcome = finish(stopped);
+        } else {
+          ++confirmations_;
+          confirming_ = true;
+        }
         break;
       default:
         break;

@@ -102,6 +102,9 @@ class QuadraticSimplex {
   bool lossy_ = false;      // the last one left more than the factor should
   Real last_gradient_ = 0;  // largest reduced gradient before the last Newton step in this space, 0 if there was none
   int troubles_ = 0;
+  // An optimum by updated values is computed anew to confirm it: so often in this run, and whether that is so now.
+  int confirmations_ = 0;
+  bool confirming_ = false;
   double run_steps_ = 0;
 };
 

@@ -14,6 +14,7 @@ constexpr double kLossyStep = 1e-3;     // a factor that leaves more ...
 constexpr Index kLossyUpdates = 20;     // ... is computed anew after so many updates, ...
 constexpr int kPoorSteps = 3;           // ... or when it makes so many poor steps in a row, whatever its age
 constexpr int kMaxPoorSteps = 25;
+constexpr int kConfirmations = 2;
 constexpr double kGoodPivotShare = 0.9;  // of the largest; smaller ones ruin the factor in few exchanges
 constexpr double kSmallRate = 1e-11;     // against the largest one: rounding
 constexpr double kFlatness = 64;         // units of rounding below which the curvature of a direction is none
@@ -74,6 +75,8 @@ bool QuadraticSimplex<Real>::is_subspace_optimal() {
   }
   core_.work += 4 * static_cast<double>(space_.variables().size());
   if (largest <= Real(kGradientGoal) * core_.dual_tol) return true;
+  // Computed anew, the gradient of what was an optimum is as large as before: that is rounding.
+  if (confirming_ && confirmations_ > kConfirmations) return true;
   const bool poor = last_gradient_ > 0 && largest > Real(kGoodProgress) * last_gradient_;
   if (poor && largest <= core_.dual_tol) return true;
   poor_steps_ = poor ? poor_steps_ + 1 : 0;
@@ -212,7 +215,7 @@ typename QuadraticSimplex<Real>::Step QuadraticSimplex<Real>::take_step() {
 
 template <class Real>
 void QuadraticSimplex<Real>::move(Real step) {
-  core_.fresh = false;
+  core_.fresh = confirming_ = false;
   if (step == 0) return;
   for (const Index k : alpha_.index) core_.basic_value[k] -= step * alpha_.value[k];
   for (std::size_t i = 0; i < moving_.size(); ++i) core_.value[moving_[i]] += step * rate_[i];

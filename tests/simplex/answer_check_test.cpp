@@ -31,5 +31,27 @@ TEST(AnswerCheck, MultipliersOfAWrongSignAreDroppedOnlyAsNoise) {
   }
 }
 
+// Any x = y minimises 1/2 (x - y)^2, but far out the rounding of Qx could hide a linear part: no answer there counts.
+TEST(AnswerCheck, NoQuadraticOptimumWhereRoundingHidesTheLinearPart) {
+  LpData lp;
+  lp.matrix.num_rows = 0;
+  lp.matrix.append_col(nullptr, nullptr, 0);
+  lp.matrix.append_col(nullptr, nullptr, 0);
+  lp.cost = {0, 0};
+  lp.col_lower = {-kInf, -kInf};
+  lp.col_upper = {kInf, kInf};
+  lp.quadratic.num_rows = 2;
+  const Index rows[] = {0, 1};
+  const double first[] = {1, -1}, second[] = {1};
+  lp.quadratic.append_col(rows, first, 2);
+  lp.quadratic.append_col(rows + 1, second, 1);
+  LpPoint point;
+  point.x = {4.9e19, 4.9e19};
+  point.reduced_cost = {0, 0};
+  EXPECT_FALSE(is_optimal(lp, point, {}));
+  point.x = {4.9e3, 4.9e3};
+  EXPECT_TRUE(is_optimal(lp, point, {}));
+}
+
 }  // namespace
 }  // namespace zorvex
