@@ -97,6 +97,10 @@ std::string faults_of_point(const LpData& lp, const LpDriverResult& result) {
 
 }  // namespace
 
+bool is_undecided(SolveStatus status) {
+  return status == SolveStatus::kNumeric || status == SolveStatus::kSuboptimal;
+}
+
 std::string faults_of(const LpData& lp, const LpDriverResult& result) {
   switch (result.status) {
     case SolveStatus::kOptimal:
@@ -111,14 +115,15 @@ std::string faults_of(const LpData& lp, const LpDriverResult& result) {
       return descent_of(lp, result, {}).gap > 0 ? "" : "the ray leads nowhere";
     }
     case SolveStatus::kNumeric:
-      return "";  // an honest answer: the caller counts it
+    case SolveStatus::kSuboptimal:
+      return "";  // honest answers: the caller counts them
     default:
       return text("status", static_cast<int>(result.status));
   }
 }
 
 std::string contradiction(const LpData& lp, const LpDriverResult& a, const LpDriverResult& b) {
-  if (a.status == SolveStatus::kNumeric || b.status == SolveStatus::kNumeric) return "";
+  if (is_undecided(a.status) || is_undecided(b.status)) return "";
   if (a.status == b.status) {
     if (a.status != SolveStatus::kOptimal) return "";
     // Weak duality between the points of the one and the duals of the other, all within the tolerances.

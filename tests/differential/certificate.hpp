@@ -10,6 +10,9 @@ namespace zorvex::differential {
 
 inline constexpr double kTolerance = 1e-6;  // of the solves: primal and dual, absolute, unscaled
 
+// Nothing is claimed: numerical trouble, or a point within weaker tolerances.
+bool is_undecided(SolveStatus status);
+
 // Empty when the result proves what it claims (optimality, infeasibility, unboundedness), else what is wrong.
 std::string faults_of(const LpData& lp, const LpDriverResult& result);
 
