@@ -378,8 +378,8 @@ ZLP_EXPORT int ZLPwrite(ZLPmodel* model, const char* filename);
  *                    bounds, where a range row counts with its lower side as RHS if its l is negative
  *   UnbdRay          status 5, asked for by InfUnbdInfo: a direction in which the objective improves for ever
  * Pi is >= 0 on '>' and <= 0 on '<' rows of a minimisation, the other way round of a maximisation.
- * A tree search stopped by a limit or an interruption goes on at the next call unless the model was changed. Quadratic
- * objectives: 10005. 10009: the licence was released. */
+ * A tree search stopped by a limit or an interruption goes on at the next call unless the model was changed. 10020: the
+ * quadratic terms are not convex; those of binary columns alone need not be. 10009: the licence was released. */
 ZLP_EXPORT int ZLPoptimize(ZLPmodel* model);
 
 /* --- callbacks ---

@@ -82,7 +82,9 @@ Probe StrongBranching::solve_child(const Candidate& candidate, bool up) {
   state_.strong_iterations += lp.iterations();
   Probe result;
   result.infeasible = status == SolveStatus::kInfeasible || status == SolveStatus::kCutoff;
-  if (status == SolveStatus::kOptimal || status == SolveStatus::kIterationLimit) {
+  // A quadratic relaxation stopped early stands above its optimum, not below it.
+  const bool usable = status == SolveStatus::kIterationLimit && !state_.model.lp.is_quadratic();
+  if (status == SolveStatus::kOptimal || usable) {
     result.gain = std::max(0.0, lp.objective() - context_.relaxation.objective);
     // A stopped dual simplex may still be in its first phase: only its optimum proves a bound.
     result.valid = status == SolveStatus::kOptimal || std::isfinite(lp.objective());

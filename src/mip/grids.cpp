@@ -93,6 +93,7 @@ double GridFinder::step_by_row(Index col) const {
 double GridFinder::step_by_choice(Index col) const {
   const SparseMatrix& cols = model_.lp.matrix;
   CommonStep step;
+  if (model_.lp.is_quadratic()) return 0;  // optima need not be vertices
   for (const double bound : {model_.lp.col_lower[col], model_.lp.col_upper[col]}) {
     if (std::isfinite(bound) && !step.add(bound)) return 0;
   }
@@ -107,6 +108,7 @@ double GridFinder::step_by_choice(Index col) const {
 }
 
 ObjectiveGrid GridFinder::objective_grid() const {
+  if (model_.lp.is_quadratic()) return {};
   CommonStep step;
   double base = model_.lp.offset;
   for (Index col = 0; col < model_.num_cols(); ++col) {

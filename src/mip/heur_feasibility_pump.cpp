@@ -141,6 +141,7 @@ bool Pump::agrees() const {
 void run(HeuristicContext& context) {
   const SearchState& state = context.state;
   if (state.explored > 0 || !state.incumbents.empty() || state.model.integer_cols.empty()) return;
+  if (state.model.lp.is_quadratic()) return;  // the distance would have to take the place of Q
   if (!state.model.sos.empty() || !state.model.gap_cols.empty()) return;
   Pump(context).run();
 }

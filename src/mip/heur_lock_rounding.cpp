@@ -3,6 +3,7 @@
 #include <cmath>
 
 #include "mip/heuristic.hpp"
+#include "simplex/answer_check.hpp"
 
 namespace zorvex {
 
@@ -13,17 +14,15 @@ void run(HeuristicContext& context) {
   const SearchModel& model = state.model;
   if (!model.sos.empty() || !model.gap_cols.empty()) return;
   std::vector<double> x = context.relaxation->x;
-  double objective = context.relaxation->objective;
   for (const Index col : fractional_columns(state, x, state.options.integrality_tol)) {
     const bool can_down = model.down_locks[col] == 0;
     const bool can_up = model.up_locks[col] == 0;
     if (!can_down && !can_up) return;
     const bool down = can_down && (!can_up || model.lp.cost[col] >= 0);
     const double rounded = down ? std::floor(x[col]) : std::ceil(x[col]);
-    objective += model.lp.cost[col] * (rounded - x[col]);
     x[col] = rounded;
   }
-  if (!state.incumbents.prunes(objective)) state.submit_heuristic(x, true);
+  if (!state.incumbents.prunes(objective_at(model.lp, x))) state.submit_heuristic(x, true);
 }
 
 }  // namespace

@@ -4,6 +4,7 @@
 
 #include "mip/fix_and_propagate.hpp"
 #include "mip/heuristic.hpp"
+#include "simplex/answer_check.hpp"
 
 namespace zorvex {
 
@@ -21,10 +22,8 @@ void run(HeuristicContext& context) {
   std::vector<double> x;
   if (!fix_and_propagate(state, order, target, x)) return;
   const SearchModel& model = state.model;
-  double objective = model.lp.offset;
-  for (Index col = 0; col < model.num_cols(); ++col) objective += model.lp.cost[col] * x[col];
   const bool all_integer = model.integer_cols.size() == x.size();
-  if (!all_integer || !state.incumbents.prunes(objective)) state.submit_heuristic(x, true);
+  if (!all_integer || !state.incumbents.prunes(objective_at(model.lp, x))) state.submit_heuristic(x, true);
 }
 
 }  // namespace

@@ -228,6 +228,19 @@ void MipLog::start_loaded(double objective) {
 
 void MipLog::start_failed() { sink_.write("\nMIP start did not produce a feasible solution\n\n"); }
 
+void MipLog::quadratic_methods(int root_method, int node_method) {
+  constexpr const char* kInstead = "         Using dual simplex\n";
+  if (root_method > 1) {
+    sink_.print("WARNING: %s not supported for solving MIQP root relaxation\n",
+                root_method == 2 ? "Barrier" : "Concurrent");
+    sink_.write(kInstead);
+  }
+  if (node_method == 2) {
+    sink_.write("WARNING: Barrier not supported for solving MIQP node relaxations\n");
+    sink_.write(kInstead);
+  }
+}
+
 void MipLog::variable_types(int continuous, int integer, int binary) {
   if (sub_mip_) return;
   sink_.print("Variable types: %d continuous, %d integer (%d binary)\n", continuous, integer, binary);

@@ -70,6 +70,8 @@ class MipLog {
 
   void start_loaded(double objective);
   void start_failed();
+  // What a quadratic problem makes of the parameters Method and NodeMethod.
+  void quadratic_methods(int root_method, int node_method);
   void variable_types(int continuous, int integer, int binary);
   void fixed_variables(int fixed, int total);
   void continuing();

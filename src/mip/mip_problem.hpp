@@ -57,7 +57,9 @@ struct MipOptions {
   double nodefile_start = 1e100;  // gigabytes
   std::string nodefile_dir = ".";
   int threads = 1;
-  bool sub_mip = false;  // quieter log, no variable-type report
+  int root_method = -1, node_method = 1;  // parameters Method and NodeMethod: quadratic problems say when they differ
+  double psd_tol = 1e-6;                  // PSDTol
+  bool sub_mip = false;                   // quieter log, no variable-type report
   int cuts = -1;
   // Constraints that are not known yet may come during the search: no reduction may rely on a solution being
   // replaceable by another one that is as good.
@@ -67,7 +69,7 @@ struct MipOptions {
 
 struct MipResult {
   SolveStatus status = SolveStatus::kLoaded;
-  int error = 0;
+  int error = 0;             // kErrorOutOfMemory, or kErrorQNotPsd: nothing was searched then
   double objective = 1e100;  // incumbent, minimisation form, offset included; 1e100 none
   double bound = -1e100;     // minimisation form
   double nodes = 0;

@@ -2,6 +2,7 @@
 #include <cmath>
 #include <new>
 
+#include "mip/convex_problem.hpp"
 #include "mip/heuristic.hpp"
 #include "mip/mip_problem.hpp"
 #include "mip/mip_start.hpp"
@@ -50,6 +51,9 @@ void report_types(SearchState& state) {
 void prepare_search(Search& search) {
   SearchState& state = search.state;
   load_mip_start(state);
+  if (state.problem.lp.is_quadratic()) {
+    state.log.quadratic_methods(state.options.root_method, state.options.node_method);
+  }
   report_types(state);
   const Preparation preparation = prepare(state.model, prepare_options(state.options), state.stop);
   search.infeasible = preparation.infeasible;
@@ -98,12 +102,14 @@ SolveStatus settle(SearchState& state, SolveStatus status) {
 struct MipSolver::State {
   State(MipProblem the_problem, LogSink& the_sink) : problem(std::move(the_problem)), sink(the_sink) {}
 
-  void open(const MipOptions& options, const std::atomic<int>* terminate, double start_time);
+  bool make_convex(const MipOptions& options, const StopToken& stop);
+  void open(const MipOptions& options, const StopToken& stop, double start_time);
   SolveStatus search_tree();
   void publish(SolveStatus status);
 
   MipProblem problem;
   LogSink& sink;
+  bool is_convex = false;  // known of the problem, which may have been changed for it
   std::unique_ptr<Search> search;
   MipResult result;
 };
@@ -113,15 +119,24 @@ MipSolver::~MipSolver() = default;
 
 const MipResult& MipSolver::result() const { return state_->result; }
 
-void MipSolver::State::open(const MipOptions& options, const std::atomic<int>* terminate, double start_time) {
+// False, with the result set: there is nothing to search, or no time to find out.
+bool MipSolver::State::make_convex(const MipOptions& options, const StopToken& stop) {
+  if (is_convex || options.sub_mip) return true;
+  const Convexity convexity = make_problem_convex(problem, options.psd_tol, stop, sink);
+  is_convex = convexity.error == kOk && convexity.stopped == SolveStatus::kLoaded;
+  result.status = convexity.stopped;
+  result.error = convexity.error;
+  return is_convex;
+}
+
+void MipSolver::State::open(const MipOptions& options, const StopToken& stop, double start_time) {
   // Nodes cut off by a cutoff are gone: a weaker one needs a new search.
   const bool resume = search && search->prepared && options.cutoff <= search->state.options.cutoff;
   if (!resume) search = std::make_unique<Search>(problem, options, sink);
   SearchState& state = search->state;
   state.options = options;
   state.start_time = start_time;
-  const double deadline = options.time_limit >= mip_tol::kNone ? kInf : start_time + options.time_limit;
-  state.stop = StopToken(terminate, deadline, options.hooks);
+  state.stop = stop;
   state.incumbents.configure(options.cutoff, state.model.objective_grid);
   state.log.begin_call(state.explored, options.display_interval);
   if (resume) {
@@ -170,8 +185,11 @@ const MipResult& MipSolver::run(const MipOptions& options, const std::atomic<int
   if (self.search && !is_limit(self.result.status)) return self.result;
   SolveStatus status = SolveStatus::kLoaded;
   self.result.error = kOk;
+  const double deadline = options.time_limit >= mip_tol::kNone ? kInf : start_time + options.time_limit;
+  const StopToken stop(terminate, deadline, options.hooks);
   try {
-    self.open(options, terminate, start_time);
+    if (!self.make_convex(options, stop)) return self.result;
+    self.open(options, stop, start_time);
     status = self.search_tree();
     self.search->state.log.cut_summary(self.search->state.cuts.counts_by_type());
     status = settle(self.search->state, status);

@@ -5,27 +5,9 @@
 
 #include "base/quality.hpp"
 #include "mip/mip_tolerances.hpp"
+#include "simplex/answer_check.hpp"
 
 namespace zorvex {
-
-namespace {
-
-ProblemView view_of(const LpData& lp) {
-  ProblemView view;
-  view.num_rows = lp.num_rows();
-  view.num_cols = lp.num_cols();
-  view.start = lp.matrix.start.data();
-  view.index = lp.matrix.index.data();
-  view.value = lp.matrix.value.data();
-  view.cost = lp.cost.data();
-  view.col_lower = lp.col_lower.data();
-  view.col_upper = lp.col_upper.data();
-  view.row_lower = lp.row_lower.data();
-  view.row_upper = lp.row_upper.data();
-  return view;
-}
-
-}  // namespace
 
 SolutionChecker::SolutionChecker(const MipProblem& problem, const SimplexOptions& options, double integrality_tol)
     : model_(make_search_model(problem)), simplex_(options), integrality_tol_(integrality_tol) {
@@ -176,11 +158,7 @@ void SolutionChecker::add_rows(const std::vector<SideRow>& rows) {
   if (lp_) lp_->add_rows(added, lower, upper);
 }
 
-double SolutionChecker::objective(const std::vector<double>& x) const {
-  Extended sum = model_.lp.offset;
-  for (std::size_t col = 0; col < x.size(); ++col) sum += static_cast<Extended>(model_.lp.cost[col]) * x[col];
-  return static_cast<double>(sum);
-}
+double SolutionChecker::objective(const std::vector<double>& x) const { return objective_at(model_.lp, x); }
 
 double SolutionChecker::iterations() const { return lp_ ? lp_->total_iterations() : 0; }
 double SolutionChecker::work() const { return lp_ ? lp_->work() : 0; }

@@ -29,6 +29,32 @@ void copy_sets(const SearchModel& model, const std::vector<Index>& new_col, MipP
   }
 }
 
+// The objective's quadratic terms, where fixed columns turn into linear ones and a constant.
+void cut_out_quadratic(const LpData& full, const SubSearch& search, const std::vector<char>& keep, SubProblem& result) {
+  std::vector<Extended> linear(keep.size(), 0);  // Q times the fixed columns' values
+  const SparseMatrix& q = full.quadratic;
+  const auto add = [&](Index row, Index col, double value) {
+    if (!keep[col]) linear[row] += static_cast<Extended>(value) * search.lower[col];
+  };
+  for (Index col = 0; col < q.num_cols; ++col) {
+    for (Offset k = q.begin(col); k < q.end(col); ++k) {
+      add(q.index[k], col, q.value[k]);
+      if (q.index[k] != col) add(col, q.index[k], q.value[k]);
+    }
+  }
+  LpData& sub = result.problem.lp;
+  Extended constant = 0;
+  for (std::size_t col = 0; col < keep.size(); ++col) {
+    if (!keep[col]) constant += linear[col] * search.lower[col] / 2;
+  }
+  sub.offset += static_cast<double>(constant);
+  for (std::size_t k = 0; k < result.original.size(); ++k) {
+    sub.cost[k] += static_cast<double>(linear[result.original[k]]);
+  }
+  sub.quadratic = q;
+  sub.quadratic.compress(keep.data(), keep.data());
+}
+
 // Columns of SOS sets always stay; semi-continuous columns keep their gap by staying semi-continuous with the nonzero
 // branch narrowed, or lose it when the bounds decide the branch.
 SubProblem cut_out(const SearchModel& model, const MipProblem& full, const SubSearch& search) {
@@ -84,6 +110,7 @@ SubProblem cut_out(const SearchModel& model, const MipProblem& full, const SubSe
     sub.type.push_back(type);
   }
   copy_sets(model, new_col, sub);
+  if (model.lp.is_quadratic() && !search.feasibility_only) cut_out_quadratic(model.lp, search, keep, result);
   return result;
 }
 

@@ -79,12 +79,6 @@ void report_model(ZLPmodel& model) {
   }
 }
 
-int refuse_quadratic_mip(ZLPmodel& model) {
-  set_model_error(&model, kErrorDataNotAvailable, true,
-                  "Quadratic objectives are not supported for models with integer variables or SOS constraints");
-  return kErrorDataNotAvailable;
-}
-
 void report_quadratic_method(ZLPmodel& model) {
   if (param<Param::Method>(*model.env) < 3) return;
   log_printf(model.env, "WARNING: Concurrent optimizer not supported for QP models\n");
@@ -157,6 +151,7 @@ int solve_integer(ZLPmodel& model, std::shared_ptr<void> kept, const Call& call)
   options.threads = kSearchThreads;
   const MipResult& result = search->solver.run(options, &model.env->terminate, call.start_time);
   const int error = call.code(result.error);
+  if (error == kErrorQNotPsd) return error;  // no search, no report
   publish_mip(model, result);
   report_search(model, result, error, call.start_time);
   if (error == kOk && can_be_resumed(result.status)) model.solver_state = std::move(search);
@@ -203,10 +198,6 @@ int run(ZLPmodel& model) {
   apply_pending_changes(model);
   report_model(model);
   dump_for_debugging(model);
-  if (!model.data.quadratic.empty() && model.data.is_mip()) {
-    discard_results(model, true);
-    return refuse_quadratic_mip(model);
-  }
   const int code = solve(model, call);
   if (code == kOk) write_result_file(model);
   return call.code(code);

@@ -124,6 +124,9 @@ MipOptions make_mip_options(const ZLPenv& env, int sense, double start_time) {
   options.nodefile_start = param<Param::NodefileStart>(env);
   options.nodefile_dir = param<Param::NodefileDir>(env);
   options.cuts = param<Param::Cuts>(env);
+  options.root_method = param<Param::Method>(env);
+  options.node_method = param<Param::NodeMethod>(env);
+  options.psd_tol = param<Param::PSDTol>(env);
   options.keep_all_solutions = param<Param::PreCrush>(env) != 0;
   return options;
 }

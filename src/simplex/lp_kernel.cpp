@@ -215,7 +215,7 @@ SimplexOutcome LpKernel<Real>::run_linear(const SimplexOptions& options, const S
 template <class Real>
 SimplexOutcome LpKernel<Real>::run_quadratic(const SimplexOptions& options, const SimplexLimits& limits) {
   bool from_given_point = true;
-  if (!near_optimum_ && !core_.has_basic_columns()) {
+  if (!near_optimum_ && !core_.has_basic_columns() && !quadratic_.has_superbasics()) {
     const SimplexOutcome first = run_linear(options, limits, false);
     quadratic_.invalidate();
     if (first != SimplexOutcome::kOptimal && first != SimplexOutcome::kUnbounded) return first;

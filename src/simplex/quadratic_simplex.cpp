@@ -26,6 +26,14 @@ void QuadraticSimplex<Real>::load(const SparseMatrix& lower, const std::vector<d
 }
 
 template <class Real>
+bool QuadraticSimplex<Real>::has_superbasics() const {
+  for (Index col = 0; col < core_.n; ++col) {
+    if (form_.touches(col) && core_.place[col] == Place::kFree) return true;
+  }
+  return false;
+}
+
+template <class Real>
 void QuadraticSimplex<Real>::begin(const QuadraticSimplexOptions& options) {
   options_ = options;
   rejected_.clear();

@@ -35,7 +35,8 @@ class QuadraticSimplex {
   [[nodiscard]] bool is_loaded() const { return !form_.empty(); }
   // The basis of the core was changed by somebody else.
   void invalidate() { space_.invalidate(); }
-  [[nodiscard]] bool has_superbasics() const { return !space_.variables().empty(); }
+  // A column of Q is free to stand off its bounds.
+  [[nodiscard]] bool has_superbasics() const;
 
   // Slack basis, with every column that Q touches off its bounds.
   void start_from_interior();

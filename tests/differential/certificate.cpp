@@ -97,9 +97,7 @@ std::string faults_of_point(const LpData& lp, const LpDriverResult& result) {
 
 }  // namespace
 
-bool is_undecided(SolveStatus status) {
-  return status == SolveStatus::kNumeric || status == SolveStatus::kSuboptimal;
-}
+bool is_undecided(SolveStatus status) { return status == SolveStatus::kNumeric || status == SolveStatus::kSuboptimal; }
 
 std::string faults_of(const LpData& lp, const LpDriverResult& result) {
   switch (result.status) {

@@ -4,7 +4,13 @@
 #include <cmath>
 #include <functional>
 
+#include "barrier/barrier_engine.hpp"
+#include "barrier/convexity.hpp"
+#include "base/quality.hpp"
+#include "simplex/lp_driver.hpp"
+#include "support/convex_q.hpp"
 #include "support/dense_lp.hpp"
+#include "support/problem_view.hpp"
 
 namespace zorvex::testing {
 
@@ -85,6 +91,17 @@ void add_sets(RandomStream& random, MipProblem& problem) {
   }
 }
 
+void add_q(RandomStream& random, const RandomMipShape& shape, MipProblem& problem) {
+  oracle::add_convex_q(random, problem.lp);
+  if (shape.concave_share == 0) return;
+  std::vector<double> shift(problem.type.size(), 0);
+  for (std::size_t col = 0; col < shift.size(); ++col) {
+    if (problem.type[col] != VarType::kBinary || random.uniform() > shape.concave_share) continue;
+    shift[col] = -static_cast<double>(1 + random.below(20));
+  }
+  add_to_diagonal(problem.lp.quadratic, shift);
+}
+
 // Enumerates by restricting bounds: integers, then gaps, then sets, then the oracle.
 class Enumerator {
  public:
@@ -153,14 +170,37 @@ class Enumerator {
 
   void solve() {
     if (best_.status == SolveStatus::kUnbounded) return;
-    const oracle::DenseLpResult result = oracle::solve_dense_lp(lp_);
-    if (result.status == SolveStatus::kInfeasible) return;
-    if (result.status == SolveStatus::kUnbounded) {
-      best_.status = SolveStatus::kUnbounded;
-      return;
+    if (!lp_.is_quadratic()) {
+      const oracle::DenseLpResult result = oracle::solve_dense_lp(lp_);
+      take(result.status, result.objective);
+    } else if (lp_.col_lower == lp_.col_upper) {
+      const PrimalQuality quality = measure_primal(oracle::view_of(lp_), lp_.col_lower, {});
+      const bool feasible = quality.row.max <= 1e-9;
+      take(feasible ? SolveStatus::kOptimal : SolveStatus::kInfeasible,
+           oracle::quadratic_objective(lp_, lp_.col_lower));
+    } else {
+      BarrierEngine barrier({});
+      LpDriverOptions options;
+      options.engine = &barrier;
+      QuietLog log;
+      const LpDriverResult result = solve_lp(lp_, options, nullptr, {}, log);
+      take(result.status, result.objective);
     }
-    best_.status = SolveStatus::kOptimal;
-    best_.objective = std::min(best_.objective, result.objective);
+  }
+
+  void take(SolveStatus status, double objective) {
+    switch (status) {
+      case SolveStatus::kInfeasible:
+        return;
+      case SolveStatus::kOptimal:
+        best_.objective = std::min(best_.objective, objective);
+        [[fallthrough]];
+      case SolveStatus::kUnbounded:
+        best_.status = status;
+        return;
+      default:
+        best_.doubtful = true;
+    }
   }
 
   const MipProblem& problem_;
@@ -177,6 +217,7 @@ MipProblem random_mip(RandomStream& random, const RandomMipShape& shape) {
   add_rows(random, shape, problem);
   problem.lp.offset = static_cast<double>(random.below(5));
   if (random.uniform() < shape.sos_share) add_sets(random, problem);
+  if (shape.quadratic) add_q(random, shape, problem);
   return problem;
 }
 

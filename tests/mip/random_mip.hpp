@@ -13,6 +13,8 @@ struct RandomMipShape {
   double semi_share = 0;       // of the columns
   double sos_share = 0;        // of the problems have sets
   double unbounded_share = 0;  // of the columns lack an upper bound (continuous only)
+  bool quadratic = false;      // a convex Q of any rank ...
+  double concave_share = 0;    // ... less a multiple of x^2 for such a share of the binaries
 };
 
 MipProblem random_mip(RandomStream& random, const RandomMipShape& shape);
@@ -24,10 +26,11 @@ MipProblem dense_problem(const std::vector<std::vector<double>>& rows, std::vect
 struct EnumeratedMip {
   SolveStatus status = SolveStatus::kInfeasible;  // kOptimal, kInfeasible or kUnbounded
   double objective = 1e100;
+  bool doubtful = false;  // some quadratic rest could not be solved
 };
 
 // Every assignment of the integer columns (their bounds must be finite), gap branches and SOS windows, the continuous
-// rest by the dense oracle.
+// rest by the dense oracle, with a quadratic objective by the barrier.
 EnumeratedMip enumerate_mip(const MipProblem& problem);
 
 }  // namespace zorvex::testing

@@ -424,14 +424,6 @@ TEST(Optimize, QuadraticModelsThatCannotBeSolved) {
   EXPECT_EQ(10020, ZLPoptimize(concave.get()));
   EXPECT_STREQ("Q not positive semi-definite (PSD)", ZLPgetmerrormsg(concave.get()));
   EXPECT_EQ(ZLP_LOADED, int_attr(concave.get(), "Status"));
-  const Model integer = quadratic_model(env.get(), 1, 2);
-  ASSERT_EQ(0, ZLPsetcharattrelement(integer.get(), "VType", 0, 'I'));
-  EXPECT_EQ(10005, ZLPoptimize(integer.get()));
-  EXPECT_STREQ("Quadratic objectives are not supported for models with integer variables or SOS constraints",
-               ZLPgetmerrormsg(integer.get()));
-  ASSERT_EQ(0, ZLPdelq(integer.get()));
-  EXPECT_EQ(0, ZLPoptimize(integer.get()));
-  EXPECT_EQ(ZLP_OPTIMAL, int_attr(integer.get(), "Status"));
   // minimise x^2 - y: falls along y.
   const Model unbounded = build(env.get(), {1, {0, -1}, {{{1, 1}, '>', 1}}});
   const int first = 0;
@@ -443,6 +435,37 @@ TEST(Optimize, QuadraticModelsThatCannotBeSolved) {
   ASSERT_EQ(0, ZLPaddqpterms(infeasible.get(), 1, &first, &first, &two));
   ASSERT_EQ(0, ZLPoptimize(infeasible.get()));
   EXPECT_EQ(ZLP_INFEASIBLE, int_attr(infeasible.get(), "Status"));
+}
+
+// x^2 + y^2 + x + y with x + y >= 1: (0.5, 0.5) as it is, a corner once x is integral. Between 0 and 1 the curvature of
+// x does not matter.
+TEST(Optimize, QuadraticMipModels) {
+  const auto env = quiet_env();
+  for (const double curvature : {2.0, -2.0}) {
+    const Model model = quadratic_model(env.get(), 1, 2);
+    ASSERT_EQ(0, ZLPsetcharattrelement(model.get(), "VType", 0, 'B'));
+    const int first = 0;
+    const double change = curvature - 2;
+    ASSERT_EQ(0, ZLPaddqpterms(model.get(), 1, &first, &first, &change));
+    ASSERT_EQ(0, ZLPsetintparam(ZLPgetenv(model.get()), "OutputFlag", 1));
+    ASSERT_EQ(0, ZLPsetintparam(ZLPgetenv(model.get()), "Method", curvature > 0 ? 2 : 3));
+    ASSERT_EQ(0, ZLPsetintparam(ZLPgetenv(model.get()), "NodeMethod", 2));
+    const std::string log = printed([&] { EXPECT_EQ(0, ZLPoptimize(model.get())); });
+    EXPECT_EQ(ZLP_OPTIMAL, int_attr(model.get(), "Status"));
+    EXPECT_NEAR(curvature > 0 ? 2 : 0, dbl_attr(model.get(), "ObjVal"), kTol);
+    EXPECT_NEAR(dbl_attr(model.get(), "ObjVal"), dbl_attr(model.get(), "ObjBound"), kTol);
+    const std::string wanted = std::string("WARNING: ") + (curvature > 0 ? "Barrier" : "Concurrent") +
+                               " not supported for solving MIQP root relaxation\n"
+                               "         Using dual simplex\n"
+                               "WARNING: Barrier not supported for solving MIQP node relaxations\n"
+                               "         Using dual simplex\n"
+                               "Variable types: ";
+    EXPECT_NE(std::string::npos, log.find(wanted)) << log;
+  }
+  const Model concave = quadratic_model(env.get(), 1, -2);
+  ASSERT_EQ(0, ZLPsetcharattrelement(concave.get(), "VType", 0, 'I'));
+  EXPECT_EQ(10020, ZLPoptimize(concave.get()));
+  EXPECT_EQ(ZLP_LOADED, int_attr(concave.get(), "Status"));
 }
 
 TEST(Optimize, QuadraticModelsSayWhichMethod) {

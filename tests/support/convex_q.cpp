@@ -39,13 +39,20 @@ std::vector<double> gradient_of(const LpData& lp, const std::vector<double>& x) 
   return {sum.begin(), sum.end()};
 }
 
+double quadratic_objective(const LpData& lp, const std::vector<double>& x) {
+  const std::vector<double> gradient = gradient_of(lp, x);
+  Extended sum = lp.offset;
+  for (std::size_t j = 0; j < x.size(); ++j) sum += (Extended(lp.cost[j]) + gradient[j]) * x[j] / 2;
+  return static_cast<double>(sum);
+}
+
 LpData linear_model_at(const LpData& lp, const std::vector<double>& x) {
   LpData linear = lp;
   linear.cost = gradient_of(lp, x);
   linear.quadratic = {};
-  Extended bend = 0;
-  for (std::size_t j = 0; j < x.size(); ++j) bend += (Extended(linear.cost[j]) - lp.cost[j]) * x[j];
-  linear.offset = static_cast<double>(lp.offset - bend / 2);
+  Extended offset = quadratic_objective(lp, x);
+  for (std::size_t j = 0; j < x.size(); ++j) offset -= Extended(linear.cost[j]) * x[j];
+  linear.offset = static_cast<double>(offset);
   return linear;
 }
 

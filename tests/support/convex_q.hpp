@@ -13,6 +13,9 @@ void add_convex_q(RandomStream& random, LpData& lp);
 // c + Qx, in long double.
 std::vector<double> gradient_of(const LpData& lp, const std::vector<double>& x);
 
+// c'x + 1/2 x'Qx + offset, in long double.
+double quadratic_objective(const LpData& lp, const std::vector<double>& x);
+
 // The model with the tangent of the objective at x in place of the objective: x has the same objective in both and is
 // optimal for both or neither.
 LpData linear_model_at(const LpData& lp, const std::vector<double>& x);
