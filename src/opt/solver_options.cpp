@@ -38,10 +38,15 @@ SimplexOptions simplex_options(const ZLPenv& env, double start_time) {
   options.objective_scale = param<Param::ObjScale>(env);
   options.pricing = param<Param::SimplexPricing>(env);
   options.norm_adjust = param<Param::NormAdjust>(env);
+  if (options.norm_adjust < 0) options.norm_adjust = param<Param::ZORV_PAR_EXACTNORM>(env);  // 0 and 1 mean the same
+  options.pivot_tol = param<Param::ZORV_PAR_PIVOTTOL>(env);
+  options.bound_flipping = param<Param::ZORV_PAR_SIMPLEXPWRATIO>(env) != 0;
+  options.partial_primal = param<Param::ZORV_PAR_PRIMALPARTIAL>(env) > 0;
   options.scale = param<Param::ScaleFlag>(env) != 0;
   options.precision = precision_of(param<Param::Quad>(env));
   options.algorithm = param<Param::Method>(env) == 0 ? SimplexAlgorithm::kPrimal : SimplexAlgorithm::kDual;
   options.display_interval = param<Param::DisplayInterval>(env);
+  options.display_iterations = param<Param::ZORV_PAR_SDISPINTERVAL>(env);
   options.log_start_time = start_time;
   return options;
 }

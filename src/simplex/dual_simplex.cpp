@@ -124,7 +124,8 @@ SimplexOutcome DualSimplex<Real>::rebuild(bool& stopped) {
   core_.compute_primal();
   core_.fresh = true;
   start_iterating();
-  if (core_.log->due() || core_.log->watched() || (core_.log->sink().enabled() && core_.first_iteration())) {
+  if (core_.log->due(core_.iterations + core_.iteration_offset) || core_.log->watched() ||
+      (core_.log->sink().enabled() && core_.first_iteration())) {
     core_.log->iteration(core_.iterations + core_.iteration_offset, static_cast<double>(dual_objective_),
                          static_cast<double>(core_.sum_primal_infeasibility()),
                          static_cast<double>(core_.sum_dual_infeasibility()), false);
@@ -191,7 +192,7 @@ typename DualSimplex<Real>::Step DualSimplex<Real>::iterate() {
     core_.compute_duals();
     return Step::kRebuild;
   }
-  if (core_.log->due()) {
+  if (core_.log->due(core_.iterations + core_.iteration_offset)) {
     core_.log->iteration(core_.iterations + core_.iteration_offset, static_cast<double>(dual_objective_),
                          static_cast<double>(core_.sum_primal_infeasibility()),
                          static_cast<double>(core_.sum_dual_infeasibility()), false);
@@ -204,17 +205,18 @@ typename DualSimplex<Real>::Step DualSimplex<Real>::iterate() {
 
   const bool aged = core_.lu.num_updates() > 20;
   const Real min_pivot = aged ? KernelTolerances<Real>::kRatioPivotAged : KernelTolerances<Real>::kRatioPivot;
-  const auto choice =
-      ratio_test_.choose(core_, alpha_row_, rho_, leaving_above_, core_.primal_infeasibility(position), min_pivot);
+  // Without slope the first group of breakpoints ends the test.
+  const Real slope = options_.bound_flipping ? core_.primal_infeasibility(position) : Real(0);
+  const auto choice = ratio_test_.choose(core_, alpha_row_, rho_, leaving_above_, slope, min_pivot);
   if (choice.entering < 0) {
     failed_position_ = position;
     return Step::kNoEntering;
   }
   using std::abs;
-  if (abs(choice.alpha) < 10 * KernelTolerances<Real>::kPivot) {
+  if (abs(choice.alpha) < 10 * core_.pivot_tol) {
     core_.log->sink().diagnose("small pivot %g\n", static_cast<double>(-abs(choice.alpha)));
     failed_position_ = position;
-    if (core_.fresh && choice.best_alpha < 10 * KernelTolerances<Real>::kPivot) return Step::kNoEntering;
+    if (core_.fresh && choice.best_alpha < 10 * core_.pivot_tol) return Step::kNoEntering;
     pricing_.reject(position);
     return ++small_pivots_ > kMaxSmallPivots && !core_.fresh ? Step::kRebuild : Step::kContinue;
   }
@@ -264,7 +266,7 @@ bool DualSimplex<Real>::pivot_is_trustworthy(Index position, Index entering, Rea
   const Real column_alpha = alpha_col_.value[position];
   const Real difference = abs(column_alpha - row_alpha);
   const bool ok = difference <= KernelTolerances<Real>::kPivotMismatch * (1 + abs(column_alpha)) &&
-                  abs(column_alpha) > KernelTolerances<Real>::kPivot && column_alpha * row_alpha > 0;
+                  abs(column_alpha) > core_.pivot_tol && column_alpha * row_alpha > 0;
   if (ok) {
     // A reduced cost on the wrong side would make the step go backwards: shift it to zero.
     const Place place = core_.place[entering];

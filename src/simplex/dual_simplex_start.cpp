@@ -10,7 +10,8 @@ namespace zorvex {
 namespace {
 constexpr double kFreeBox = 1000;             // bounds of free variables in the box problem of phase 1
 constexpr double kPerturbationUnit = 2.5e-3;  // perturbation = PerturbValue times this, relative to the cost scale
-constexpr double kExactWeightWork = 2e6;      // rows times nonzeros up to which weights of a foreign basis are exact
+constexpr double kMinScale = 10, kZeroCostScale = 100;  // cost scales of perturb_costs
+constexpr double kExactWeightWork = 2e6;  // rows times nonzeros up to which weights of a foreign basis are exact
 }  // namespace
 
 template <class Real>
@@ -108,6 +109,9 @@ void DualSimplex<Real>::ensure_weights() {
 // Costs move away from zero reduced cost on the side that keeps the variable dual feasible, by random amounts relative
 // to the size of the cost: ties of the dual ratio test disappear. A cold start perturbs at once; a warm one, which
 // often needs a handful of iterations, when it stalls. Basic variables keep their costs, so that the duals stay.
+// Amounts near the tolerance of the ratio test are lost in it, hence the least scale (neos-565815, all costs 1: 1700
+// iterations for 47000); where few columns are boxed the repair at the end costs more than that brings. Without any
+// costs all steps are ties and no repair is due, whatever the amounts were (ns1116954: 3200 iterations for over 16000).
 template <class Real>
 void DualSimplex<Real>::perturb_costs() {
   double largest = 0;
@@ -118,8 +122,10 @@ void DualSimplex<Real>::perturb_costs() {
     if (std::isfinite(core_.lower[var]) && std::isfinite(core_.upper[var])) ++boxed;
   }
   const double boxed_share = core_.n > 0 ? static_cast<double>(boxed) / core_.n : 0;
-  if (boxed_share < 0.01) largest = std::min(largest, 1.0);
-  const double base = options_.perturb_value * kPerturbationUnit * std::max(largest, 1e-3);
+  const double scale = largest == 0         ? kZeroCostScale
+                       : boxed_share < 0.01 ? std::clamp(largest, 1e-3, 1.0)
+                                            : std::max(largest, kMinScale);
+  const double base = options_.perturb_value * kPerturbationUnit * scale;
   RandomStream random(options_.seed, "dual cost perturbation");
   for (Index var = 0; var < core_.n; ++var) {
     const double draw = 1 + random.uniform();

@@ -170,6 +170,7 @@ SimplexOutcome LpKernel<Real>::run(const SimplexOptions& options, const SimplexL
   core_.log = &log;
   core_.primal_tol = Real(options.primal_feasibility_tol * share);
   core_.dual_tol = Real(options.dual_feasibility_tol * share);
+  core_.pivot_tol = KernelTolerances<Real>::kPivot * Real(options.pivot_tol / KernelTolerances<double>::kPivot);
   core_.iteration_offset = iteration_offset;
   core_.iteration_limit = limits.iterations;
   core_.begin_solve(options.markowitz_tol);
@@ -194,6 +195,7 @@ SimplexOutcome LpKernel<Real>::run_linear(const SimplexOptions& options, const S
       DualOptions dual_options;
       dual_options.pricing = options.pricing;
       dual_options.norm_adjust = options.norm_adjust;
+      dual_options.bound_flipping = options.bound_flipping;
       dual_options.perturb_value = round == 0 ? options.perturb_value : 0;
       dual_options.objective_limit = limits.objective * cost_factor_;
       dual_options.trust_updates = trust_updates;
@@ -201,7 +203,8 @@ SimplexOutcome LpKernel<Real>::run_linear(const SimplexOptions& options, const S
     } else {
       PrimalOptions primal_options;
       primal_options.may_perturb = round < kSwitchesWithPerturbation;
-      primal_options.pricing = options.pricing;
+      primal_options.pricing = options.partial_primal ? 0 : options.pricing;
+      primal_options.long_steps = options.bound_flipping;
       outcome = primal_.run(primal_options);
     }
     dual = !dual;

@@ -316,6 +316,7 @@ SolveStatus LpSolver::State::solve(const SimplexLimits& limits, const StopToken&
   SimplexLog::Settings settings;
   settings.start_time = options.log_start_time > 0 ? options.log_start_time : now_seconds();
   settings.display_interval = options.display_interval;
+  settings.display_iterations = options.display_iterations;
   settings.root = options.root_log;
   settings.sense = options.sense;
   settings.cost_factor = cost_factor();

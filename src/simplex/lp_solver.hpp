@@ -26,10 +26,14 @@ struct SimplexOptions {
   double objective_scale = 0;  // 0 automatic, <0 power of the largest cost, >0 factor
   int pricing = -1;
   int norm_adjust = -1;
+  double pivot_tol = 3e-8;      // scaled; the extended kernel's is smaller by the same factor as ever
+  bool bound_flipping = true;   // ratio tests pass breakpoints while that pays
+  bool partial_primal = false;  // partial pricing in the primal simplex, whatever `pricing` says
   bool scale = true;
   Precision precision = Precision::kAutomatic;
   SimplexAlgorithm algorithm = SimplexAlgorithm::kDual;
   double display_interval = 5;  // seconds
+  int display_iterations = 0;   // lines of the iteration log so far apart, 0: by time
   int sense = 1;                // objective values are multiplied by it when printed
   bool root_log = false;        // print the log as that of a root relaxation
   double log_start_time = 0;    // now_seconds() at which the surrounding solve began; 0: at the call

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 
 namespace zorvex {
 
@@ -127,7 +128,8 @@ SimplexOutcome PrimalSimplex<Real>::rebuild(bool& stopped) {
   if (!weights_started_) start_weights();
   rejected_.clear();
   list_candidates();
-  if (core_.log->due() || core_.log->watched() || (core_.log->sink().enabled() && core_.first_iteration())) {
+  if (core_.log->due(core_.iterations + core_.iteration_offset) || core_.log->watched() ||
+      (core_.log->sink().enabled() && core_.first_iteration())) {
     core_.log->iteration(core_.iterations + core_.iteration_offset, static_cast<double>(core_.objective(core_.cost)),
                          static_cast<double>(core_.sum_primal_infeasibility()),
                          static_cast<double>(core_.sum_dual_infeasibility()), false);
@@ -265,7 +267,7 @@ typename PrimalSimplex<Real>::Step PrimalSimplex<Real>::iterate() {
     bounds_changed_ = true;
     return Step::kRebuild;
   }
-  if (core_.log->due()) return Step::kRebuild;
+  if (core_.log->due(core_.iterations + core_.iteration_offset)) return Step::kRebuild;
   const Index entering = options_.pricing == 0 ? choose_from_section() : choose_entering();
   if (entering < 0) return Step::kNoEntering;
   core_.ftran_column(entering, alpha_);
@@ -277,9 +279,10 @@ typename PrimalSimplex<Real>::Step PrimalSimplex<Real>::iterate() {
   const Real direction = core_.reduced_cost[entering] < 0 ? Real(1) : Real(-1);
   const Real own_range = core_.work_upper[entering] - core_.work_lower[entering];
   using std::abs;
-  const PrimalBlock<Real> block =
-      phase1_ ? ratio_test_.phase1(alpha_, direction, own_range, abs(core_.reduced_cost[entering]))
-              : ratio_test_.phase2(alpha_, direction, own_range);
+  // The least slope is spent at the first breakpoint.
+  const Real slope = options_.long_steps ? abs(core_.reduced_cost[entering]) : std::numeric_limits<Real>::min();
+  const PrimalBlock<Real> block = phase1_ ? ratio_test_.phase1(alpha_, direction, own_range, slope)
+                                          : ratio_test_.phase2(alpha_, direction, own_range);
   if (block.unbounded) {
     if (phase1_) {  // impossible in exact arithmetic: the phase 1 objective is bounded
       rejected_.push_back(entering);
@@ -300,7 +303,7 @@ typename PrimalSimplex<Real>::Step PrimalSimplex<Real>::iterate() {
     return Step::kContinue;
   }
   const Real pivot = alpha_.value[block.position];
-  if (abs(pivot) < 10 * KernelTolerances<Real>::kPivot) {
+  if (abs(pivot) < 10 * core_.pivot_tol) {
     core_.log->sink().diagnose("Numeric Warning: primal small pivot %g\n", static_cast<double>(pivot));
     if (!core_.fresh) return Step::kRebuild;
     rejected_.push_back(entering);

@@ -14,6 +14,7 @@ namespace zorvex {
 
 struct PrimalOptions {
   bool may_perturb = true;
+  bool long_steps = true;  // phase 1 passes breakpoints while the infeasibility falls
   // Parameter SimplexPricing: 0 partial, 1 and 3 steepest edge from exact and unit weights, 2 devex; -1 steepest edge
   // from a slack basis, else devex.
   int pricing = -1;

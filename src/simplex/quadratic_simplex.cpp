@@ -264,7 +264,9 @@ Real QuadraticSimplex<Real>::objective() {
 
 template <class Real>
 void QuadraticSimplex<Real>::report() {
-  if (!core_.log->due() && !core_.log->watched() && !(core_.log->sink().enabled() && core_.first_iteration())) return;
+  if (!core_.log->due(core_.iterations + core_.iteration_offset) && !core_.log->watched() &&
+      !(core_.log->sink().enabled() && core_.first_iteration()))
+    return;
   const Real value = objective();
   compute_multipliers();
   price();
@@ -286,7 +288,7 @@ typename QuadraticSimplex<Real>::Step QuadraticSimplex<Real>::iterate() {
     settle();
     return Step::kRebuild;
   }
-  if (core_.log->due()) return Step::kRebuild;
+  if (core_.log->due(core_.iterations + core_.iteration_offset)) return Step::kRebuild;
   compute_multipliers();
   if (phase1_) return phase1_step();
   if (!is_subspace_optimal()) return newton_step();

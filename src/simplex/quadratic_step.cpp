@@ -39,7 +39,7 @@ typename QuadraticSimplex<Real>::Step QuadraticSimplex<Real>::phase1_step() {
     return core_.fresh ? Step::kContinue : Step::kRebuild;
   }
   const Real pivot = block.position < 0 ? Real(1) : alpha_.value[block.position];
-  if (abs(pivot) < 10 * KernelTolerances<Real>::kPivot) {
+  if (abs(pivot) < 10 * core_.pivot_tol) {
     rejected_.push_back(entering);
     return core_.fresh ? Step::kContinue : Step::kRebuild;
   }
@@ -241,7 +241,7 @@ typename QuadraticSimplex<Real>::Step QuadraticSimplex<Real>::make_nonbasic(Inde
     row_.push_back(core_.column_dot(var, rho_.value.data()));
     largest = std::max<Real>(largest, abs(row_.back()));
   }
-  if (largest < 10 * KernelTolerances<Real>::kPivot) return trouble();
+  if (largest < 10 * core_.pivot_tol) return trouble();
   Index slot = -1;
   Real farthest = 0;
   for (std::size_t j = 0; j < row_.size(); ++j) {
@@ -256,7 +256,7 @@ typename QuadraticSimplex<Real>::Step QuadraticSimplex<Real>::make_nonbasic(Inde
   const Index entering = space_.variables()[slot];
   core_.ftran_column(entering, column_);
   const Real pivot = column_.value[position];
-  if (abs(row_[slot] - pivot) > KernelTolerances<Real>::kPivotMismatch * (1 + abs(pivot))) return trouble();
+  if (abs(row_[slot] - pivot) > core_.pivot_tolMismatch * (1 + abs(pivot))) return trouble();
   space_.exchange(slot, row_);
   core_.pivot(position, entering, core_.value[entering], to_upper ? Place::kUpper : Place::kLower, pivot);
   return Step::kContinue;

@@ -71,6 +71,7 @@ class SimplexCore {
 
   // --- tolerances and limits of this solve ---
   Real primal_tol = Real(1e-7), dual_tol = Real(1e-7);
+  Real pivot_tol = Tol::kPivot;  // smallest pivot; iterations accept ten times this
   double markowitz = 0.0078125;
   const StopToken* stop = nullptr;
   SimplexLog* log = nullptr;

@@ -8,6 +8,11 @@ namespace zorvex {
 
 double SimplexLog::elapsed() const { return now_seconds() - settings_.start_time + settings_.carried_time; }
 
+bool SimplexLog::due(double iteration) const {
+  if (settings_.display_iterations == 0 || settings_.root) return due();
+  return sink_.enabled() && iteration >= last_iteration_ + settings_.display_iterations;
+}
+
 bool SimplexLog::due() const {
   if (!sink_.enabled()) return false;
   const double time = elapsed();
@@ -33,10 +38,7 @@ void SimplexLog::iteration(double iteration, double objective, double primal_inf
   if (!sink_.enabled() || iteration == last_iteration_) return;
   const double time = elapsed();
   if (settings_.root && time < settings_.display_interval) return;
-  if (!force && iteration != 0 &&
-      std::floor(time / settings_.display_interval) == std::floor(last_time_ / settings_.display_interval)) {
-    return;
-  }
+  if (!force && iteration != 0 && !due(iteration)) return;
   header();
   sink_.print(" %7.0f   %14.7e  %13.6e  %13.6e %6.0fs\n", iteration,
               settings_.sense * (objective / settings_.cost_factor + settings_.offset), primal_inf, dual_inf,

@@ -24,6 +24,7 @@ class SimplexLog {
     double start_time = 0;        // now_seconds() when the solve began
     double carried_time = 0;      // seconds added to the elapsed time
     double display_interval = 5;  // seconds
+    int display_iterations = 0;   // lines are so many iterations apart; 0: by time
     bool root = false;            // the log of a root relaxation
     bool crossover = false;       // iteration lines follow a crossover log
     int sense = 1;                // objectives are multiplied by it
@@ -34,8 +35,10 @@ class SimplexLog {
 
   SimplexLog(LogSink& sink, const Settings& settings) : sink_(sink), settings_(settings) {}
 
-  // True when an unforced iteration line could be printed now: callers skip computing its figures otherwise.
+  // True when an unforced line could be printed now, or one of this iteration: callers skip computing its figures
+  // otherwise.
   [[nodiscard]] bool due() const;
+  [[nodiscard]] bool due(double iteration) const;
   // True when somebody wants the figures whether or not a line is due.
   [[nodiscard]] bool watched() const { return settings_.hooks != nullptr && sink_.enabled(); }
 

@@ -1,4 +1,5 @@
 // Parameters of continuous solves: what each one changes that a user can see.
+#include <algorithm>
 #include <cmath>
 
 #include "opt/tiny_model.hpp"
@@ -178,19 +179,24 @@ TEST(LpParameters, ScalingOfObjectiveAndMatrix) {
 // Norms of a start basis that brings none: ones or exact ones, seen after a solve that may not iterate.
 TEST(LpParameters, NormAdjustSaysWhereNormsComeFrom) {
   const Env env = quiet_env();
+  const char* const adjust = "NormAdjust";
+  const char* const exact = "ZORV_PAR_EXACTNORM";
   const struct {
+    const char* name;
     const char* value;
     bool bring_norms;
     double expected;
-  } facts[] = {{"0", false, 1}, {"1", false, 0.0625}, {"2", false, 0.0625}, {"3", false, 1},
-               {"0", true, 7},  {"1", true, 7},       {"2", true, 0.0625},  {"3", true, 1}};
+  } facts[] = {{adjust, "0", false, 1},     {adjust, "1", false, 0.0625}, {adjust, "2", false, 0.0625},
+               {adjust, "3", false, 1},     {adjust, "0", true, 7},       {adjust, "1", true, 7},
+               {adjust, "2", true, 0.0625}, {adjust, "3", true, 1},       {exact, "0", false, 1},
+               {exact, "1", false, 0.0625}, {exact, "1", true, 7}};
   for (const auto& fact : facts) {
-    SCOPED_TRACE(std::string(fact.value) + (fact.bring_norms ? " with norms" : ""));
+    SCOPED_TRACE(std::string(fact.name) + fact.value + (fact.bring_norms ? " with norms" : ""));
     // x is basic in its row with coefficient 4: the exact norm is 1/16. Its bound is violated, so one pivot is due.
     const Model model = build(env.get(), {.obj = {1, 1}, .rows = {{{4, 1}, '=', 8}}, .lb = {}, .ub = {1, 9}});
     ZLPenv* own = ZLPgetenv(model.get());
     for (const Setting& setting : std::vector<Setting>{
-             {"Presolve", "0"}, {"ScaleFlag", "0"}, {"IterationLimit", "0"}, {"NormAdjust", fact.value}}) {
+             {"Presolve", "0"}, {"ScaleFlag", "0"}, {"IterationLimit", "0"}, {fact.name, fact.value}}) {
       ASSERT_EQ(0, ZLPsetparam(own, setting.name, setting.value));
     }
     ASSERT_EQ(0, ZLPsetintattrelement(model.get(), "VBasis", 0, ZLP_BASIC));
@@ -220,6 +226,81 @@ Tiny degenerate() {
     tiny.rows.push_back(row);
   }
   return tiny;
+}
+
+// Many boxed columns in one row: a dual ratio test that flips bounds gets to the end in one iteration.
+Tiny knapsack() {
+  Tiny tiny;
+  tiny.sense = -1;
+  Row row{{}, '<', 30};
+  for (int k = 0; k < 40; ++k) {
+    tiny.obj.push_back(20 + (7 * k) % 41);
+    tiny.lb.push_back(0);
+    tiny.ub.push_back(1);
+    row.coefficient.push_back(1 + k % 3);
+  }
+  tiny.rows.push_back(row);
+  return tiny;
+}
+
+// Iterations and log lines of a solve without presolve.
+struct Path {
+  double iterations, objective;
+  std::ptrdiff_t lines;
+  std::string log;
+  bool operator==(const Path& other) const { return iterations == other.iterations && lines == other.lines; }
+};
+
+Path path_of(const Tiny& tiny, const std::vector<Setting>& settings) {
+  const Env env = quiet_env();
+  const Model model = build(env.get(), tiny);
+  ZLPenv* own = ZLPgetenv(model.get());
+  EXPECT_EQ(0, ZLPsetparam(own, "Presolve", "0"));
+  EXPECT_EQ(0, ZLPsetparam(own, "OutputFlag", "1"));
+  for (const Setting& setting : settings) EXPECT_EQ(0, ZLPsetparam(own, setting.name, setting.value));
+  Path path;
+  path.log = printed([&] { EXPECT_EQ(0, ZLPoptimize(model.get())); });
+  EXPECT_EQ(ZLP_OPTIMAL, int_attr(model.get(), "Status"));
+  path.objective = dbl_attr(model.get(), "ObjVal");
+  expect_lp_quality(model.get());
+  path.iterations = dbl_attr(model.get(), "IterCount");
+  path.lines = std::count(path.log.begin(), path.log.end(), '\n');
+  return path;
+}
+
+TEST(LpParameters, HiddenSwitchesOfTheSimplex) {
+  const double flow = path_of(degenerate(), {}).iterations;
+  const struct {
+    const char* fact;
+    Tiny model;
+    std::vector<Setting> without;
+    Setting with;
+    double at_least, at_most;  // iterations with the setting
+  } facts[] = {
+      {"no bound flipping", knapsack(), {}, {"ZORV_PAR_SIMPLEXPWRATIO", "0"}, 5, 40},
+      {"partial pricing", degenerate(), {{"Method", "0"}}, {"ZORV_PAR_PRIMALPARTIAL", "1"}, 2, 1000},
+      {"lines by iterations", degenerate(), {}, {"ZORV_PAR_SDISPINTERVAL", "1"}, flow, flow},
+  };
+  for (const auto& fact : facts) {
+    SCOPED_TRACE(fact.fact);
+    const Path before = path_of(fact.model, fact.without);
+    std::vector<Setting> settings = fact.without;
+    settings.push_back(fact.with);
+    const Path after = path_of(fact.model, settings);
+    EXPECT_NEAR(before.objective, after.objective, 1e-9);
+    EXPECT_FALSE(before == after) << before.log << after.log;
+    EXPECT_GE(after.iterations, fact.at_least);
+    EXPECT_LE(after.iterations, fact.at_most);
+  }
+}
+
+// The only pivot that makes the row feasible is 1e-6.
+TEST(LpParameters, PivotTolerance) {
+  const Tiny tiny{.obj = {1}, .rows = {{{1e-6}, '>', 1e-6}}};
+  const Setting diagnostics{"ZORV_PAR_ITEST", "1"}, plain{"ScaleFlag", "0"};
+  EXPECT_EQ(std::string::npos, path_of(tiny, {diagnostics, plain}).log.find("small pivot"));
+  const std::vector<Setting> strict{diagnostics, plain, {"ZORV_PAR_PIVOTTOL", "1e-6"}};
+  EXPECT_NE(std::string::npos, path_of(tiny, strict).log.find("small pivot"));
 }
 
 // Same optimum whatever the path; the paths, seen by their lengths, are not all the same.
