@@ -10,7 +10,7 @@ namespace zorvex {
 namespace {
 constexpr double kFreeBox = 1000;             // bounds of free variables in the box problem of phase 1
 constexpr double kPerturbationUnit = 2.5e-3;  // perturbation = PerturbValue times this, relative to the cost scale
-constexpr double kMinScale = 10, kZeroCostScale = 100;  // cost scales of perturb_costs
+constexpr double kMinScale = 50, kZeroCostScale = 100;  // cost scales of perturb_costs
 constexpr double kExactWeightWork = 2e6;  // rows times nonzeros up to which weights of a foreign basis are exact
 }  // namespace
 

@@ -294,6 +294,35 @@ TEST(LpParameters, HiddenSwitchesOfTheSimplex) {
   }
 }
 
+// Each row multiplies the value before it by 1e4: growth of the basic values over the right-hand side shows how far a
+// factorization may be trusted.
+TEST(LpParameters, GrowthTightensTheMarkowitzTolerance) {
+  const struct {
+    int steps;
+    const char* tolerance;
+    const char* expected;
+  } facts[] = {{1, "0.0078125", ""},
+               {2, "0.0078125", "tightened to 0.0625\n"},
+               {3, "0.0078125", "tightened to 0.5\n"},
+               {2, "0.1", ""},
+               {3, "0.1", "tightened to 0.5\n"},
+               {3, "0.5", ""},
+               {2, "0.0001", "tightened to 0.0625\n"}};
+  for (const auto& fact : facts) {
+    SCOPED_TRACE(std::to_string(fact.steps) + " steps from " + fact.tolerance);
+    Tiny chain;
+    for (int k = 0; k < fact.steps; ++k) {
+      chain.obj.push_back(1);
+      chain.rows.push_back({std::vector<double>(static_cast<std::size_t>(fact.steps), 0), '=', k == 0 ? 1.0 : 0.0});
+      chain.rows.back().coefficient[static_cast<std::size_t>(k)] = 1e-4;
+      if (k > 0) chain.rows.back().coefficient[static_cast<std::size_t>(k - 1)] = -1;
+    }
+    const std::string log = path_of(chain, {{"ScaleFlag", "0"}, {"MarkowitzTol", fact.tolerance}}).log;
+    const std::size_t at = log.find("tightened to ");
+    EXPECT_EQ(fact.expected, at == std::string::npos ? "" : log.substr(at, log.find('\n', at) + 1 - at)) << log;
+  }
+}
+
 // The only pivot that makes the row feasible is 1e-6.
 TEST(LpParameters, PivotTolerance) {
   const Tiny tiny{.obj = {1}, .rows = {{{1e-6}, '>', 1e-6}}};
@@ -326,19 +355,28 @@ TEST(LpParameters, PathsThroughDegenerateModel) {
   }
 }
 
+// With a start basis presolve is left out: the basis of the whole model says more than the rows and columns it takes.
 TEST(LpParameters, StartBasisIsUsedUnlessSwitchedOff) {
   const Env env = quiet_env();
-  const Model model = build(env.get(), degenerate());
-  ZLPenv* own = ZLPgetenv(model.get());
-  ASSERT_EQ(0, ZLPsetparam(own, "Presolve", "0"));
-  ASSERT_EQ(0, ZLPoptimize(model.get()));
-  const double cold = dbl_attr(model.get(), "IterCount");
-  ASSERT_GT(cold, 1);
-  ASSERT_EQ(0, ZLPoptimize(model.get()));
-  EXPECT_LE(dbl_attr(model.get(), "IterCount"), 1);
-  ASSERT_EQ(0, ZLPsetparam(own, "ZORV_PAR_WARMBASIS", "0"));
-  ASSERT_EQ(0, ZLPoptimize(model.get()));
-  EXPECT_EQ(cold, dbl_attr(model.get(), "IterCount"));
+  for (const char* presolve : {"0", "-1", "2"}) {
+    SCOPED_TRACE(presolve);
+    const Model model = build(env.get(), degenerate());
+    ZLPenv* own = ZLPgetenv(model.get());
+    ASSERT_EQ(0, ZLPsetparam(own, "Presolve", presolve));
+    ASSERT_EQ(0, ZLPoptimize(model.get()));
+    const double cold = dbl_attr(model.get(), "IterCount");
+    ASSERT_GT(cold, 1);
+    ASSERT_EQ(0, ZLPoptimize(model.get()));
+    EXPECT_LE(dbl_attr(model.get(), "IterCount"), 1);
+    ASSERT_EQ(0, ZLPsetdblattrelement(model.get(), "UB", 13, 0));
+    ASSERT_EQ(0, ZLPoptimize(model.get()));
+    EXPECT_LE(dbl_attr(model.get(), "IterCount"), cold / 2);
+    expect_lp_quality(model.get());
+    ASSERT_EQ(0, ZLPsetdblattrelement(model.get(), "UB", 13, 1e100));
+    ASSERT_EQ(0, ZLPsetparam(own, "ZORV_PAR_WARMBASIS", "0"));
+    ASSERT_EQ(0, ZLPoptimize(model.get()));
+    EXPECT_EQ(cold, dbl_attr(model.get(), "IterCount"));
+  }
 }
 
 TEST(LpParameters, QuadKeepsAndSwitchesPrecision) {
