@@ -256,7 +256,7 @@ typename QuadraticSimplex<Real>::Step QuadraticSimplex<Real>::make_nonbasic(Inde
   const Index entering = space_.variables()[slot];
   core_.ftran_column(entering, column_);
   const Real pivot = column_.value[position];
-  if (abs(row_[slot] - pivot) > core_.pivot_tolMismatch * (1 + abs(pivot))) return trouble();
+  if (abs(row_[slot] - pivot) > KernelTolerances<Real>::kPivotMismatch * (1 + abs(pivot))) return trouble();
   space_.exchange(slot, row_);
   core_.pivot(position, entering, core_.value[entering], to_upper ? Place::kUpper : Place::kLower, pivot);
   return Step::kContinue;
