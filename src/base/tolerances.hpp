@@ -54,7 +54,7 @@ struct BarrierTolerances {
   // Residuals of a Newton step that are always good enough; relative to the right-hand side above 1.
   static constexpr double kStepGoal = 1e-10;
   // Newton steps whose residual misses its goal by this factor are solved again with other regularization.
-  static constexpr double kPoorStep = 1e3;
+  static constexpr double kPoorStep = 10;
   // Regularization of the Hessian and of the rows: to begin with, and its limits.
   static constexpr double kRegularization = 1e-8;
   static constexpr double kMinRegularization = 1e-13;
