@@ -18,21 +18,19 @@ namespace zorvex {
 
 namespace {
 
-// One unit of the stop token's effort, a nonzero touched by the simplex, takes as long as this many operations of the
-// dense kernels.
-constexpr double kOperationsPerUnit = 80;
+// A typical solve, for predictions.
+constexpr double kTypicalIterations = 30;
 constexpr double kSolvesPerIteration = 5;  // with refinement and correctors
-
-constexpr double kAssumedRate = 4e9;      // multiplications a second and thread, for the prediction in the log
-constexpr std::size_t kStepsToJudge = 6;  // when residuals after so many steps ...
-constexpr double kCrawlingShare = 0.2;    // ... are still this share of what they were, ...
-constexpr double kRestartBoost = 100;     // ... the iteration starts over with duals larger by this factor, ...
-constexpr int kMaxRestarts = 3;           // ... at most so often
-constexpr int kPatience = 30;             // iterations without a better point before giving up
-constexpr int kPolishIterations = 6;      // after convergence relative to the data, towards the absolute tolerances
-constexpr int kTinySteps = 4;             // in a row, before giving up
-constexpr double kLostGround = 1e4;       // times worse than the best point: the iteration has broken down
-constexpr double kDivergence = 1e3;       // likewise before anything was usable, against the start
+constexpr double kAssumedRate = 4e9;       // multiplications a second and thread, for the prediction in the log
+constexpr std::size_t kStepsToJudge = 6;   // when residuals after so many steps ...
+constexpr double kCrawlingShare = 0.2;     // ... are still this share of what they were, ...
+constexpr double kRestartBoost = 100;      // ... the iteration starts over with duals larger by this factor, ...
+constexpr int kMaxRestarts = 3;            // ... at most so often
+constexpr int kPatience = 30;              // iterations without a better point before giving up
+constexpr int kPolishIterations = 6;       // after convergence relative to the data, towards the absolute tolerances
+constexpr int kTinySteps = 4;              // in a row, before giving up
+constexpr double kLostGround = 1e4;        // times worse than the best point: the iteration has broken down
+constexpr double kDivergence = 1e3;        // likewise before anything was usable, against the start
 
 // Correctors by the cost of a factorization against that of a solve (Gondzio 1996, section 4).
 int automatic_correctors(const NewtonStatistics& statistics) {
@@ -165,10 +163,11 @@ void Barrier::report_iteration(const Progress& progress) {
                           progress.primal_residual, progress.dual_residual, progress.complementarity});
 }
 
-// Relative to the data first; then a few more iterations try to reach the absolute tolerances as well.
+// Relative to the data first; then, for a point that is to be the answer, a few more iterations try to reach the
+// absolute tolerances as well.
 bool Barrier::converged(const Progress& progress) {
   if (progress.merit(tolerances_) > 1) return false;
-  if (progress.within(tolerances_)) return true;
+  if (!options_.final_point || progress.within(tolerances_)) return true;
   if (converged_iteration_ < 0) converged_iteration_ = result_.iterations;
   return result_.iterations >= converged_iteration_ + kPolishIterations;
 }
@@ -230,14 +229,14 @@ void Barrier::iterate(InteriorPointMethod& method) {
   result_.status = method.start(1, stop_);
   if (result_.status != SolveStatus::kLoaded) return;
   print_iteration_header(log_, options_.root_log);
-  const double effort = newton_->statistics().factor_operations / kOperationsPerUnit +
-                        kSolvesPerIteration * newton_->statistics().factor_nonzeros;
+  double told_work = 0;
   while (true) {
     const Progress progress = method.measure();
     report_iteration(progress);
     keep_if_better(method, progress);
     if (ends(method, progress)) return;
-    stop_.spend(effort);
+    stop_.spend(newton_->work() - told_work);
+    told_work = newton_->work();
     const SolveStatus status = crawls(progress) ? restart(method) : method.step(stop_);
     if (status != SolveStatus::kLoaded) {
       result_.status = status;
@@ -267,6 +266,14 @@ void Barrier::finish() {
 
 BarrierResult solve_barrier(const LpData& lp, const BarrierOptions& options, const StopToken& stop, LogSink& log) {
   return Barrier(lp, options, stop, log).run();
+}
+
+double predict_barrier_work(const LpData& lp, const BarrierOptions& options, const StopToken& stop) {
+  const BarrierModel model = make_barrier_model(lp, options.primal_feasibility_tol);
+  WorkerPool pool(1);
+  NewtonSystem newton(model, pool);
+  if (!model.is_consistent || newton.analyze(options.ordering, stop) != SolveStatus::kLoaded) return kInf;
+  return newton.work_of(kTypicalIterations, kTypicalIterations * kSolvesPerIteration);
 }
 
 }  // namespace zorvex

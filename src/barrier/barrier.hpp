@@ -26,6 +26,7 @@ struct BarrierOptions {
   int threads = 1;                       // at least 1
   double psd_tol = 1e-6;                 // PSDTol
   double cutoff = kInf;                  // a dual objective above it ends the solve (minimisation form)
+  bool final_point = true;               // no crossover follows: converge to the absolute tolerances, too, if possible
   int sense = 1;                         // objective values are multiplied by it when printed
   bool root_log = false;                 // print the log as that of a root relaxation
   double log_start_time = 0;             // now_seconds() at which the surrounding solve began; 0: at the call
@@ -56,5 +57,9 @@ struct BarrierResult {
 
 // Prints statistics block, iteration log and closing lines to `log`.
 BarrierResult solve_barrier(const LpData& lp, const BarrierOptions& options, const StopToken& stop, LogSink& log);
+
+// Effort that a solve would take, in units of the stop token; by the analysis of the factor for a typical number of
+// iterations. Infinite when there is none to predict: stopped, or the model is obviously infeasible.
+double predict_barrier_work(const LpData& lp, const BarrierOptions& options, const StopToken& stop);
 
 }  // namespace zorvex

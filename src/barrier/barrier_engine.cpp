@@ -30,6 +30,7 @@ EngineAnswer interior_answer(BarrierResult&& result) {
 EngineAnswer BarrierEngine::solve(const LpData& lp, const SimplexLimits& limits, const StopToken& stop, LogSink& log) {
   BarrierOptions barrier = options_.barrier;
   barrier.cutoff = limits.objective;
+  barrier.final_point = lp.is_quadratic() || options_.crossover.crossover == 0;
   BarrierResult result = solve_barrier(lp, barrier, stop, log);
   const int barrier_iterations = result.iterations;
   const bool has_point = result.status == SolveStatus::kOptimal || result.status == SolveStatus::kSuboptimal;

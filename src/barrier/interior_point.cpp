@@ -20,21 +20,11 @@ constexpr double kNegligibleGap = 1e-2;    // share of the gap that convergence 
 constexpr double kLeastGoal = 1e-4;        // of the goals for residuals: no step gets below that
 constexpr double kManySolves = 12;         // with one factor, in one iteration
 constexpr int kWeights = 9;                // tried for the second-order corrector
+constexpr double kLongest = 1 / BarrierTolerances::kStepToBoundary;
 
 // to + weight * (corrected - to), into `to`.
 void blend(std::vector<double>& to, const std::vector<double>& corrected, double weight) {
   for (std::size_t k = 0; k < to.size(); ++k) to[k] += weight * (corrected[k] - to[k]);
-}
-
-Iterate blended(const Iterate& from, const Iterate& corrected, double weight) {
-  Iterate result = from;
-  blend(result.v, corrected.v, weight);
-  blend(result.y, corrected.y, weight);
-  blend(result.below, corrected.below, weight);
-  blend(result.above, corrected.above, weight);
-  blend(result.low, corrected.low, weight);
-  blend(result.up, corrected.up, weight);
-  return result;
 }
 
 double largest_magnitude(const std::vector<double>& values) {
@@ -55,6 +45,16 @@ void add(std::vector<double>& to, const std::vector<double>& d, double step) {
 double longest(const std::vector<double>& at, const std::vector<double>& d, double step) {
   for (std::size_t k = 0; k < at.size(); ++k) {
     if (d[k] < 0 && at[k] + step * d[k] < 0) step = -at[k] / d[k];
+  }
+  return step;
+}
+
+// The same along d + weight * (corrected - d).
+double longest(const std::vector<double>& at, const std::vector<double>& d, const std::vector<double>& corrected,
+               double weight, double step) {
+  for (std::size_t k = 0; k < at.size(); ++k) {
+    const double blended = d[k] + weight * (corrected[k] - d[k]);
+    if (blended < 0 && at[k] + step * blended < 0) step = -at[k] / blended;
   }
   return step;
 }
@@ -333,13 +333,26 @@ double InteriorPointMethod::direction(const Residuals& residuals, const Targets&
   return error;
 }
 
+InteriorPointMethod::Steps InteriorPointMethod::longest_steps(const Iterate& d) const {
+  const double primal = longest(iterate_.above, d.above, longest(iterate_.below, d.below, kLongest));
+  const double dual = longest(iterate_.up, d.up, longest(iterate_.low, d.low, kLongest));
+  return steps_of(primal, dual);
+}
+
+InteriorPointMethod::Steps InteriorPointMethod::longest_steps(const Iterate& d, const Iterate& corrected,
+                                                              double weight) const {
+  const auto along = [&](std::vector<double> Iterate::*part, double step) {
+    return longest(iterate_.*part, d.*part, corrected.*part, weight, step);
+  };
+  return steps_of(along(&Iterate::above, along(&Iterate::below, kLongest)),
+                  along(&Iterate::up, along(&Iterate::low, kLongest)));
+}
+
 // Short of the boundary. Of a quadratic model both sides take the same step: the dual residual would not shrink
 // otherwise.
-InteriorPointMethod::Steps InteriorPointMethod::longest_steps(const Iterate& d) const {
-  Steps steps;
+InteriorPointMethod::Steps InteriorPointMethod::steps_of(double primal, double dual) const {
   constexpr double kShare = BarrierTolerances::kStepToBoundary;
-  steps.primal = std::min(1.0, kShare * longest(iterate_.above, d.above, longest(iterate_.below, d.below, 1 / kShare)));
-  steps.dual = std::min(1.0, kShare * longest(iterate_.up, d.up, longest(iterate_.low, d.low, 1 / kShare)));
+  Steps steps{std::min(1.0, kShare * primal), std::min(1.0, kShare * dual)};
   if (model_.is_quadratic()) steps.primal = steps.dual = steps.shorter();
   return steps;
 }
@@ -434,25 +447,30 @@ SolveStatus InteriorPointMethod::step(const StopToken& stop) {
 }
 
 // The weight of the second-order corrector that allows the longest steps.
-void InteriorPointMethod::choose_corrector_weight(const Iterate& corrector, Iterate& d, Steps& steps) {
-  Iterate best = corrector;
+void InteriorPointMethod::choose_corrector_weight(Iterate& corrector, Iterate& d, Steps& steps) {
+  double best_weight = 1;
   Steps best_steps = longest_steps(corrector);
   double best_value = best_steps.primal * best_steps.dual;
   if (best_steps.shorter() < 0.9) {
     const double least = std::max(0.1, steps.primal * steps.dual);
     for (int k = 0; k < kWeights; ++k) {
       const double weight = least + (1 - least) * k / kWeights;
-      const Iterate trial = blended(d, corrector, weight);
-      const Steps trial_steps = longest_steps(trial);
+      const Steps trial_steps = longest_steps(d, corrector, weight);
       const double value = trial_steps.primal * trial_steps.dual;
       if (value <= 1.05 * best_value) continue;
-      best = trial;
+      best_weight = weight;
       best_steps = trial_steps;
       best_value = value;
     }
   }
-  d = std::move(best);
   steps = best_steps;
+  if (best_weight == 1) {
+    std::swap(d, corrector);
+    return;
+  }
+  for (const auto part : {&Iterate::v, &Iterate::y, &Iterate::below, &Iterate::above, &Iterate::low, &Iterate::up}) {
+    blend(d.*part, corrector.*part, best_weight);
+  }
 }
 
 // What the products would have to change by to come within the band around mu. False when all are.

@@ -79,7 +79,11 @@ class InteriorPointMethod {
   void adapt_regularization(double solves);
   double direction(const Residuals& residuals, const Targets& targets, Iterate& d);
   [[nodiscard]] Steps longest_steps(const Iterate& d) const;
-  void choose_corrector_weight(const Iterate& corrector, Iterate& d, Steps& steps);
+  // Along d + weight * (corrected - d).
+  [[nodiscard]] Steps longest_steps(const Iterate& d, const Iterate& corrected, double weight) const;
+  [[nodiscard]] Steps steps_of(double primal, double dual) const;
+  // Leaves the best mixture in `d`; `corrector` is used up.
+  void choose_corrector_weight(Iterate& corrector, Iterate& d, Steps& steps);
   void correct_centrality(double mu, Iterate& d, Steps& steps);
   bool centrality_targets(double mu, const Iterate& d, const Steps& trial, Targets& targets) const;
   void move(const Iterate& d, const Steps& steps);

@@ -17,8 +17,17 @@ constexpr Index kDenseLength = 40;
 constexpr Index kMaxDenseCols = 1000;
 // Factorizations below this many operations are not worth a second opinion on ordering or on what to keep.
 constexpr double kCheapFactor = 2e7;
-constexpr double kMaxAssembly = 1.5e9;     // multiplications; beyond, the normal equations are not even tried
-constexpr double kPartitionerEdges = 2e7;  // the partitioner takes about a second per million and cannot be stopped
+// The partitioner takes about a second per million edges of the graph: as long as this many operations for each, a
+// third of which it may save in every iteration.
+constexpr double kOperationsPerEdge = 600;
+constexpr double kMaxAssembly = 1.5e9;           // multiplications; beyond, the normal equations are not even tried
+constexpr double kPartitionerEdges = 2e7;        // at most; it cannot be stopped, ...
+constexpr double kPartitionerEdgesInTime = 1e6;  // ... which matters when time is limited
+// One unit of the stop token's effort, a nonzero touched by the simplex, takes as long as this many operations of the
+// dense kernels.
+constexpr double kOperationsPerUnit = 400;
+constexpr double kVectorsPerSolve = 5;
+constexpr double kNonzerosPerUnit = 5;  // of triangular solves and products, which run through memory in order
 constexpr int kMaxRefinements = 3;
 constexpr int kMaxGmresIterations = 20;
 
@@ -79,8 +88,10 @@ NewtonSystem::Candidate NewtonSystem::make_candidate(const std::vector<char>& ke
     candidate.tree = make_elimination_tree(pattern, order_minimum_degree(pattern));
     candidate.operations = candidate.tree.factor_operations();
   }
-  const bool second_opinion = ordering == -1 && candidate.operations > kCheapFactor &&
-                              static_cast<double>(pattern.index.size()) < kPartitionerEdges;
+  const auto edges = static_cast<double>(pattern.index.size());
+  const bool second_opinion = ordering == -1 &&
+                              candidate.operations > std::max(kCheapFactor, kOperationsPerEdge * edges) &&
+                              edges < (stop.deadline() < kInf ? kPartitionerEdgesInTime : kPartitionerEdges);
   if (ordering == 1 || second_opinion) {
     std::vector<Index> order;
     if (!stop.stop_requested() && order_nested_dissection(pattern, order)) {
@@ -135,11 +146,18 @@ SolveStatus NewtonSystem::analyze(int ordering, const StopToken& stop) {
 }
 
 SolveStatus NewtonSystem::factor(const std::vector<double>& theta, double regularization, const StopToken& stop) {
+  ++num_factors_;
   theta_ = theta;
   hessian_.resize(theta.size());
   for (std::size_t j = 0; j < theta.size(); ++j) hessian_[j] = theta[j] + q_diagonal_[j] + regularization;
   matrix_->assemble(hessian_, regularization, pool_);
   return factor_->factor(matrix_->lower().value, matrix_->signs(), matrix_->smallest_pivots(), stop);
+}
+
+double NewtonSystem::work_of(double factorizations, double solves) const {
+  const double solve = statistics_.factor_nonzeros + static_cast<double>(model_.matrix.num_nonzeros()) +
+                       kVectorsPerSolve * (model_.num_rows() + model_.num_cols());
+  return factorizations * statistics_.factor_operations / kOperationsPerUnit + solves * solve / kNonzerosPerUnit;
 }
 
 double NewtonSystem::solve(const std::vector<double>& r1, const std::vector<double>& r2, const Goal& goal,

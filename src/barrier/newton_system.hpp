@@ -44,8 +44,11 @@ class NewtonSystem {
   // goal.
   double solve(const std::vector<double>& r1, const std::vector<double>& r2, const Goal& goal, std::vector<double>& dv,
                std::vector<double>& dy);
-  // Solves with the factor so far, refinement included.
+  // So far, refinement included.
   [[nodiscard]] double num_solves() const { return num_solves_; }
+  // Effort so far in units of a stop token, and that of one factorization with as many solves.
+  [[nodiscard]] double work() const { return work_of(num_factors_, num_solves_); }
+  [[nodiscard]] double work_of(double factorizations, double solves) const;
 
  private:
   struct Candidate;
@@ -66,7 +69,7 @@ class NewtonSystem {
   std::vector<double> q_diagonal_;
   std::vector<double> rhs_, res1_, res2_, cor_v_, cor_y_;
   Goal goal_{1, 1};  // of the running solve
-  double num_solves_ = 0;
+  double num_solves_ = 0, num_factors_ = 0;
 };
 
 }  // namespace zorvex

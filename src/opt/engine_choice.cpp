@@ -5,6 +5,7 @@
 #include "env/processors.hpp"
 #include "opt/concurrent.hpp"
 #include "opt/solver_options.hpp"
+#include "opt/staged_engine.hpp"
 
 namespace zorvex {
 
@@ -40,6 +41,16 @@ std::unique_ptr<LpEngine> quadratic_simplex(const ZLPenv& env, const LpDriverOpt
   return std::make_unique<QuadraticSimplexEngine>(simplex, make_barrier_options(env, options.sense, start_time), start);
 }
 
+// Null when no basis is wanted after a barrier: the simplex then has no rival.
+std::unique_ptr<LpEngine> staged(const ZLPenv& env, const LpDriverOptions& options, double start_time) {
+  StagedOptions stages;
+  stages.simplex = options.simplex;
+  stages.simplex.sense = options.sense;
+  stages.barrier = make_barrier_options(env, options.sense, start_time);
+  if (stages.barrier.crossover.crossover == 0) return nullptr;
+  return std::make_unique<StagedEngine>(stages);
+}
+
 }  // namespace
 
 std::unique_ptr<LpEngine> choose_engine(const ZLPenv& env, const LpData& lp, const LpDriverOptions& options,
@@ -54,6 +65,7 @@ std::unique_ptr<LpEngine> choose_engine(const ZLPenv& env, const LpData& lp, con
   const int asked = param<Param::Sifting>(env);
   const bool wanted = sifting_is_wanted(lp, asked) && (asked > 0 || options.method != kPrimal);
   if (wanted && start.empty()) return sifting(env, options, start_time);
+  if (options.method == kAutomatic && start.empty()) return staged(env, options, start_time);
   return nullptr;
 }
 

@@ -16,19 +16,6 @@ namespace {
 
 constexpr auto kPollInterval = std::chrono::milliseconds(5);
 
-bool decides(const EngineAnswer& answer) {
-  if (answer.error != kOk) return false;
-  switch (answer.status) {
-    case SolveStatus::kOptimal:
-    case SolveStatus::kInfeasible:
-    case SolveStatus::kUnbounded:
-    case SolveStatus::kCutoff:
-      return true;
-    default:
-      return false;
-  }
-}
-
 // One contestant's place in the race. The answer and the exception belong to its thread until `done`.
 struct Lane {
   explicit Lane(const std::atomic<double>& work_limit) : gauge(work_limit) {}
@@ -165,6 +152,19 @@ RaceResult Race::result() {
 }
 
 }  // namespace
+
+bool decides(const EngineAnswer& answer) {
+  if (answer.error != kOk) return false;
+  switch (answer.status) {
+    case SolveStatus::kOptimal:
+    case SolveStatus::kInfeasible:
+    case SolveStatus::kUnbounded:
+    case SolveStatus::kCutoff:
+      return true;
+    default:
+      return false;
+  }
+}
 
 RaceResult run_race(const std::vector<Contestant>& contestants, bool by_work, const StopToken& stop) {
   return Race(contestants, by_work, stop).run();

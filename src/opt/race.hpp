@@ -16,6 +16,9 @@
 
 namespace zorvex {
 
+// Whether an answer leaves nothing for another method to find out.
+bool decides(const EngineAnswer& answer);
+
 struct Contestant {
   const char* name;
   std::function<EngineAnswer(const StopToken&)> solve;  // polls the token; on a thread of its own

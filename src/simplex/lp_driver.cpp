@@ -39,6 +39,7 @@ class LpDriver {
   bool finish_from(const Presolve& presolve, const PresolvePoint& reduced_point);
   bool lift_proof(const Presolve& presolve, const EngineAnswer& answer);
   void solve_original(const Basis* basis);
+  [[nodiscard]] bool there_is_a_point() const;
   void take(const LpSolver& solver);
   [[nodiscard]] bool is_exact_optimum() const;
   [[nodiscard]] SimplexLimits remaining_limits() const {
@@ -202,9 +203,9 @@ bool LpDriver::solve_given() {
   result_.ray = std::move(answer.ray);
   result_.basis = std::move(answer.basis);
   result_.has_basis = !result_.basis.empty();
-  result_.has_point = !result_.point.x.empty() && result_.status != SolveStatus::kInfeasible;
+  result_.has_point = there_is_a_point();
   if (!result_.has_point) return true;
-  if (result_.has_basis) {
+  if (result_.has_basis || lp_.num_cols() == 0) {
     result_.objective = objective_at(lp_, result_.point.x);
   } else {
     finish_without_basis(result_.status);
@@ -252,6 +253,12 @@ void LpDriver::solve_original(const Basis* basis) {
   take(solver);
 }
 
+// In the result so far. Without columns the empty point is one.
+bool LpDriver::there_is_a_point() const {
+  if (lp_.num_cols() == 0) return result_.status == SolveStatus::kOptimal;
+  return !result_.point.x.empty() && result_.status != SolveStatus::kInfeasible;
+}
+
 void LpDriver::take(const LpSolver& solver) {
   result_.limited_by_storage = solver.limited_by_storage();
   result_.status = result_.limited_by_storage ? SolveStatus::kSuboptimal : solver.status();
@@ -259,8 +266,7 @@ void LpDriver::take(const LpSolver& solver) {
   result_.farkas_violation = solver.farkas_violation();
   result_.ray = solver.ray();
   result_.point = solver.point();
-  result_.has_point = !result_.point.x.empty() && result_.status != SolveStatus::kInfeasible;
-  if (lp_.num_cols() == 0) result_.has_point = result_.status == SolveStatus::kOptimal;
+  result_.has_point = there_is_a_point();
   result_.objective = solver.objective();
   result_.basis = solver.basis();
   result_.has_basis = !result_.basis.empty();

@@ -1,0 +1,78 @@
+#include "opt/staged_engine.hpp"
+
+#include <algorithm>
+#include <atomic>
+#include <utility>
+
+#include "opt/race.hpp"
+
+namespace zorvex {
+
+namespace {
+
+// A stop token with a budget of its own on top of the caller's.
+class Budget {
+ public:
+  explicit Budget(const StopToken& stop)
+      : stop_(stop), token_(stop.terminate_flag(), stop.deadline(), stop.hooks(), &gauge_) {}
+  Budget(const Budget&) = delete;
+  Budget& operator=(const Budget&) = delete;
+
+  // From now on, beyond what was spent.
+  void allow(double units) { limit_.store(gauge_.spent() + units); }
+  [[nodiscard]] double spent() const { return gauge_.spent(); }
+  [[nodiscard]] const StopToken& token() const { return token_; }
+  // The solve ended for lack of budget and nothing else.
+  [[nodiscard]] bool ended(SolveStatus status) const {
+    return status == SolveStatus::kInterrupted && gauge_.exceeded() && !stop_.stop_requested();
+  }
+
+ private:
+  const StopToken& stop_;
+  std::atomic<double> limit_{kInf};
+  WorkGauge gauge_{limit_};
+  StopToken token_;
+};
+
+}  // namespace
+
+EngineAnswer StagedEngine::solve(const LpData& lp, const SimplexLimits& limits, const StopToken& stop, LogSink& log) {
+  Budget budget(stop);
+  LpSolver simplex(lp, options_.simplex, log);
+  SimplexLimits rest = limits;
+  double iterations = 0;
+  const auto run_simplex = [&](double units) {
+    budget.allow(units);
+    rest.iterations = limits.iterations - iterations;
+    const SolveStatus status = simplex.solve(rest, budget.token());
+    iterations += simplex.iterations();
+    return !budget.ended(status);
+  };
+  const auto simplex_answer = [&] {
+    EngineAnswer answer = answer_of(simplex);
+    answer.iterations = iterations;
+    return answer;
+  };
+  const double size = static_cast<double>(lp.num_rows()) * static_cast<double>(lp.matrix.num_nonzeros());
+  const double predicted =
+      size > options_.small_model ? predict_barrier_work(lp, options_.barrier.barrier, stop) : kInf;
+  if (run_simplex(std::max(options_.short_solve, predicted))) return simplex_answer();
+
+  log.print("Barrier after %d iterations of the dual simplex\n", static_cast<int>(iterations));
+  budget.allow(options_.barrier_patience * predicted);
+  rest.iterations = limits.iterations - iterations;
+  EngineAnswer answer = BarrierEngine(options_.barrier).solve(lp, rest, budget.token(), log);
+  iterations += answer.iterations;
+  answer.iterations = iterations;
+  answer.reported = false;
+  if (decides(answer) || stop.stop_requested()) return answer;
+  const int barrier_iterations = answer.barrier_iterations;
+
+  log.print("Back to the dual simplex\n");
+  run_simplex(kInf);
+  answer = simplex_answer();
+  answer.barrier_iterations = barrier_iterations;
+  return answer;
+}
+
+}  // namespace zorvex

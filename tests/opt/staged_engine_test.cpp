@@ -1,0 +1,90 @@
+// The automatic choice for linear models, with budgets so small that every stage is reached.
+#include "opt/staged_engine.hpp"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <cmath>
+#include <string>
+
+#include "base/random_stream.hpp"
+#include "simplex/answer_check.hpp"
+#include "support/dense_lp.hpp"
+#include "support/random_lp.hpp"
+#include "support/wide_lp.hpp"
+
+namespace zorvex {
+namespace {
+
+class TextLog final : public LogSink {
+ public:
+  void write(const char* text) override { text_ += text; }
+  [[nodiscard]] bool says(const char* what) const { return text_.find(what) != std::string::npos; }
+
+ private:
+  std::string text_;
+};
+
+struct Stages {
+  const char* name;
+  double short_solve, small_model, patience;
+  bool barrier, back;  // seen on a model that takes more than a few pivots
+};
+
+constexpr Stages kStages[] = {
+    {"the simplex alone", 1e9, 0, 3, false, false},
+    {"too small for the barrier", 1, 1e9, 3, false, false},
+    {"the barrier decides", 1, 0, 1e6, true, false},
+    {"the barrier runs out of patience", 1, 0, 1e-9, true, true},
+};
+
+StagedOptions options_of(const Stages& stages) {
+  StagedOptions options;
+  options.short_solve = stages.short_solve;
+  options.small_model = stages.small_model;
+  options.barrier_patience = stages.patience;
+  return options;
+}
+
+TEST(StagedEngine, EveryStageAgreesWithTheOracle) {
+  RandomStream random(91, "staged");
+  for (int trial = 0; trial < 60; ++trial) {
+    const LpData lp = oracle::random_lp(random, {});
+    const oracle::DenseLpResult expected = oracle::solve_dense_lp(lp);
+    for (const Stages& stages : kStages) {
+      TextLog log;
+      const EngineAnswer answer = StagedEngine(options_of(stages)).solve(lp, {}, {}, log);
+      ASSERT_EQ(answer.status, expected.status) << trial << ' ' << stages.name;
+      if (answer.status != SolveStatus::kOptimal) continue;
+      EXPECT_NEAR(objective_at(lp, answer.point.x), expected.objective,
+                  1e-6 * std::max(1.0, std::abs(expected.objective)))
+          << trial << ' ' << stages.name;
+      EXPECT_TRUE(is_optimal(lp, answer.point, {})) << trial << ' ' << stages.name;
+      EXPECT_FALSE(answer.basis.empty()) << trial << ' ' << stages.name;
+    }
+  }
+}
+
+TEST(StagedEngine, StagesLimitsAndInterrupts) {
+  RandomStream random(93, "staged stages");
+  // The prediction is a budget of the simplex, too: rows enough to need more.
+  const LpData lp = oracle::wide_lp(oracle::WideKind::kPartitioning, 150, 3000, random);
+  std::atomic<int> terminate{1};
+  double objective = 0;
+  for (const Stages& stages : kStages) {
+    TextLog log;
+    StagedEngine engine(options_of(stages));
+    const EngineAnswer answer = engine.solve(lp, {}, {}, log);
+    ASSERT_EQ(answer.status, SolveStatus::kOptimal) << stages.name;
+    if (objective == 0) objective = objective_at(lp, answer.point.x);
+    EXPECT_NEAR(objective_at(lp, answer.point.x), objective, 1e-6 * std::abs(objective)) << stages.name;
+    EXPECT_EQ(log.says("Barrier after"), stages.barrier) << stages.name;
+    EXPECT_EQ(log.says("Back to the dual simplex"), stages.back) << stages.name;
+    EXPECT_EQ(engine.solve(lp, {}, {&terminate, kInf}, log).status, SolveStatus::kInterrupted) << stages.name;
+    EXPECT_EQ(engine.solve(lp, {}, {nullptr, now_seconds() - 1}, log).status, SolveStatus::kTimeLimit) << stages.name;
+    EXPECT_EQ(engine.solve(lp, {.iterations = 3}, {}, log).status, SolveStatus::kIterationLimit) << stages.name;
+  }
+}
+
+}  // namespace
+}  // namespace zorvex
