@@ -40,6 +40,8 @@ EngineAnswer BarrierEngine::solve(const LpData& lp, const SimplexLimits& limits,
   } else if (lp.is_quadratic()) {
     answer = has_point ? interior_answer(std::move(result))
                        : prove_no_solution(lp, options_.crossover.simplex, stop, std::move(result.point));
+  } else if (!has_point && !options_.simplex_rescues) {
+    answer = interior_answer(std::move(result));
   } else if (!has_point) {
     answer = solve_by_simplex(lp, options_.crossover.simplex, limits, stop, log);
   } else if (options_.crossover.crossover == 0) {

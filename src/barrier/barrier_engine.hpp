@@ -10,7 +10,8 @@ namespace zorvex {
 
 struct BarrierEngineOptions {
   BarrierOptions barrier;
-  CrossoverOptions crossover;  // crossover == 0: none
+  CrossoverOptions crossover;   // crossover == 0: none
+  bool simplex_rescues = true;  // a linear model on which the barrier fails is solved by simplex; else kNumeric
 };
 
 class BarrierEngine final : public LpEngine {

@@ -20,8 +20,10 @@ constexpr double kCheapFactor = 2e7;
 // The partitioner takes about a second per million edges of the graph: as long as this many operations for each, a
 // third of which it may save in every iteration.
 constexpr double kOperationsPerEdge = 600;
-constexpr double kMaxAssembly = 1.5e9;           // multiplications; beyond, the normal equations are not even tried
-constexpr double kPartitionerEdges = 2e7;        // at most; it cannot be stopped, ...
+constexpr double kDenseAssembly = 20;         // multiplications per nonzero of A that make normal equations suspicious
+constexpr double kOperationsPerAssembly = 4;  // of the factor, for one of the assembly
+constexpr double kMaxAssembly = 1.5e9;        // multiplications; beyond, the normal equations are not even tried
+constexpr double kPartitionerEdges = 2e7;     // at most; it cannot be stopped, ...
 constexpr double kPartitionerEdgesInTime = 1e6;  // ... which matters when time is limited
 // One unit of the stop token's effort, a nonzero touched by the simplex, takes as long as this many operations of the
 // dense kernels.
@@ -109,6 +111,28 @@ NewtonSystem::Candidate NewtonSystem::make_candidate(const std::vector<char>& ke
   return candidate;
 }
 
+// With `kept` and with all columns but singletons kept, which leaves the choice of what to eliminate first to the
+// ordering.
+NewtonSystem::Candidate NewtonSystem::cheapest_candidate(const std::vector<char>& kept, int ordering,
+                                                         const StopToken& stop) const {
+  std::vector<char> all = kept;
+  for (Index col = 0; col < model_.num_structurals; ++col) {
+    if (model_.matrix.col_length(col) > 1) all[col] = 1;
+  }
+  // Where assembling the normal equations alone takes as long as the other factor, they are not worth an ordering.
+  const double assembly = NormalMatrix::assembly_work(model_, kept);
+  const bool costly = assembly > kDenseAssembly * static_cast<double>(model_.matrix.num_nonzeros());
+  Candidate other;
+  if (costly) {
+    other = make_candidate(all, ordering, stop);
+    if (other.operations < kOperationsPerAssembly * assembly) return other;
+  }
+  Candidate best = make_candidate(kept, ordering, stop);
+  if (best.operations <= kCheapFactor) return best;
+  if (!costly) other = make_candidate(all, ordering, stop);
+  return other.operations < BarrierTolerances::kAugmentedPays * best.operations ? std::move(other) : std::move(best);
+}
+
 SolveStatus NewtonSystem::analyze(int ordering, const StopToken& stop) {
   q_diagonal_.assign(static_cast<std::size_t>(model_.num_cols()), 0);
   const SparseMatrix& q = model_.quadratic;
@@ -125,15 +149,7 @@ SolveStatus NewtonSystem::analyze(int ordering, const StopToken& stop) {
     kept[col] = 1;
     ++statistics_.dense_cols;
   }
-  Candidate best = make_candidate(kept, ordering, stop);
-  if (best.operations > kCheapFactor) {  // leave the choice of what to eliminate first to the ordering
-    std::vector<char> all = kept;
-    for (Index col = 0; col < model_.num_structurals; ++col) {
-      if (model_.matrix.col_length(col) > 1) all[col] = 1;
-    }
-    Candidate other = make_candidate(all, ordering, stop);
-    if (other.operations < BarrierTolerances::kAugmentedPays * best.operations) best = std::move(other);
-  }
+  Candidate best = cheapest_candidate(kept, ordering, stop);
   if (const SolveStatus status = stop.poll(); status != SolveStatus::kLoaded) return status;
   matrix_ = std::move(best.matrix);
   SymbolicFactor symbolic = analyze_factor(matrix_->lower(), best.tree);

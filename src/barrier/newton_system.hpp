@@ -54,6 +54,7 @@ class NewtonSystem {
   struct Candidate;
   [[nodiscard]] std::vector<char> must_keep() const;
   [[nodiscard]] Candidate make_candidate(const std::vector<char>& kept, int ordering, const StopToken& stop) const;
+  [[nodiscard]] Candidate cheapest_candidate(const std::vector<char>& kept, int ordering, const StopToken& stop) const;
   void solve_regularized(const std::vector<double>& r1, const std::vector<double>& r2, std::vector<double>& dv,
                          std::vector<double>& dy);
   double residuals(const std::vector<double>& r1, const std::vector<double>& r2, const std::vector<double>& dv,

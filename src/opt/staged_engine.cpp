@@ -61,14 +61,18 @@ EngineAnswer StagedEngine::solve(const LpData& lp, const SimplexLimits& limits, 
   log.print("Barrier after %d iterations of the dual simplex\n", static_cast<int>(iterations));
   budget.allow(options_.barrier_patience * predicted);
   rest.iterations = limits.iterations - iterations;
-  EngineAnswer answer = BarrierEngine(options_.barrier).solve(lp, rest, budget.token(), log);
+  BarrierEngineOptions barrier = options_.barrier;
+  barrier.simplex_rescues = false;
+  EngineAnswer answer = BarrierEngine(barrier).solve(lp, rest, budget.token(), log);
   iterations += answer.iterations;
   answer.iterations = iterations;
   answer.reported = false;
   if (decides(answer) || stop.stop_requested()) return answer;
   const int barrier_iterations = answer.barrier_iterations;
 
+  // From the start: an interrupted run has lost its perturbation, without which its basis is a poor one to go on from.
   log.print("Back to the dual simplex\n");
+  simplex.reset_to_slack_basis();
   run_simplex(kInf);
   answer = simplex_answer();
   answer.barrier_iterations = barrier_iterations;
