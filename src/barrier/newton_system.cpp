@@ -22,6 +22,7 @@ constexpr double kCheapFactor = 2e7;
 constexpr double kOperationsPerEdge = 600;
 constexpr double kDenseAssembly = 20;         // multiplications per nonzero of A that make normal equations suspicious
 constexpr double kOperationsPerAssembly = 4;  // of the factor, for one of the assembly
+constexpr double kShareOfFill = 0.25;         // of the entries that columns make, those that do not coincide
 constexpr double kMaxAssembly = 1.5e9;        // multiplications; beyond, the normal equations are not even tried
 constexpr double kPartitionerEdges = 2e7;     // at most; it cannot be stopped, ...
 constexpr double kPartitionerEdgesInTime = 1e6;  // ... which matters when time is limited
@@ -119,13 +120,17 @@ NewtonSystem::Candidate NewtonSystem::cheapest_candidate(const std::vector<char>
   for (Index col = 0; col < model_.num_structurals; ++col) {
     if (model_.matrix.col_length(col) > 1) all[col] = 1;
   }
-  // Where assembling the normal equations alone takes as long as the other factor, they are not worth an ordering.
+  // Where the other factor is cheaper than normal equations can be, these are not worth an ordering: they have to be
+  // assembled, and each of their columns is eliminated.
   const double assembly = NormalMatrix::assembly_work(model_, kept);
+  const double rows = model_.num_rows();
+  const double lower_half = std::min(assembly, rows * rows / 2);
+  const double least = std::max(kOperationsPerAssembly * assembly, kShareOfFill * lower_half * lower_half / rows);
   const bool costly = assembly > kDenseAssembly * static_cast<double>(model_.matrix.num_nonzeros());
   Candidate other;
   if (costly) {
     other = make_candidate(all, ordering, stop);
-    if (other.operations < kOperationsPerAssembly * assembly) return other;
+    if (other.operations < least) return other;
   }
   Candidate best = make_candidate(kept, ordering, stop);
   if (best.operations <= kCheapFactor) return best;

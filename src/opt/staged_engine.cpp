@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <memory>
 #include <utility>
 
 #include "opt/race.hpp"
@@ -38,18 +39,18 @@ class Budget {
 
 EngineAnswer StagedEngine::solve(const LpData& lp, const SimplexLimits& limits, const StopToken& stop, LogSink& log) {
   Budget budget(stop);
-  LpSolver simplex(lp, options_.simplex, log);
+  auto simplex = std::make_unique<LpSolver>(lp, options_.simplex, log);
   SimplexLimits rest = limits;
   double iterations = 0;
   const auto run_simplex = [&](double units) {
     budget.allow(units);
     rest.iterations = limits.iterations - iterations;
-    const SolveStatus status = simplex.solve(rest, budget.token());
-    iterations += simplex.iterations();
+    const SolveStatus status = simplex->solve(rest, budget.token());
+    iterations += simplex->iterations();
     return !budget.ended(status);
   };
   const auto simplex_answer = [&] {
-    EngineAnswer answer = answer_of(simplex);
+    EngineAnswer answer = answer_of(*simplex);
     answer.iterations = iterations;
     return answer;
   };
@@ -70,9 +71,9 @@ EngineAnswer StagedEngine::solve(const LpData& lp, const SimplexLimits& limits, 
   if (decides(answer) || stop.stop_requested()) return answer;
   const int barrier_iterations = answer.barrier_iterations;
 
-  // From the start: an interrupted run has lost its perturbation, without which its basis is a poor one to go on from.
+  // Afresh: an interrupted run has lost its perturbation, without which its basis is a poor one to go on from.
   log.print("Back to the dual simplex\n");
-  simplex.reset_to_slack_basis();
+  simplex = std::make_unique<LpSolver>(lp, options_.simplex, log);
   run_simplex(kInf);
   answer = simplex_answer();
   answer.barrier_iterations = barrier_iterations;

@@ -145,6 +145,7 @@ EngineAnswer LpDriver::solve_with_engine(const LpData& lp) {
   result_.iterations += answer.iterations;
   result_.barrier_iterations += answer.barrier_iterations;
   result_.extended_precision = answer.extended_precision;
+  result_.limited_by_storage = answer.limited_by_storage;
   result_.error = answer.error;
   reported_ = answer.reported;
   return answer;

@@ -4,7 +4,8 @@ namespace zorvex {
 
 EngineAnswer answer_of(const LpSolver& solver) {
   EngineAnswer answer;
-  answer.status = solver.limited_by_storage() ? SolveStatus::kSuboptimal : solver.status();
+  answer.limited_by_storage = solver.limited_by_storage();
+  answer.status = answer.limited_by_storage ? SolveStatus::kSuboptimal : solver.status();
   answer.point = solver.point();
   answer.basis = solver.basis();
   answer.iterations = solver.iterations();
