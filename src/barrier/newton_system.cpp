@@ -28,7 +28,7 @@ constexpr double kPartitionerEdges = 2e7;     // at most; it cannot be stopped, 
 constexpr double kPartitionerEdgesInTime = 1e6;  // ... which matters when time is limited
 // One unit of the stop token's effort, a nonzero touched by the simplex, takes as long as this many operations of the
 // dense kernels.
-constexpr double kOperationsPerUnit = 400;
+constexpr double kOperationsPerUnit = 800;
 constexpr double kVectorsPerSolve = 5;
 constexpr double kNonzerosPerUnit = 5;  // of triangular solves and products, which run through memory in order
 constexpr int kMaxRefinements = 3;

@@ -15,7 +15,7 @@ struct StagedOptions {
   BarrierEngineOptions barrier;  // with crossover
   double short_solve = 6e6;      // effort of the simplex below which nothing else is thought of
   double small_model = 1e7;      // rows times nonzeros up to which the barrier is not analysed at all
-  double barrier_patience = 3;   // times its prediction that the barrier may cost
+  double barrier_patience = 4;   // times its prediction that the barrier may cost
 };
 
 class StagedEngine final : public LpEngine {
