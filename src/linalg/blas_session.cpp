@@ -45,9 +45,9 @@ BlasSession::~BlasSession() {
 }
 
 std::unique_lock<std::mutex> blas_lock() {
-  static const bool needed = shares_scratch_memory();
+  static const bool kNeeded = shares_scratch_memory();
   static std::mutex mutex;
-  return needed ? std::unique_lock<std::mutex>(mutex) : std::unique_lock<std::mutex>();
+  return kNeeded ? std::unique_lock<std::mutex>(mutex) : std::unique_lock<std::mutex>();
 }
 
 }  // namespace zorvex

@@ -149,7 +149,7 @@ bool SupernodalFactor::assemble(Index s) {
     panel[symbolic_.entry_target[k]] += values_[symbolic_.entry_source[k]];
   }
   const auto below = static_cast<std::size_t>(symbolic_.num_rows(s) - symbolic_.num_cols(s));
-  if (below > 0) updates_[s].reset(new double[below * below]);
+  if (below > 0) updates_[s] = std::make_unique_for_overwrite<double[]>(below * below);
   const Index begin = symbolic_.child_start[s], end = symbolic_.child_start[s + 1];
   if (begin == end) return false;
   if (below > 0) std::fill_n(updates_[s].get(), below * below, 0.0);

@@ -20,7 +20,7 @@ class PresolveMatrix {
   };
 
   // Walks a row or column; the entry it stands on may be erased.
-  template <Index Entry::*Next>
+  template <Index Entry::*kNext>
   class Range {
    public:
     Range(const std::vector<Entry>& entries, Index first) : entries_(&entries), first_(first) {}
@@ -37,7 +37,7 @@ class PresolveMatrix {
       [[nodiscard]] Index node() const { return at_; }
 
      private:
-      void look_ahead() { next_ = at_ < 0 ? -1 : (*entries_)[at_].*Next; }
+      void look_ahead() { next_ = at_ < 0 ? -1 : (*entries_)[at_].*kNext; }
       const std::vector<Entry>* entries_;
       Index at_, next_ = -1;
     };

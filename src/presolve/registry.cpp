@@ -8,11 +8,11 @@ namespace zorvex {
 
 std::span<const Reduction* const> reduction_registry() {
 #define REDUCTION(name) &name,
-  static const Reduction* const all[] = {
+  static const Reduction* const kAll[] = {
 #include "presolve/registry.inc"
   };
 #undef REDUCTION
-  return all;
+  return kAll;
 }
 
 }  // namespace zorvex
