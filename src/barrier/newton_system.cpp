@@ -24,8 +24,7 @@ constexpr double kDenseAssembly = 20;         // multiplications per nonzero of 
 constexpr double kOperationsPerAssembly = 4;  // of the factor, for one of the assembly
 constexpr double kShareOfFill = 0.25;         // of the entries that columns make, those that do not coincide
 constexpr double kMaxAssembly = 1.5e9;        // multiplications; beyond, the normal equations are not even tried
-constexpr double kPartitionerEdges = 2e7;     // at most; it cannot be stopped, ...
-constexpr double kPartitionerEdgesInTime = 1e6;  // ... which matters when time is limited
+constexpr double kPartitionerEdges = 1e6;     // at most: it cannot be stopped
 // One unit of the stop token's effort, a nonzero touched by the simplex, takes as long as this many operations of the
 // dense kernels.
 constexpr double kOperationsPerUnit = 800;
@@ -94,7 +93,7 @@ NewtonSystem::Candidate NewtonSystem::make_candidate(const std::vector<char>& ke
   const auto edges = static_cast<double>(pattern.index.size());
   const bool second_opinion = ordering == -1 &&
                               candidate.operations > std::max(kCheapFactor, kOperationsPerEdge * edges) &&
-                              edges < (stop.deadline() < kInf ? kPartitionerEdgesInTime : kPartitionerEdges);
+                              edges < kPartitionerEdges;
   if (ordering == 1 || second_opinion) {
     std::vector<Index> order;
     if (!stop.stop_requested() && order_nested_dissection(pattern, order)) {
