@@ -17,7 +17,6 @@ configure_package_config_file("${CMAKE_CURRENT_LIST_DIR}/zorvexConfig.cmake.in"
 write_basic_package_version_file("${PROJECT_BINARY_DIR}/zorvexConfigVersion.cmake" COMPATIBILITY SameMajorVersion)
 install(FILES "${PROJECT_BINARY_DIR}/zorvexConfig.cmake" "${PROJECT_BINARY_DIR}/zorvexConfigVersion.cmake"
   "${CMAKE_CURRENT_LIST_DIR}/FindAMD.cmake" "${CMAKE_CURRENT_LIST_DIR}/FindMETIS.cmake"
-  "${CMAKE_CURRENT_LIST_DIR}/ZorvexBlas.cmake"
   DESTINATION "${package_dir}")
 
 # Relative to the file itself, so that an installation can be moved or made with another --prefix.

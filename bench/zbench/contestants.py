@@ -109,14 +109,15 @@ def number(pattern, text):
 
 
 class Clp(Contestant):
-    def __init__(self, label="clp"):
+    def __init__(self, label="clp", method="-dualsimplex"):
         super().__init__(label)
+        self.method = method
 
     def handles(self, instance):
         return not instance.is_mip
 
     def commands(self, model, instance, limit, work):
-        return [["clp", model, "-seconds", f"{limit:g}", "-dualsimplex"]]
+        return [["clp", model, "-seconds", f"{limit:g}", self.method]]
 
     def parse(self, text, work):
         last = re.findall(r"^(Optimal|Primal ?Infeasible|Dual ?Infeasible|Stopped)\b.*objective.* iterations", text,
@@ -184,4 +185,4 @@ class Glpsol(Contestant):
         return Outcome("optimal" if optimal else "limit", float(line[-1]))
 
 
-PEERS = {"clp": Clp, "cbc": Cbc, "glpsol": Glpsol}
+PEERS = {"clp": Clp, "clp-barrier": lambda: Clp("clp-barrier", "-barrier"), "cbc": Cbc, "glpsol": Glpsol}

@@ -1,10 +1,8 @@
 #include "linalg/blas_session.hpp"
 
-extern "C" {
-__attribute__((weak)) int openblas_get_parallel(void);
-__attribute__((weak)) int openblas_get_num_threads(void);
-__attribute__((weak)) void openblas_set_num_threads(int count);
-}
+#include <mutex>
+
+#include "linalg/blas.hpp"
 
 namespace zorvex {
 
@@ -22,32 +20,32 @@ ProcessState& process_state() {
   return state;
 }
 
-bool controls_threads() { return openblas_get_num_threads != nullptr && openblas_set_num_threads != nullptr; }
-
-bool shares_scratch_memory() { return openblas_get_parallel != nullptr && openblas_get_parallel() == 0; }
+// The library when its number of threads can be set.
+const BlasLibrary* threaded_library() {
+  const BlasLibrary* const library = blas_library();
+  const bool controlled =
+      library != nullptr && library->get_num_threads != nullptr && library->set_num_threads != nullptr;
+  return controlled ? library : nullptr;
+}
 
 }  // namespace
 
 BlasSession::BlasSession() {
-  if (!controls_threads()) return;
+  const BlasLibrary* const library = threaded_library();
+  if (library == nullptr) return;
   ProcessState& state = process_state();
   const std::lock_guard<std::mutex> lock(state.mutex);
   if (state.sessions++ > 0) return;
-  state.program_threads = openblas_get_num_threads();
-  openblas_set_num_threads(1);
+  state.program_threads = library->get_num_threads();
+  library->set_num_threads(1);
 }
 
 BlasSession::~BlasSession() {
-  if (!controls_threads()) return;
+  const BlasLibrary* const library = threaded_library();
+  if (library == nullptr) return;
   ProcessState& state = process_state();
   const std::lock_guard<std::mutex> lock(state.mutex);
-  if (--state.sessions == 0) openblas_set_num_threads(state.program_threads);
-}
-
-std::unique_lock<std::mutex> blas_lock() {
-  static const bool kNeeded = shares_scratch_memory();
-  static std::mutex mutex;
-  return kNeeded ? std::unique_lock<std::mutex>(mutex) : std::unique_lock<std::mutex>();
+  if (--state.sessions == 0) library->set_num_threads(state.program_threads);
 }
 
 }  // namespace zorvex

@@ -1,8 +1,6 @@
 // OpenBLAS as a well-behaved guest of the calling program. Nothing here is needed with other BLAS libraries.
 #pragma once
 
-#include <mutex>
-
 namespace zorvex {
 
 // While one lives, OpenBLAS computes on the calling thread only: we share out the work ourselves, and its sums do not
@@ -14,9 +12,5 @@ class BlasSession {
   BlasSession(const BlasSession&) = delete;
   BlasSession& operator=(const BlasSession&) = delete;
 };
-
-// Held around BLAS calls. Locks only with builds of OpenBLAS that know no threads at all: their scratch memory is
-// shared by all callers.
-std::unique_lock<std::mutex> blas_lock();
 
 }  // namespace zorvex

@@ -2,19 +2,7 @@
 
 #include <algorithm>
 
-#include "linalg/blas_session.hpp"
-
-extern "C" {
-void dgemm_(const char* trans_a, const char* trans_b, const int* m, const int* n, const int* k, const double* alpha,
-            const double* a, const int* lda, const double* b, const int* ldb, const double* beta, double* c,
-            const int* ldc);
-void dgemv_(const char* trans, const int* m, const int* n, const double* alpha, const double* a, const int* lda,
-            const double* x, const int* incx, const double* beta, double* y, const int* incy);
-void dtrsm_(const char* side, const char* uplo, const char* trans, const char* diag, const int* m, const int* n,
-            const double* alpha, const double* a, const int* lda, double* b, const int* ldb);
-void dtrsv_(const char* uplo, const char* trans, const char* diag, const int* n, const double* a, const int* lda,
-            double* x, const int* incx);
-}
+#include "linalg/blas.hpp"
 
 namespace zorvex {
 
@@ -26,14 +14,6 @@ constexpr double kDeadPivot = 0x1p200;  // stands for infinity: its unknown come
 
 double* column(double* a, Index ld, Index col) { return a + static_cast<Offset>(ld) * col; }
 const double* column(const double* a, Index ld, Index col) { return a + static_cast<Offset>(ld) * col; }
-
-// C(m x n) := beta C - A(m x k) B(n x k)'
-void subtract_product(Index m, Index n, Index k, const double* a, Index lda, const double* b, Index ldb, double beta,
-                      double* c, Index ldc) {
-  constexpr double kMinusOne = -1;
-  const auto lock = blas_lock();
-  dgemm_("N", "T", &m, &n, &k, &kMinusOne, a, &lda, b, &ldb, &beta, c, &ldc);
-}
 
 // Right-looking elimination of `cols` columns among themselves and in all `rows` rows.
 int factor_narrow(double* panel, Index rows, Index cols, Index ld, const PivotRule& rule, Index first, double* pivot) {
@@ -66,11 +46,7 @@ int factor_wide(double* panel, Index rows, Index cols, Index ld, const PivotRule
   const int replaced = factor_narrow(panel, cols, cols, ld, rule, first, pivot);
   const Index below = rows - cols;
   if (below == 0) return replaced;
-  constexpr double kOne = 1;
-  {
-    const auto lock = blas_lock();
-    dtrsm_("R", "L", "T", "U", &below, &cols, &kOne, panel, &ld, panel + cols, &ld);
-  }
+  solve_from_right(blas_library(), below, cols, panel, ld, panel + cols, ld);
   for (Index k = 0; k < cols; ++k) {
     double* const x = column(panel, ld, k) + cols;
     std::copy(x, x + keep, scaled + static_cast<Offset>(keep) * k);
@@ -115,8 +91,9 @@ Index num_trailing_blocks(Index cols, Index first) {
 void update_trailing(double* panel, Index rows, Index cols, Index first, Index block, const double* scaled) {
   const Index right = first + kPanelWidth;
   const Index j = right + block * kUpdateWidth;
-  subtract_product(rows - j, std::min(kUpdateWidth, cols - j), kPanelWidth, column(panel, rows, first) + j, rows,
-                   scaled + (j - right), cols - right, 1, column(panel, rows, j) + j, rows);
+  subtract_product(blas_library(), rows - j, std::min(kUpdateWidth, cols - j), kPanelWidth,
+                   column(panel, rows, first) + j, rows, scaled + (j - right), cols - right, 1,
+                   column(panel, rows, j) + j, rows);
 }
 
 void update_block(const double* panel, Index rows, Index cols, const double* pivot, Index block, bool fresh,
@@ -134,8 +111,8 @@ void update_block(const double* panel, Index rows, Index cols, const double* piv
     double* const target = column(work.scaled.data(), width, k);
     for (Index i = 0; i < width; ++i) target[i] = source[i] * pivot[k];
   }
-  subtract_product(size - j, width, cols, panel + cols + j, rows, work.scaled.data(), width, fresh ? 0 : 1,
-                   column(update, size, j) + j, size);
+  subtract_product(blas_library(), size - j, width, cols, panel + cols + j, rows, work.scaled.data(), width,
+                   fresh ? 0 : 1, column(update, size, j) + j, size);
 }
 
 void forward_panel(const double* panel, Index rows, Index cols, double* x, double* below) {
@@ -148,11 +125,7 @@ void forward_panel(const double* panel, Index rows, Index cols, double* x, doubl
     }
     return;
   }
-  constexpr int kStep = 1;
-  constexpr double kOne = 1, kMinusOne = -1;
-  const auto lock = blas_lock();
-  dtrsv_("L", "N", "U", &cols, panel, &rows, x, &kStep);
-  if (rest > 0) dgemv_("N", &rest, &cols, &kMinusOne, panel + cols, &rows, x, &kStep, &kOne, below, &kStep);
+  solve_forward(blas_library(), cols, panel, rows, x, rest, panel + cols, rows, below);
 }
 
 void backward_panel(const double* panel, Index rows, Index cols, double* x, const double* below) {
@@ -167,11 +140,7 @@ void backward_panel(const double* panel, Index rows, Index cols, double* x, cons
     }
     return;
   }
-  constexpr int kStep = 1;
-  constexpr double kOne = 1, kMinusOne = -1;
-  const auto lock = blas_lock();
-  if (rest > 0) dgemv_("T", &rest, &cols, &kMinusOne, panel + cols, &rows, below, &kStep, &kOne, x, &kStep);
-  dtrsv_("L", "T", "U", &cols, panel, &rows, x, &kStep);
+  solve_backward(blas_library(), cols, panel, rows, x, rest, panel + cols, rows, below);
 }
 
 }  // namespace zorvex
