@@ -30,6 +30,7 @@ class Builder {
   void choose_columns();
   void choose_rows();
   Scaling scale_matrix() const;
+  void balance(Scaling& scaling) const;
   void add_structurals(const Scaling& scaling);
   void add_quadratic();
   void add_rows(const Scaling& scaling);
@@ -118,6 +119,27 @@ Scaling Builder::scale_matrix() const {
   return lp_.is_quadratic() ? equilibrate(lp_, unit_scaling(lp_)) : compute_scaling(lp_);
 }
 
+// Regularization is meant for values near one, on both sides.
+void Builder::balance(Scaling& scaling) const {
+  if (lp_.is_quadratic()) return;  // there it would change Q against the costs
+  double largest = 0;
+  const auto look_at = [&](double side, double scale) {
+    if (std::isfinite(side)) largest = std::max(largest, std::abs(side) * scale);
+  };
+  for (const Index col : model_.user_col) {
+    look_at(lp_.col_lower[col], 1 / scaling.col[col]);
+    look_at(lp_.col_upper[col], 1 / scaling.col[col]);
+  }
+  for (const Index row : model_.user_row) {
+    const auto shift = static_cast<double>(fixed_activity_[row]);
+    look_at(lp_.row_lower[row] - shift, scaling.row[row]);
+    look_at(lp_.row_upper[row] - shift, scaling.row[row]);
+  }
+  const double size = power_of_two_near(largest);
+  for (double& scale : scaling.col) scale *= size;
+  for (double& scale : scaling.row) scale /= size;
+}
+
 void Builder::add_structurals(const Scaling& scaling) {
   cost_.assign(lp_.cost.begin(), lp_.cost.end());
   if (lp_.is_quadratic()) {  // cross terms with fixed columns are linear
@@ -204,7 +226,8 @@ void Builder::scale_objective() {
 BarrierModel Builder::build() {
   choose_columns();
   choose_rows();
-  const Scaling scaling = scale_matrix();
+  Scaling scaling = scale_matrix();
+  balance(scaling);
   add_structurals(scaling);
   add_quadratic();
   add_rows(scaling);

@@ -19,7 +19,11 @@ constexpr double kShareOfTolerance = 0.5;  // of the feasibility tolerances, aim
 constexpr double kNegligibleGap = 1e-2;    // share of the gap that convergence allows
 constexpr double kLeastGoal = 1e-4;        // of the goals for residuals: no step gets below that
 constexpr double kManySolves = 12;         // with one factor, in one iteration
-constexpr int kWeights = 9;                // tried for the second-order corrector
+constexpr double kLeastShift = 1e-2;       // of the starting point from the bounds and of its duals from zero
+constexpr double kPoorStep = 0.1;          // steps shorter than this ask for another weight of the corrector ...
+constexpr int kWeights = 9;                // ... which is the best of these
+constexpr double kShortStep = 0.5;         // steps shorter than this ...
+constexpr int kLeastCorrectors = 2;        // ... get so many centrality correctors, however cheap a factorization is
 constexpr double kLongest = 1 / BarrierTolerances::kStepToBoundary;
 
 // to + weight * (corrected - to), into `to`.
@@ -205,8 +209,8 @@ void InteriorPointMethod::shift_start(double dual_boost) {
   }
   primal_shift += duals > 0 ? 0.5 * product / duals : 0;
   dual_shift += distances > 0 ? 0.5 * product / distances : 0;
-  primal_shift = std::max(primal_shift, 1.0);
-  dual_shift = dual_boost * std::max(dual_shift, 1.0);
+  primal_shift = std::max(primal_shift, kLeastShift);
+  dual_shift = dual_boost * std::max(dual_shift, kLeastShift);
   for (Index j = 0; j < model_.num_cols(); ++j) {
     double& v = iterate_.v[j];
     if (has_lower(j) && has_upper(j)) {
@@ -290,7 +294,7 @@ Progress InteriorPointMethod::measure() {
   progress.relative_primal = progress.primal_residual / rhs_norm_;
   progress.relative_dual = progress.dual_residual / gradient_norm;
   progress.relative_gap = std::abs(progress.primal_objective - progress.dual_objective) /
-                          std::max(1.0, std::abs(progress.primal_objective));
+                          std::max({1.0, std::abs(progress.primal_objective), std::abs(progress.dual_objective)});
   progress.complementarity = average_product() * scale;
   const double sum = progress.primal_objective + progress.dual_objective + progress.worst();
   if (!std::isfinite(sum)) progress.relative_gap = progress.relative_primal = progress.relative_dual = kInf;
@@ -394,8 +398,12 @@ SolveStatus InteriorPointMethod::find_affine(Targets& targets, Iterate& affine, 
       best_error = error;
       best = regularization_;
     }
-    if (best_error <= BarrierTolerances::kPoorStep) return SolveStatus::kLoaded;
+    if (best_error <= BarrierTolerances::kPoorStep) {
+      failed_solves_ = 0;
+      return SolveStatus::kLoaded;
+    }
   }
+  ++failed_solves_;
   if (!std::isfinite(best_error)) return SolveStatus::kNumeric;
   if (regularization_ == best) return SolveStatus::kLoaded;
   regularization_ = best;
@@ -446,12 +454,13 @@ SolveStatus InteriorPointMethod::step(const StopToken& stop) {
   return std::isfinite(last_step_) ? SolveStatus::kLoaded : SolveStatus::kNumeric;
 }
 
-// The weight of the second-order corrector that allows the longest steps.
+// The full second-order corrector as a rule; where it blocks, the weight that allows the longest steps. Choosing the
+// weight always saves no iterations on easy models, and costs many on hard ones: long steps leave centrality behind.
 void InteriorPointMethod::choose_corrector_weight(Iterate& corrector, Iterate& d, Steps& steps) {
   double best_weight = 1;
   Steps best_steps = longest_steps(corrector);
   double best_value = best_steps.primal * best_steps.dual;
-  if (best_steps.shorter() < 0.9) {
+  if (best_steps.shorter() < kPoorStep) {
     const double least = std::max(0.1, steps.primal * steps.dual);
     for (int k = 0; k < kWeights; ++k) {
       const double weight = least + (1 - least) * k / kWeights;
@@ -502,7 +511,8 @@ void InteriorPointMethod::correct_centrality(double mu, Iterate& d, Steps& steps
   const auto cols = iterate_.v.size();
   Targets targets{std::vector<double>(cols), std::vector<double>(cols)};
   Iterate correction;
-  for (int k = 0; k < correctors_; ++k) {
+  const int correctors = steps.shorter() < kShortStep ? std::max(correctors_, kLeastCorrectors) : correctors_;
+  for (int k = 0; k < correctors; ++k) {
     if (steps.shorter() > 0.95) return;
     const Steps trial{std::min(1.0, steps.primal + kCorrectorReach), std::min(1.0, steps.dual + kCorrectorReach)};
     if (!centrality_targets(mu, d, trial, targets)) return;

@@ -52,6 +52,7 @@ class InteriorPointMethod {
 
   Progress measure();
   [[nodiscard]] const Iterate& iterate() const { return iterate_; }
+  [[nodiscard]] int failed_solves() const { return failed_solves_; }  // Newton systems in a row, poorly solved
   [[nodiscard]] double last_step() const { return last_step_; }  // the shorter of the last two step lengths
 
  private:
@@ -107,6 +108,7 @@ class InteriorPointMethod {
   double primal_goal_ = 1, dual_goal_ = 1;  // residuals that need not be reduced any more, scaled
   NewtonSystem::Goal goal_{1, 1};           // of this iteration
   double last_step_ = 1;
+  int failed_solves_ = 0;
 };
 
 }  // namespace zorvex

@@ -169,7 +169,10 @@ SolveStatus NewtonSystem::factor(const std::vector<double>& theta, double regula
   ++num_factors_;
   theta_ = theta;
   hessian_.resize(theta.size());
-  for (std::size_t j = 0; j < theta.size(); ++j) hessian_[j] = theta[j] + q_diagonal_[j] + regularization;
+  for (Index col = 0; col < model_.num_cols(); ++col) {
+    const bool kept = matrix_->position_of(col) >= 0;
+    hessian_[col] = theta[col] + q_diagonal_[col] + (kept ? 1 : BarrierTolerances::kRegularizedShare) * regularization;
+  }
   matrix_->assemble(hessian_, regularization, pool_);
   return factor_->factor(matrix_->lower().value, matrix_->signs(), matrix_->smallest_pivots(), stop);
 }

@@ -88,7 +88,7 @@ void NormalMatrix::add_rows() {
   }
 }
 
-void NormalMatrix::assemble(const std::vector<double>& hessian, double dual_regularization, WorkerPool& pool) {
+void NormalMatrix::assemble(const std::vector<double>& hessian, double regularization, WorkerPool& pool) {
   for (const Index col : kept_) {
     Offset at = lower_.begin(position_[col]);
     lower_.value[at++] = -hessian[col];
@@ -110,10 +110,27 @@ void NormalMatrix::assemble(const std::vector<double>& hessian, double dual_regu
     const Index end = std::min(model_.num_rows(), (task + 1) * kRowsPerTask);
     for (Index row = task * kRowsPerTask; row < end; ++row) assemble_row(row, inverse, sums_[worker]);
   });
-  for (Index k = 0; k < lower_.num_cols; ++k) {
-    double& diagonal = lower_.value[lower_.begin(k)];
-    if (k >= num_kept()) diagonal += dual_regularization;
-    smallest_[k] = BarrierTolerances::kDeadPivot * std::abs(diagonal);
+  regularize(inverse, regularization);
+}
+
+// A kept column that is eliminated early adds to its rows what later pivots take off again: the rounding errors of a
+// diagonal are those of all columns together.
+void NormalMatrix::regularize(const std::vector<double>& inverse, double regularization) {
+  std::vector<double> size(static_cast<std::size_t>(model_.num_rows()), 0);
+  for (const Index col : kept_) {
+    const Index position = position_[col];
+    smallest_[position] = BarrierTolerances::kDeadPivot * std::abs(lower_.value[lower_.begin(position)]);
+    for (Offset k = model_.matrix.begin(col); k < model_.matrix.end(col); ++k) {
+      size[model_.matrix.index[k]] += model_.matrix.value[k] * model_.matrix.value[k] * inverse[col];
+    }
+  }
+  for (Index row = 0; row < model_.num_rows(); ++row) {
+    const Index position = num_kept() + row;
+    double& diagonal = lower_.value[lower_.begin(position)];
+    size[row] += diagonal;
+    smallest_[position] = BarrierTolerances::kDeadPivot * size[row];
+    diagonal += BarrierTolerances::kRowNoise * size[row] +
+                (diagonal == 0 ? 1 : BarrierTolerances::kRegularizedShare) * regularization;
   }
 }
 

@@ -24,8 +24,9 @@ class NormalMatrix {
   // Multiplications of one assembly, a bound on the entries that it makes; for columns kept as given.
   static double assembly_work(const BarrierModel& model, const std::vector<char>& kept);
 
-  // hessian[j] > 0: diagonal of column j with regularization, that of Q included; dual_regularization >= 0 is D.
-  void assemble(const std::vector<double>& hessian, double dual_regularization, WorkerPool& pool);
+  // hessian[j] > 0: diagonal of column j with regularization, that of Q included. D is `regularization` >= 0 for rows
+  // without eliminated columns, little more than the rounding errors of the diagonal for others.
+  void assemble(const std::vector<double>& hessian, double regularization, WorkerPool& pool);
 
   [[nodiscard]] const SparseMatrix& lower() const { return lower_; }
   [[nodiscard]] const std::vector<std::int8_t>& signs() const { return sign_; }
@@ -39,6 +40,7 @@ class NormalMatrix {
   void add_kept_columns();
   void add_rows();
   void assemble_row(Index row, const std::vector<double>& inverse, std::vector<double>& sum);
+  void regularize(const std::vector<double>& inverse, double regularization);
 
   const BarrierModel& model_;
   std::vector<Index> kept_, position_;

@@ -55,12 +55,17 @@ struct BarrierTolerances {
   static constexpr double kStepGoal = 1e-10;
   // Newton steps whose residual misses its goal by this factor are solved again with other regularization.
   static constexpr double kPoorStep = 10;
-  // Regularization of the Hessian and of the rows: to begin with, and its limits.
+  // Regularization of kept columns and of rows that only they have entries in: to begin with, and its limits.
   static constexpr double kRegularization = 1e-8;
   static constexpr double kMinRegularization = 1e-13;
   static constexpr double kMaxRegularization = 1e-5;
+  // Share of it that other columns and rows get, which have pivots of their own.
+  static constexpr double kRegularizedShare = 1e-4;
+  // Regularization of a row, relative to what the columns add up to on its diagonal: somewhat more than rounding leaves
+  // where they cancel.
+  static constexpr double kRowNoise = 4e-15;
   // Share of the way to the boundary that a step goes at most.
-  static constexpr double kStepToBoundary = 0.9995;
+  static constexpr double kStepToBoundary = 0.9999;
   // Residuals, relative to the data, that count as converged; unscaled.
   static constexpr double kResidual = 1e-8;
   // A point whose relative residuals and gap are all below this is worth returning when progress ends.
