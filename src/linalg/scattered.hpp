@@ -1,11 +1,26 @@
 // Sparse vector over a dense array, the operand of every simplex solve.
 #pragma once
 
+#include <cmath>
 #include <vector>
 
 #include "base/types.hpp"
 
 namespace zorvex {
+
+// Zeroes the entries of magnitude <= drop and writes the positions of the others to `list`, which has room for all
+// `length`. Returns their number. Without branches: which entries stay is hard to predict.
+template <class Real>
+Index list_nonzeros(Real* value, Index length, Real drop, Index* list) {
+  using std::abs;
+  for (Index i = 0; i < length; ++i) value[i] = abs(value[i]) > drop ? value[i] : Real(0);
+  Index count = 0;
+  for (Index i = 0; i < length; ++i) {
+    list[count] = i;
+    count += abs(value[i]) > Real(0) ? 1 : 0;
+  }
+  return count;
+}
 
 // Either `dense` is false and `index` holds, without duplicates, a superset of the positions of the nonzeros of
 // `value` (which is exactly zero elsewhere); or `dense` is true, `index` is unspecified and every value counts.
@@ -49,14 +64,7 @@ struct Scattered {
       return;
     }
     index.resize(value.size());
-    std::size_t kept = 0;
-    for (Index i = 0; i < size(); ++i) {  // without branches: which entries stay is hard to predict
-      const bool keep = value[i] > drop || value[i] < -drop;
-      value[i] = keep ? value[i] : Real(0);
-      index[kept] = i;
-      kept += keep ? 1 : 0;
-    }
-    index.resize(kept);
+    index.resize(static_cast<std::size_t>(list_nonzeros(value.data(), size(), drop, index.data())));
     dense = false;
   }
 };

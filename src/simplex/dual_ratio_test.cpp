@@ -11,33 +11,42 @@ constexpr double kGoodPivotShare = 0.1;  // an earlier group is taken only if th
 constexpr double kGoodPivot = 1.0;
 }  // namespace
 
+// By place: by what an entry of the pivot row is multiplied so that it is positive where the variable limits the step.
+constexpr std::int8_t kToward[] = {0, 1, -1, 0, 0};
+
+// Appends to `passed` the variables first + index[k] that limit the step with an entry above min_pivot. Without
+// branches: which entries pass is hard to predict.
+template <class Real>
+void DualRatioTest<Real>::sift(const Place* place, Index first, const Scattered<Real>& entries, Real sign,
+                               Real min_pivot, Result& result) {
+  using std::abs;
+  passed_.resize(passed_count_ + entries.index.size());
+  std::size_t count = passed_count_;
+  Real best = result.best_alpha;
+  for (const Index k : entries.index) {
+    const Place where = place[first + k];
+    const Real directed = sign * entries.value[k];
+    const Real limiting = where == Place::kFree ? abs(directed) : directed * kToward[static_cast<int>(where)];
+    best = std::max(best, limiting);
+    passed_[count] = {first + k, limiting};
+    count += limiting > min_pivot ? 1 : 0;
+  }
+  result.best_alpha = best;
+  passed_count_ = count;
+}
+
 template <class Real>
 void DualRatioTest<Real>::collect(const SimplexCore<Real>& core, const Scattered<Real>& alpha_row,
                                   const Scattered<Real>& rho, Real sign, Real min_pivot, Result& result) {
-  using std::abs;
-  candidates_.clear();
-  const auto consider = [&](Index var, Real entry) {
+  passed_count_ = 0;
+  sift(core.place.data(), 0, alpha_row, sign, min_pivot, result);
+  sift(core.place.data(), core.n, rho, sign, min_pivot, result);
+  candidates_.resize(passed_count_);
+  for (std::size_t k = 0; k < passed_count_; ++k) {
+    const auto [var, alpha] = passed_[k];
     const Place place = core.place[var];
-    if (place == Place::kBasic || place == Place::kFixed) return;
-    const Real magnitude = abs(entry);
-    const Real directed = sign * entry;
-    const bool limits = place == Place::kFree || (place == Place::kLower ? directed > 0 : directed < 0);
-    if (!limits) return;
-    result.best_alpha = std::max(result.best_alpha, magnitude);
-    if (magnitude <= min_pivot) return;
-    const Real d = core.reduced_cost[var];
-    const Real slack = place == Place::kFree ? Real(0) : place == Place::kLower ? d : -d;
-    candidates_.push_back({var, magnitude, slack, (std::max<Real>(slack, 0) + core.dual_tol) / magnitude});
-  };
-  if (alpha_row.dense) {
-    for (Index col = 0; col < core.n; ++col) {
-      if (alpha_row.value[col] != 0) consider(col, alpha_row.value[col]);
-    }
-  } else {
-    for (const Index col : alpha_row.index) consider(col, alpha_row.value[col]);
-  }
-  for (const Index row : rho.index) {
-    if (rho.value[row] != 0) consider(core.n + row, rho.value[row]);
+    const Real slack = core.reduced_cost[var] * kToward[static_cast<int>(place)];
+    candidates_[k] = {var, alpha, slack, (std::max<Real>(slack, 0) + core.dual_tol) / alpha};
   }
 }
 

@@ -28,7 +28,7 @@ class DualRatioTest {
   };
 
   // `infeasibility` > 0 is the leaving variable's distance from its bound; `above` tells that it lies above its upper
-  // bound. alpha_row holds the pivot row over the columns, rho over the logicals.
+  // bound. alpha_row holds the pivot row over the columns, rho over the logicals, both sparse.
   Result choose(const SimplexCore<Real>& core, const Scattered<Real>& alpha_row, const Scattered<Real>& rho, bool above,
                 Real infeasibility, Real min_pivot);
 
@@ -38,10 +38,17 @@ class DualRatioTest {
   [[nodiscard]] const std::vector<Index>& group() const { return group_; }
 
  private:
+  struct Passed {
+    Index var;
+    Real alpha;
+  };
+  void sift(const Place* place, Index first, const Scattered<Real>& entries, Real sign, Real min_pivot, Result& result);
   void collect(const SimplexCore<Real>& core, const Scattered<Real>& alpha_row, const Scattered<Real>& rho, Real sign,
                Real min_pivot, Result& result);
   std::size_t select_reachable(const SimplexCore<Real>& core, Real slope);
 
+  std::vector<Passed> passed_;
+  std::size_t passed_count_ = 0;
   std::vector<DualCandidate<Real>> candidates_;
   std::vector<std::size_t> group_start_;
   std::vector<Index> flips_, group_;

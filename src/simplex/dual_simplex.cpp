@@ -207,7 +207,10 @@ typename DualSimplex<Real>::Step DualSimplex<Real>::iterate() {
   const Real min_pivot = aged ? KernelTolerances<Real>::kRatioPivotAged : KernelTolerances<Real>::kRatioPivot;
   // Without slope the first group of breakpoints ends the test.
   const Real slope = options_.bound_flipping ? core_.primal_infeasibility(position) : Real(0);
-  const auto choice = ratio_test_.choose(core_, alpha_row_, rho_, leaving_above_, slope, min_pivot);
+  const auto choice = [&] {
+    const OperationStatistics::Timer timer(core_.statistics, Operation::kRatioTest);
+    return ratio_test_.choose(core_, alpha_row_, rho_, leaving_above_, slope, min_pivot);
+  }();
   if (choice.entering < 0) {
     failed_position_ = position;
     return Step::kNoEntering;
@@ -231,16 +234,7 @@ typename DualSimplex<Real>::Step DualSimplex<Real>::iterate() {
   }
   pricing_.count_row_work(static_cast<double>(rho_.index.size()) + core_.work - row_work_before);
   apply_flips();
-  if (pricing_.mode() == DualPricingMode::kSteepestEdge) {
-    tau_.clear();
-    for (const Index row : rho_.index) tau_.value[row] = rho_.value[row];
-    tau_.index = rho_.index;
-    core_.lu.ftran(tau_);
-    const double count = tau_.dense ? core_.m : static_cast<double>(tau_.index.size());
-    core_.dse_density.observe(count / std::max<double>(1, core_.m));
-    core_.work += count;
-    pricing_.count_norm_work(count);
-  }
+  if (pricing_.mode() == DualPricingMode::kSteepestEdge) solve_for_weights();
   const Index leaving = core_.head[position];
   const Real bound = leaving_above_ ? core_.basic_upper[position] : core_.basic_lower[position];
   const Real dual_step = core_.reduced_cost[choice.entering] / choice.alpha;
@@ -281,9 +275,26 @@ bool DualSimplex<Real>::pivot_is_trustworthy(Index position, Index entering, Rea
   return ok;
 }
 
+// tau = B^-1 rho, which the update of the edge weights needs.
+template <class Real>
+void DualSimplex<Real>::solve_for_weights() {
+  OperationStatistics::Timer timer(core_.statistics, Operation::kWeights);
+  tau_.clear();
+  for (const Index row : rho_.index) tau_.value[row] = rho_.value[row];
+  tau_.index = rho_.index;
+  core_.lu.ftran(tau_);
+  const double count = tau_.dense ? core_.m : static_cast<double>(tau_.index.size());
+  const double density = count / std::max<double>(1, core_.m);
+  core_.dse_density.observe(density);
+  timer.count(density);
+  core_.work += count;
+  pricing_.count_norm_work(count);
+}
+
 template <class Real>
 void DualSimplex<Real>::apply_flips() {
   if (ratio_test_.flips().empty()) return;
+  OperationStatistics::Timer timer(core_.statistics, Operation::kFlips);
   flip_column_.clear();
   for (const Index var : ratio_test_.flips()) {
     const bool to_upper = core_.place[var] == Place::kLower;
@@ -295,6 +306,8 @@ void DualSimplex<Real>::apply_flips() {
     core_.scatter_column(var, change, flip_column_);
   }
   core_.lu.ftran(flip_column_);
+  const double count = flip_column_.dense ? core_.m : static_cast<double>(flip_column_.index.size());
+  timer.count(count / std::max<double>(1, core_.m));
   const auto update = [&](Index k) {
     if (flip_column_.value[k] == 0) return;
     core_.basic_value[k] -= flip_column_.value[k];

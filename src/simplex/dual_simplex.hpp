@@ -49,6 +49,7 @@ class DualSimplex {
   [[nodiscard]] SimplexOutcome stop_reason() const;
   bool select_pivot_row(Index& position);
   bool pivot_is_trustworthy(Index position, Index entering, Real row_alpha);
+  void solve_for_weights();
   void apply_flips();
   void update_duals(Index entering, Real dual_step);
   void update_primal(Index position, Real primal_step);

@@ -182,6 +182,7 @@ SimplexOutcome LpKernel<Real>::run(const SimplexOptions& options, const SimplexL
                   static_cast<double>(core_.sum_primal_infeasibility()),
                   static_cast<double>(core_.sum_dual_infeasibility()), true);
   }
+  core_.statistics.report(log.sink());
   return outcome;
 }
 

@@ -30,8 +30,8 @@ void LuSolve<Real>::resize(Index m) {
   if (m == m_) return;
   m_ = m;
   const auto n = static_cast<std::size_t>(m);
-  list_.resize(n);
-  emitted_.resize(n);
+  list_.resize(n + 1);  // sweeps write before they count
+  emitted_.resize(n + 1);
   out_.assign(n, Real(0));
   unit_.assign(n, Real(0));
   reached_.resize(n);
@@ -142,14 +142,7 @@ void LuSolve<Real>::release(Scattered<Real>& x) const {
 // Lists the nonzeros of a vector that was not tracked.
 template <class Real>
 void LuSolve<Real>::collect(Real* x) {
-  count_ = 0;
-  for (Index i = 0; i < m_; ++i) {
-    if (!is_tiny(x[i])) {
-      list_[count_++] = i;
-    } else {
-      x[i] = Real(0);
-    }
-  }
+  count_ = list_nonzeros(x, m_, LuTraits<Real>::kTiny, list_.data());
   work_ += m_ / kNodesPerUnit;
   tracked_ = true;
 }
@@ -364,7 +357,8 @@ Index LuSolve<Real>::sweep(const Graph& graph, Sequence nodes, Real* x) {
       const Real old = x[i];
       const Real sum = old - v * graph.value[e];
       if constexpr (kTracked) {
-        if (old == Real(0)) list[count++] = i;
+        list[count] = i;  // without a branch: fill-in is hard to predict
+        count += old == Real(0) ? 1 : 0;
         x[i] = sum != Real(0) ? sum : LuTraits<Real>::kPlaceholder;
       } else {
         x[i] = sum;

@@ -67,6 +67,7 @@ void SimplexCore<Real>::begin_solve(double markowitz_tolerance) {
   dropped.clear();
   values_maintained = false;
   iterations = 0;
+  statistics.begin(log->sink());
   if (factor_valid && !log->sink().enabled()) return;
   Offset basis_nonzeros = 0;
   for (const Index var : head) basis_nonzeros += var < n ? col_start[var + 1] - col_start[var] : 1;
@@ -182,6 +183,7 @@ void SimplexCore<Real>::compute_duals() {
 
 template <class Real>
 void SimplexCore<Real>::compute_duals_from(const std::vector<Real>& costs) {
+  const OperationStatistics::Timer timer(statistics, Operation::kRecompute);
   Scattered<Real>& y = position_work_;
   y.clear();
   for (Index position = 0; position < m; ++position) {
@@ -201,37 +203,47 @@ void SimplexCore<Real>::compute_duals_from(const std::vector<Real>& costs) {
 
 template <class Real>
 void SimplexCore<Real>::btran_unit(Index position, Scattered<Real>& rho) {
+  OperationStatistics::Timer timer(statistics, Operation::kRow);
   rho.clear();
   rho.value[position] = 1;
   rho.index.push_back(position);
   lu.btran(rho);
   rho.pack(Tol::kDrop);
   const double count = static_cast<double>(rho.index.size());
-  rho_density.observe(count / std::max<double>(1, m));
+  const double density = count / std::max<double>(1, m);
+  rho_density.observe(density);
+  timer.count(density);
   work += count;
 }
 
 template <class Real>
 void SimplexCore<Real>::price(const Scattered<Real>& rho, Scattered<Real>& alpha) {
+  OperationStatistics::Timer timer(statistics, Operation::kPrice);
   alpha.clear();
   work += static_cast<double>(rows.price(rho, alpha_row_density.value(), alpha));
   alpha.pack(Tol::kDrop);
-  alpha_row_density.observe(static_cast<double>(alpha.index.size()) / std::max<double>(1, n));
+  const double density = static_cast<double>(alpha.index.size()) / std::max<double>(1, n);
+  alpha_row_density.observe(density);
+  timer.count(density);
 }
 
 template <class Real>
 void SimplexCore<Real>::ftran_column(Index var, Scattered<Real>& alpha) {
+  OperationStatistics::Timer timer(statistics, Operation::kColumn);
   alpha.clear();
   scatter_column(var, Real(1), alpha);
   lu.ftran(alpha, true);
   alpha.pack(Tol::kDrop);
-  alpha_col_density.observe(static_cast<double>(alpha.index.size()) / std::max<double>(1, m));
+  const double density = static_cast<double>(alpha.index.size()) / std::max<double>(1, m);
+  alpha_col_density.observe(density);
+  timer.count(density);
   work += static_cast<double>(alpha.index.size());
 }
 
 template <class Real>
 bool SimplexCore<Real>::pivot(Index position, Index entering, Real entering_value, Place leaving_place,
                               Real pivot_value) {
+  const OperationStatistics::Timer timer(statistics, Operation::kUpdate);
   const Index leaving = head[position];
   const LuUpdateStatus updated = lu.update(position, pivot_value);
   head[position] = entering;

@@ -14,6 +14,7 @@
 #include "linalg/scattered.hpp"
 #include "simplex/basis_lu.hpp"
 #include "simplex/kernel_tolerances.hpp"
+#include "simplex/operation_statistics.hpp"
 #include "simplex/partitioned_rows.hpp"
 #include "simplex/simplex_log.hpp"
 
@@ -99,6 +100,7 @@ class SimplexCore {
   PartitionedRows<Real> rows;
   bool rows_valid = false;
   DensityEstimate rho_density, alpha_row_density, alpha_col_density, dse_density;
+  OperationStatistics statistics;
 
   [[nodiscard]] Index num_vars() const { return n + m; }
   [[nodiscard]] bool is_basic(Index var) const { return where[var] >= 0; }

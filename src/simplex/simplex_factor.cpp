@@ -33,12 +33,14 @@ double tolerance_for_violation(double violation) {
 
 template <class Real>
 FactorOutcome SimplexCore<Real>::factorize() {
+  OperationStatistics::Timer timer(statistics, Operation::kFactor);
   for (;;) {
     switch (lu.factor(columns(), head, markowitz, *stop)) {
       case LuStatus::kOk:
         ++factor_count;
         factor_valid = true;
         work += static_cast<double>(lu.factor_nonzeros());
+        timer.count(static_cast<double>(lu.factor_nonzeros()) / std::max<double>(1, static_cast<double>(m) * m));
         return FactorOutcome::kOk;
       case LuStatus::kInterrupted:
         factor_valid = false;
@@ -86,6 +88,7 @@ void SimplexCore<Real>::repair_singular_basis() {
 
 template <class Real>
 void SimplexCore<Real>::compute_primal() {
+  const OperationStatistics::Timer timer(statistics, Operation::kRecompute);
   const Real expected_violation = values_maintained ? sum_primal_infeasibility() : Real(0);
   Scattered<Real>& rhs = row_work_;
   rhs.clear();
