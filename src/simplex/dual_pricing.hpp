@@ -34,7 +34,7 @@ class DualPricing {
   void refresh(Index position) {
     const Real violation = core_.primal_infeasibility(position);
     infeasibility_[position] = violation * violation;
-    if (violation > 0 && !listed_[position]) {
+    if ((violation > 0) & (listed_[position] == 0)) {  // one branch: the parts are hard to predict, the whole is rare
       listed_[position] = 1;
       list_.push_back(position);
     }
@@ -63,7 +63,7 @@ class DualPricing {
   bool list_is_short();
   // Makes a row hot whose price has risen above what the other cold rows have.
   void heat(Index position) {
-    if (!hot_[position] && infeasibility_[position] > hot_price_ * core_.weight[position]) {
+    if ((hot_[position] == 0) & (infeasibility_[position] > hot_price_ * core_.weight[position])) {
       hot_[position] = 1;
       hot_list_.push_back(position);
     }

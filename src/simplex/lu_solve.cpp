@@ -1,5 +1,6 @@
 #include "simplex/lu_solve.hpp"
 
+#include <algorithm>
 #include <cmath>
 
 #include "simplex/lu_traits.hpp"
@@ -16,7 +17,8 @@ constexpr Offset kNodesPerUnit = 4;    // nodes a plain loop skips at the cost o
 
 template <class Real>
 bool is_tiny(Real v) {
-  return v <= LuTraits<Real>::kTiny && v >= -LuTraits<Real>::kTiny;
+  using std::abs;
+  return abs(v) <= LuTraits<Real>::kTiny;
 }
 }  // namespace
 
@@ -240,11 +242,11 @@ void LuSolve<Real>::solve_u(const Graph& graph, Sequence nodes, const std::vecto
   } else if (tracked_) {
     visited = sweep<true, true>(graph, nodes, x);
     if (tail != nullptr) visited += sweep<true, true>(graph, {tail, false}, x);
-    emit_leaves<true>(graph, x);
+    emit_leaves(graph, x);
   } else {
     visited = sweep<true, false>(graph, nodes, x);
     if (tail != nullptr) visited += sweep<true, false>(graph, {tail, false}, x);
-    emit_leaves<false>(graph, x);
+    emit_all(graph, x);
   }
   list_.swap(emitted_);
   count_ = num_emitted_;
@@ -328,9 +330,13 @@ Index LuSolve<Real>::search(const Graph& graph, Real* x) {
 // Plain loop over the nodes with successors. Returns the number that were not zero.
 template <class Real>
 template <bool kEmit, bool kTracked>
-Index LuSolve<Real>::sweep(const Graph& graph, Sequence nodes, Real* x) {
+Index LuSolve<Real>::sweep(const Graph& given, Sequence nodes, Real* x) {
+  const Graph graph = given;
   Index* list = list_.data();
+  Index* emitted = emitted_.data();
+  Real* out = out_.data();
   Index count = count_;
+  Index num_emitted = num_emitted_;
   Index visited = 0;
   const Index length = nodes.length();
   Offset touched = length / kNodesPerUnit;
@@ -347,8 +353,8 @@ Index LuSolve<Real>::sweep(const Graph& graph, Sequence nodes, Real* x) {
       x[node] = Real(0);
       v /= graph.pivot[node];
       const Index image = graph.image[node];
-      out_[image] = v;
-      emitted_[num_emitted_++] = image;
+      out[image] = v;
+      if constexpr (kTracked) emitted[num_emitted++] = image;
     }
     const LuRange range = graph.range[node];
     touched += range.length();
@@ -366,17 +372,16 @@ Index LuSolve<Real>::sweep(const Graph& graph, Sequence nodes, Real* x) {
     }
   }
   count_ = count;
+  num_emitted_ = num_emitted;
   work_ += touched;
   return visited;
 }
 
-// Emits what a sweep left: nodes without successors, and tiny values.
+// Emits what a tracked sweep left: nodes without successors, and tiny values.
 template <class Real>
-template <bool kTracked>
 void LuSolve<Real>::emit_leaves(const Graph& graph, Real* x) {
-  const Index count = kTracked ? count_ : m_;
-  for (Index k = 0; k < count; ++k) {
-    const Index node = kTracked ? list_[k] : k;
+  for (Index k = 0; k < count_; ++k) {
+    const Index node = list_[k];
     const Real v = x[node];
     if (v == Real(0)) continue;
     x[node] = Real(0);
@@ -385,7 +390,17 @@ void LuSolve<Real>::emit_leaves(const Graph& graph, Real* x) {
     out_[image] = v / graph.pivot[node];
     emitted_[num_emitted_++] = image;
   }
-  work_ += count / kNodesPerUnit;
+  work_ += count_ / kNodesPerUnit;
+}
+
+// The same behind an untracked sweep, which lists nothing: what it has emitted is zero in x.
+template <class Real>
+void LuSolve<Real>::emit_all(const Graph& graph, Real* x) {
+  Real* out = out_.data();
+  for (Index node = 0; node < m_; ++node) out[graph.image[node]] += x[node] / graph.pivot[node];
+  std::fill(x, x + m_, Real(0));
+  num_emitted_ = list_nonzeros(out, m_, LuTraits<Real>::kTiny, emitted_.data());
+  work_ += m_ / kNodesPerUnit;
 }
 
 template class LuSolve<double>;

@@ -95,8 +95,8 @@ class LuSolve {
   Index search(const Graph& graph, Real* x);
   template <bool kEmit, bool kTracked>
   Index sweep(const Graph& graph, Sequence nodes, Real* x);
-  template <bool kTracked>
   void emit_leaves(const Graph& graph, Real* x);
+  void emit_all(const Graph& graph, Real* x);
 
   Index m_ = 0;
   Index given_ = 0;      // nonzeros of the right-hand side of the present solve

@@ -5,6 +5,7 @@
 //   Spaces  everything here is scaled. Position k of the basis holds variable head[k].
 #pragma once
 
+#include <algorithm>
 #include <span>
 #include <vector>
 
@@ -167,9 +168,8 @@ class SimplexCore {
 
   [[nodiscard]] Real primal_infeasibility(Index position) const {
     const Real x = basic_value[position];
-    if (x < basic_lower[position] - primal_tol) return basic_lower[position] - x;
-    if (x > basic_upper[position] + primal_tol) return x - basic_upper[position];
-    return 0;
+    const Real distance = std::max<Real>(basic_lower[position] - x, x - basic_upper[position]);
+    return distance > primal_tol ? distance : Real(0);
   }
   // Amount by which a nonbasic variable's reduced cost has the wrong sign for its place.
   [[nodiscard]] Real dual_infeasibility(Index var) const;
