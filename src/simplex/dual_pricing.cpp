@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <functional>
+#include <numeric>
 
 namespace zorvex {
 
@@ -49,13 +50,61 @@ void DualPricing<Real>::recompute() {
   list_.clear();
   rejected_.clear();
   cool_all();
-  for (Index position = 0; position < core_.m; ++position) refresh(position);
+  std::vector<Index> all(static_cast<std::size_t>(core_.m));
+  std::iota(all.begin(), all.end(), 0);
+  refresh(all);
   if (full_pricing_ || static_cast<Index>(list_.size()) <= partial_size_) return;
   std::nth_element(list_.begin(), list_.begin() + partial_size_, list_.end(), [this](Index a, Index b) {
     return infeasibility_[a] > infeasibility_[b] || (infeasibility_[a] == infeasibility_[b] && a < b);
   });
   for (auto left_out = list_.begin() + partial_size_; left_out != list_.end(); ++left_out) listed_[*left_out] = 0;
   list_.resize(static_cast<std::size_t>(partial_size_));
+}
+
+// Two loops without branches where these are hard to predict, then the few rows that something changes for.
+template <class Real>
+void DualPricing<Real>::refresh(std::span<const Index> positions) {
+  const Real* value = core_.basic_value.data();
+  const Real* lower = core_.basic_lower.data();
+  const Real* upper = core_.basic_upper.data();
+  const char* listed = listed_.data();
+  Real* infeasibility = infeasibility_.data();
+  const Real tolerance = core_.primal_tol;
+  chosen_.resize(std::max(chosen_.size(), positions.size()));
+  Index* chosen = chosen_.data();
+  std::size_t count = 0;
+  for (const Index k : positions) {
+    const Real distance = std::max<Real>(std::max<Real>(lower[k] - value[k], value[k] - upper[k]), 0);
+    const bool violated = distance > tolerance;
+    const Real violation = distance * static_cast<Real>(violated);
+    infeasibility[k] = violation * violation;
+    chosen[count] = k;
+    count += static_cast<std::size_t>(violated & (listed[k] == 0));
+  }
+  for (std::size_t i = 0; i < count; ++i) {
+    listed_[chosen_[i]] = 1;
+    list_.push_back(chosen_[i]);
+  }
+  heat(positions);
+}
+
+template <class Real>
+void DualPricing<Real>::heat(std::span<const Index> positions) {
+  const Real* infeasibility = infeasibility_.data();
+  const Real* weight = core_.weight.data();
+  const char* hot = hot_.data();
+  const Real price = hot_price_;
+  chosen_.resize(std::max(chosen_.size(), positions.size()));
+  Index* chosen = chosen_.data();
+  std::size_t count = 0;
+  for (const Index k : positions) {
+    chosen[count] = k;
+    count += static_cast<std::size_t>((hot[k] == 0) & (infeasibility[k] > price * weight[k]));
+  }
+  for (std::size_t i = 0; i < count; ++i) {
+    hot_[chosen_[i]] = 1;
+    hot_list_.push_back(chosen_[i]);
+  }
 }
 
 template <class Real>
@@ -101,10 +150,10 @@ void DualPricing<Real>::heat_best() {
     std::nth_element(prices_.begin(), nth, prices_.end(), std::greater<Real>());
     hot_price_ = *nth;
   }
-  for (const Index position : list_) heat(position);
+  heat(list_);
   if (hot_list_.empty()) {  // many rows share the largest price
     hot_price_ = 0;
-    for (const Index position : list_) heat(position);
+    heat(list_);
   }
 }
 
@@ -155,20 +204,21 @@ template <class Real>
 void DualPricing<Real>::update_weights(Index position, const Scattered<Real>& alpha, const Scattered<Real>& tau,
                                        Real rho_norm) {
   if (mode_ == DualPricingMode::kRowCount) return;
-  std::vector<Real>& weight = core_.weight;
-  const Real pivot = alpha.value[position];
+  Real* weight = core_.weight.data();
+  const Real* entry = alpha.value.data();
+  const Real pivot = entry[position];
   const Real leaving_weight = (mode_ == DualPricingMode::kSteepestEdge ? rho_norm : weight[position]) / (pivot * pivot);
-  for (const Index k : alpha.index) {
-    const Real entry = alpha.value[k];
-    if (k == position || entry == 0) continue;
-    if (mode_ == DualPricingMode::kSteepestEdge) {
-      const Real updated = weight[k] + entry * (entry * leaving_weight - 2 / pivot * tau.value[k]);
+  if (mode_ == DualPricingMode::kSteepestEdge) {
+    const Real* inner = tau.value.data();
+    const Real twice = 2 / pivot;
+    for (const Index k : alpha.index) {
+      const Real updated = weight[k] + entry[k] * (entry[k] * leaving_weight - twice * inner[k]);
       weight[k] = std::max(updated, KernelTolerances<Real>::kMinWeight);
-    } else {
-      weight[k] = std::max(weight[k], entry * entry * leaving_weight);
     }
-    heat(k);
+  } else {
+    for (const Index k : alpha.index) weight[k] = std::max(weight[k], entry[k] * entry[k] * leaving_weight);
   }
+  heat(alpha.index);
   weight[position] = std::max(leaving_weight, KernelTolerances<Real>::kMinWeight);
 }
 

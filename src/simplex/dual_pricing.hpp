@@ -9,6 +9,7 @@
 #pragma once
 
 #include <limits>
+#include <span>
 #include <vector>
 
 #include "simplex/simplex_core.hpp"
@@ -30,16 +31,9 @@ class DualPricing {
 
   // Recomputes all infeasibilities; forgets rejected rows. O(m).
   void recompute();
-  // The basic value at `position` has changed.
-  void refresh(Index position) {
-    const Real violation = core_.primal_infeasibility(position);
-    infeasibility_[position] = violation * violation;
-    if ((violation > 0) & (listed_[position] == 0)) {  // one branch: the parts are hard to predict, the whole is rare
-      listed_[position] = 1;
-      list_.push_back(position);
-    }
-    heat(position);
-  }
+  // The basic values at these positions have changed.
+  void refresh(std::span<const Index> positions);
+  void refresh(Index position) { refresh(std::span(&position, 1)); }
   // Position with the largest price, or -1 when no row is infeasible (rejected ones aside).
   Index choose();
   // Leaves a row out until the next recompute().
@@ -61,13 +55,8 @@ class DualPricing {
   void switch_to(DualPricingMode mode);
   void start_partial();
   bool list_is_short();
-  // Makes a row hot whose price has risen above what the other cold rows have.
-  void heat(Index position) {
-    if ((hot_[position] == 0) & (infeasibility_[position] > hot_price_ * core_.weight[position])) {
-      hot_[position] = 1;
-      hot_list_.push_back(position);
-    }
-  }
+  // Makes the rows hot whose price has risen above what the other cold rows have.
+  void heat(std::span<const Index> positions);
   void cool_all();
   void heat_best();
   Index best_of(std::vector<Index>& list, std::vector<char>& flag, Real floor) const;
@@ -84,6 +73,7 @@ class DualPricing {
   std::vector<Index> hot_list_;
   Real hot_price_ = std::numeric_limits<Real>::infinity();  // no cold row has a larger price
   std::vector<Real> prices_;                                // workspace
+  std::vector<Index> chosen_;                               // workspace
   double norm_work_ = 0, row_work_ = 0;
   double list_length_sum_ = 0, list_count_ = 0;
   Index partial_size_ = 0;

@@ -243,7 +243,7 @@ typename DualSimplex<Real>::Step DualSimplex<Real>::iterate() {
   update_duals(choice.entering, dual_step);
   const Real pivot_value = alpha_col_.value[position];
   const Real primal_step = (core_.basic_value[position] - bound) / pivot_value;
-  update_primal(position, primal_step);
+  move_basic(alpha_col_, primal_step);
   pricing_.update_weights(position, alpha_col_, tau_, rho_norm_);
   const Real entering_value = core_.value[choice.entering] + primal_step;
   core_.pivot(position, choice.entering, entering_value, leaving_above_ ? Place::kUpper : Place::kLower, pivot_value);
@@ -308,16 +308,8 @@ void DualSimplex<Real>::apply_flips() {
   core_.lu.ftran(flip_column_);
   const double count = flip_column_.dense ? core_.m : static_cast<double>(flip_column_.index.size());
   timer.count(count / std::max<double>(1, core_.m));
-  const auto update = [&](Index k) {
-    if (flip_column_.value[k] == 0) return;
-    core_.basic_value[k] -= flip_column_.value[k];
-    pricing_.refresh(k);
-  };
-  if (flip_column_.dense) {
-    for (Index k = 0; k < core_.m; ++k) update(k);
-  } else {
-    for (const Index k : flip_column_.index) update(k);
-  }
+  flip_column_.pack(0);
+  move_basic(flip_column_, Real(1));
 }
 
 template <class Real>
@@ -346,13 +338,13 @@ void DualSimplex<Real>::shift_group(Index entering) {
   }
 }
 
+// x_B -= step * column, which is sparse.
 template <class Real>
-void DualSimplex<Real>::update_primal(Index position, Real primal_step) {
-  for (const Index k : alpha_col_.index) {
-    if (k == position) continue;
-    core_.basic_value[k] -= primal_step * alpha_col_.value[k];
-    pricing_.refresh(k);
-  }
+void DualSimplex<Real>::move_basic(const Scattered<Real>& column, Real step) {
+  Real* value = core_.basic_value.data();
+  const Real* entry = column.value.data();
+  for (const Index k : column.index) value[k] -= step * entry[k];
+  pricing_.refresh(column.index);
 }
 
 // The box problem is solved: its optimum is zero exactly when the basis is dual feasible for the true bounds.

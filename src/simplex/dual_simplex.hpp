@@ -52,7 +52,7 @@ class DualSimplex {
   void solve_for_weights();
   void apply_flips();
   void update_duals(Index entering, Real dual_step);
-  void update_primal(Index position, Real primal_step);
+  void move_basic(const Scattered<Real>& column, Real step);
   void shift_group(Index entering);
   SimplexOutcome finish_phase1(bool& stopped);
   SimplexOutcome finish_phase2(bool& stopped);

@@ -266,20 +266,20 @@ void LuNucleus<Real>::eliminate_row(Index row, Index pos, Real pivot) {
   Index end = range.end;
   for (Index k = range.begin; k < end;) {
     const Index col = index[k];
-    const Real factor = pivot_row[col];
-    if (factor != Real(0)) {
-      hit[col] = row;
-      --unmet;
-      value[k] -= multiplier * factor;
-      if (abs(value[k]) <= LuTraits<Real>::kTiny) {
-        rows_.remove_slot(row, k);
-        cols_.remove(col, row);
-        --end;
-        continue;
-      }
+    const Real factor =
+        pivot_row[col];  // zero where the pivot row has no entry: no branch, it would be hard to predict
+    hit[col] = row;
+    unmet -= factor != Real(0) ? 1 : 0;
+    value[k] -= multiplier * factor;
+    const Real magnitude = abs(value[k]);
+    if (magnitude <= LuTraits<Real>::kTiny) {
+      rows_.remove_slot(row, k);
+      cols_.remove(col, row);
+      --end;
+      continue;
     }
-    const Real magnitude = abs(value[k++]);
-    if (magnitude > max) max = magnitude;
+    max = std::max(max, magnitude);
+    ++k;
   }
   if (unmet > 0) add_fill(row, multiplier, max);
   row_max_[row] = max;
