@@ -156,6 +156,12 @@ void BasisLu<Real>::ftran(Scattered<Real>& x, bool save_for_update) {
   if (save_for_update) state_->spike_valid = true;
 }
 
+template <class Real>
+void BasisLu<Real>::ftran_pair(Scattered<Real>& x, bool save_x, Scattered<Real>& y) {
+  state_->solve.ftran_pair(state_->factors, x, save_x ? &state_->spike : nullptr, y);
+  if (save_x) state_->spike_valid = true;
+}
+
 // The transform of a unit vector by U is what an update of that position needs: kept, as simplex iterations compute
 // the row of the leaving position anyway.
 template <class Real>

@@ -72,6 +72,8 @@ class BasisLu {
 
   // x := B^-1 x. `save_for_update` keeps the partially transformed column that update() needs (the entering column).
   void ftran(Scattered<Real>& x, bool save_for_update = false);
+  // x := B^-1 x, y := B^-1 y; save_x as above for x. One pass where both results promise to be dense.
+  void ftran_pair(Scattered<Real>& x, bool save_x, Scattered<Real>& y);
   // y := B^-T y.
   void btran(Scattered<Real>& y);
 

@@ -223,7 +223,14 @@ typename DualSimplex<Real>::Step DualSimplex<Real>::iterate() {
     pricing_.reject(position);
     return ++small_pivots_ > kMaxSmallPivots && !core_.fresh ? Step::kRebuild : Step::kContinue;
   }
-  core_.ftran_column(choice.entering, alpha_col_);
+  const bool weighing = pricing_.mode() == DualPricingMode::kSteepestEdge;
+  const bool flipping = !ratio_test_.flips().empty();
+  if (weighing) load_tau();
+  if (weighing && !flipping) {
+    core_.ftran_column_and(choice.entering, alpha_col_, tau_);
+  } else {
+    core_.ftran_column(choice.entering, alpha_col_);
+  }
   if (!pivot_is_trustworthy(position, choice.entering, choice.alpha)) {
     if (core_.fresh) {
       pricing_.reject(position);
@@ -233,8 +240,8 @@ typename DualSimplex<Real>::Step DualSimplex<Real>::iterate() {
     return Step::kRebuild;
   }
   pricing_.count_row_work(static_cast<double>(rho_.index.size()) + core_.work - row_work_before);
-  apply_flips();
-  if (pricing_.mode() == DualPricingMode::kSteepestEdge) solve_for_weights();
+  if (flipping) apply_flips(weighing);
+  if (weighing) count_tau();
   const Index leaving = core_.head[position];
   const Real bound = leaving_above_ ? core_.basic_upper[position] : core_.basic_lower[position];
   const Real dual_step = core_.reduced_cost[choice.entering] / choice.alpha;
@@ -275,25 +282,24 @@ bool DualSimplex<Real>::pivot_is_trustworthy(Index position, Index entering, Rea
   return ok;
 }
 
-// tau = B^-1 rho, which the update of the edge weights needs.
+// The update of the edge weights needs tau = B^-1 rho; the solve is paired with that of another vector.
 template <class Real>
-void DualSimplex<Real>::solve_for_weights() {
-  OperationStatistics::Timer timer(core_.statistics, Operation::kWeights);
+void DualSimplex<Real>::load_tau() {
   tau_.clear();
   for (const Index row : rho_.index) tau_.value[row] = rho_.value[row];
   tau_.index = rho_.index;
-  core_.lu.ftran(tau_);
+}
+
+template <class Real>
+void DualSimplex<Real>::count_tau() {
   const double count = tau_.dense ? core_.m : static_cast<double>(tau_.index.size());
-  const double density = count / std::max<double>(1, core_.m);
-  core_.dse_density.observe(density);
-  timer.count(density);
+  core_.dse_density.observe(count / std::max<double>(1, core_.m));
   core_.work += count;
   pricing_.count_norm_work(count);
 }
 
 template <class Real>
-void DualSimplex<Real>::apply_flips() {
-  if (ratio_test_.flips().empty()) return;
+void DualSimplex<Real>::apply_flips(bool weighing) {
   OperationStatistics::Timer timer(core_.statistics, Operation::kFlips);
   flip_column_.clear();
   for (const Index var : ratio_test_.flips()) {
@@ -305,7 +311,11 @@ void DualSimplex<Real>::apply_flips() {
     dual_objective_ += core_.reduced_cost[var] * change;
     core_.scatter_column(var, change, flip_column_);
   }
-  core_.lu.ftran(flip_column_);
+  if (weighing) {
+    core_.lu.ftran_pair(flip_column_, false, tau_);
+  } else {
+    core_.lu.ftran(flip_column_);
+  }
   const double count = flip_column_.dense ? core_.m : static_cast<double>(flip_column_.index.size());
   timer.count(count / std::max<double>(1, core_.m));
   flip_column_.pack(0);

@@ -49,8 +49,9 @@ class DualSimplex {
   [[nodiscard]] SimplexOutcome stop_reason() const;
   bool select_pivot_row(Index& position);
   bool pivot_is_trustworthy(Index position, Index entering, Real row_alpha);
-  void solve_for_weights();
-  void apply_flips();
+  void load_tau();
+  void count_tau();
+  void apply_flips(bool weighing);
   void update_duals(Index entering, Real dual_step);
   void move_basic(const Scattered<Real>& column, Real step);
   void shift_group(Index entering);

@@ -36,6 +36,7 @@ void LuSolve<Real>::resize(Index m) {
   emitted_.resize(n + 1);
   out_.assign(n, Real(0));
   unit_.assign(n, Real(0));
+  twins_.assign(n, Twin{});
   reached_.resize(n);
   mark_.assign(n, 0);
   stack_.resize(n);

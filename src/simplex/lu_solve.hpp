@@ -43,6 +43,9 @@ class LuSolve {
 
   // x (over rows) := B^-1 x (over positions). `partial`, if not null, receives the vector before the solve with U.
   void ftran(const LuFactors<Real>& factors, Scattered<Real>& x, LuEntries<Real>* partial);
+  // Both at once, `partial` that of x: two dense results cost little more than one, as indices and factors are read
+  // once.
+  void ftran_pair(const LuFactors<Real>& factors, Scattered<Real>& x, LuEntries<Real>* partial, Scattered<Real>& y);
   // y (over positions) := B^-T y (over rows). `partial`, if not null, receives the vector after the solve with U'.
   void btran(const LuFactors<Real>& factors, Scattered<Real>& y, LuEntries<Real>* partial);
   // U^-T e_position over rows.
@@ -72,6 +75,15 @@ class LuSolve {
     LuDensityHistory l, u, result;
   };
 
+  // Entries of two vectors at one place, side by side.
+  struct alignas(2 * sizeof(Real)) Twin {
+    Real x = 0, y = 0;
+  };
+  [[nodiscard]] bool promises_dense(const Scattered<Real>& x, Kind kind) const;
+  Index sweep_twins(const Graph& graph, Sequence nodes);
+  void apply_etas_to_twins(const LuFactors<Real>& factors);
+  void save_twins(LuEntries<Real>& entries) const;
+  Index drain_twins(const Graph& graph, Sequence nodes, Real* x, Real* y);
   void adopt(const Scattered<Real>& x);
   void release(Scattered<Real>& x) const;
   void collect(Real* x);
@@ -110,6 +122,7 @@ class LuSolve {
   std::vector<Index> reached_;  // in topological order, filled from the back
   std::vector<char> mark_;
   std::vector<Index> stack_, stack_slot_;
+  std::vector<Twin> twins_;  // zero between calls
   std::array<Histories, kNumKinds> histories_;
   Offset work_ = 0;
 };

@@ -3,8 +3,8 @@
 namespace zorvex {
 
 namespace {
-constexpr const char* kNames[kNumOperations] = {"factor", "recompute", "btran", "price", "ratio",
-                                                "ftran",  "flips",     "norms", "update"};
+constexpr const char* kNames[kNumOperations] = {"factor", "recompute", "btran", "price",
+                                                "ratio",  "ftran",     "flips", "update"};
 }  // namespace
 
 void OperationStatistics::begin(const LogSink& log) {

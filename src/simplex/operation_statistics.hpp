@@ -8,8 +8,8 @@
 
 namespace zorvex {
 
-enum class Operation { kFactor, kRecompute, kRow, kPrice, kRatioTest, kColumn, kFlips, kWeights, kUpdate };
-inline constexpr std::size_t kNumOperations = 9;
+enum class Operation { kFactor, kRecompute, kRow, kPrice, kRatioTest, kColumn, kFlips, kUpdate };
+inline constexpr std::size_t kNumOperations = 8;
 
 class OperationStatistics {
   struct Entry {

@@ -233,11 +233,26 @@ void SimplexCore<Real>::ftran_column(Index var, Scattered<Real>& alpha) {
   alpha.clear();
   scatter_column(var, Real(1), alpha);
   lu.ftran(alpha, true);
+  timer.count(take_column(alpha));
+}
+
+template <class Real>
+void SimplexCore<Real>::ftran_column_and(Index var, Scattered<Real>& alpha, Scattered<Real>& other) {
+  OperationStatistics::Timer timer(statistics, Operation::kColumn);
+  alpha.clear();
+  scatter_column(var, Real(1), alpha);
+  lu.ftran_pair(alpha, true, other);
+  timer.count(take_column(alpha));
+}
+
+// Drops what is as good as zero in an entering column. Returns its density.
+template <class Real>
+double SimplexCore<Real>::take_column(Scattered<Real>& alpha) {
   alpha.pack(Tol::kDrop);
   const double density = static_cast<double>(alpha.index.size()) / std::max<double>(1, m);
   alpha_col_density.observe(density);
-  timer.count(density);
   work += static_cast<double>(alpha.index.size());
+  return density;
 }
 
 template <class Real>

@@ -152,7 +152,8 @@ class SimplexCore {
   // --- solves ---
   void btran_unit(Index position, Scattered<Real>& rho);
   void price(const Scattered<Real>& rho, Scattered<Real>& alpha);
-  void ftran_column(Index var, Scattered<Real>& alpha);  // saved for the update
+  void ftran_column(Index var, Scattered<Real>& alpha);                              // saved for the update
+  void ftran_column_and(Index var, Scattered<Real>& alpha, Scattered<Real>& other);  // other := B^-1 other as well
   void scatter_column(Index var, Real multiplier, Scattered<Real>& vector) const;
   [[nodiscard]] Real column_dot(Index var, const Real* dense) const;
 
@@ -181,6 +182,7 @@ class SimplexCore {
   std::vector<Real> proof;  // rows: Farkas multipliers, or columns: ray, as the algorithm says
 
  private:
+  double take_column(Scattered<Real>& alpha);
   void refine_primal();
   void refine_duals();
   void repair_singular_basis();

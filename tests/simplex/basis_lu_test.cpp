@@ -310,6 +310,7 @@ TYPED_TEST(BasisLuTest, UpdatesFollowExchanges) {
     lu.reserve(instance.m, static_cast<Offset>(instance.index.size()));
     ASSERT_EQ(factor(lu, instance), LuStatus::kOk);
     int updates = 0, refactored = 0;
+    RandomStream draws(7, "companions");
     for (Index k = 0; k < 300; ++k) {
       const Index entering = old_cols + k;
       Scattered<TypeParam> column;
@@ -318,7 +319,14 @@ TYPED_TEST(BasisLuTest, UpdatesFollowExchanges) {
         column.value[row] = v;
         column.index.push_back(row);
       });
-      lu.ftran(column, true);
+      if (k % 2 == 0) {
+        lu.ftran(column, true);
+      } else {
+        Scattered<TypeParam> other = random_vector<TypeParam>(instance.m, instance.m, draws), alone = other;
+        lu.ftran(alone);
+        lu.ftran_pair(column, true, other);
+        ASSERT_LT(max_difference(other, alone), 1e3 * kResidual<TypeParam>);
+      }
       const Index leaving = pick_leaving(column, random);
       if (k % 3 != 0) {  // usually the caller has just computed this row
         Scattered<TypeParam> row;
