@@ -28,7 +28,7 @@ constexpr double kRestartBoost = 100;      // ... the iteration starts over with
 constexpr int kMaxRestarts = 3;            // ... at most so often
 constexpr int kPatience = 30;              // iterations without a better point before giving up
 constexpr int kPolishIterations = 6;       // after convergence relative to the data, towards the absolute tolerances
-constexpr int kFailedSolves = 2;             // in a row, after which a usable point goes to the crossover as it is
+constexpr int kFailedSolves = 2;           // in a row, after which a usable point goes to the crossover as it is
 constexpr int kTinySteps = 4;              // in a row, before giving up
 constexpr double kLostGround = 1e4;        // times worse than the best point: the iteration has broken down
 constexpr double kDivergence = 1e3;        // likewise before anything was usable, against the start
@@ -205,7 +205,8 @@ bool Barrier::ends(const InteriorPointMethod& method, const Progress& progress) 
   const bool broken = merit > kLostGround * best_merit_ || merit > kDivergence * first_merit_ || std::isnan(merit);
   const bool unsolvable = !options_.final_point && method.failed_solves() >= kFailedSolves &&
                           best_progress_.worst() <= BarrierTolerances::kUsable;
-  if (tiny_steps_ < kTinySteps && !broken && !unsolvable && result_.iterations < best_iteration_ + kPatience) return false;
+  const bool stalls = tiny_steps_ >= kTinySteps || result_.iterations >= best_iteration_ + kPatience;
+  if (!stalls && !broken && !unsolvable) return false;
   result_.status = SolveStatus::kNumeric;  // finish() looks what the best point is worth
   return true;
 }

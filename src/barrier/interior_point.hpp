@@ -53,7 +53,7 @@ class InteriorPointMethod {
   Progress measure();
   [[nodiscard]] const Iterate& iterate() const { return iterate_; }
   [[nodiscard]] int failed_solves() const { return failed_solves_; }  // Newton systems in a row, poorly solved
-  [[nodiscard]] double last_step() const { return last_step_; }  // the shorter of the last two step lengths
+  [[nodiscard]] double last_step() const { return last_step_; }       // the shorter of the last two step lengths
 
  private:
   struct Residuals {
