@@ -10,7 +10,11 @@ namespace {
 
 constexpr double kQuickThreshold = 0.1;    // pivots relative to the largest weighted entry of their row
 constexpr double kCarefulThreshold = 0.5;  // the same when careful
-constexpr double kLeastWeight = 0x1p-20;   // of the column with the smallest margin against that with the largest
+// Weights of the columns with the largest and the smallest margin. Entries of weighted columns below the
+// factorization's absolute tolerance are no pivots: with weights near one, columns that depend on others but for the
+// sixth digit would get into the basis and take the point far away.
+constexpr double kMostWeight = 0x1p-13;
+constexpr double kLeastWeight = 0x1p-33;
 
 // The columns off their bounds, those with the largest margins first.
 template <class Real>
@@ -65,7 +69,7 @@ class CandidateMatrix {
 template <class Real>
 Real weight_of_rank(std::size_t rank, std::size_t count) {
   const double share = static_cast<double>(rank) / static_cast<double>(count);
-  return Real(std::exp2(std::round(share * std::log2(kLeastWeight))));
+  return Real(std::exp2(std::round(std::log2(kMostWeight) + share * std::log2(kLeastWeight / kMostWeight))));
 }
 
 }  // namespace

@@ -6,7 +6,7 @@
 namespace zorvex {
 
 namespace {
-constexpr double kLeastRate = 1e-7;       // entries of a column or row that can stop a push, and become pivots
+constexpr double kLeastRate = 1e-6;       // entries of a column or row that can stop a push, and become pivots
 constexpr double kNoReducedCost = 1e-13;  // of a basic variable: nothing to push
 constexpr double kMismatch = 1e-6;        // relative disagreement of the pivot by row and by column
 }  // namespace
@@ -74,8 +74,9 @@ SolveStatus CrossoverPush<Real>::start(const CrossoverBasis<Real>& basis, Crosso
   core_.rebuild_rows();
   core_.values_maintained = false;
   core_.compute_primal();
+  const SolveStatus status = remove_near_dependencies();
   for (Index p = 0; p < core_.m; ++p) set_position_bounds(p);
-  return check_limits();
+  return status == SolveStatus::kLoaded ? check_limits() : status;
 }
 
 // Bound and basic variables are held where they are; the bounds of others give way to their values.

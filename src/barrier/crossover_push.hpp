@@ -50,6 +50,9 @@ class CrossoverPush {
   [[nodiscard]] bool bound_and_basic(Index var) const { return pending_dual_[var] != 0; }
   [[nodiscard]] Place own_place(Index var) const;
   [[nodiscard]] Real own_bound(Index var) const;
+  [[nodiscard]] SolveStatus remove_near_dependencies();
+  [[nodiscard]] Index most_displaced() const;
+  [[nodiscard]] bool exchange_for_logical(Index position);
   SolveStatus refactor();
   SolveStatus check_limits();
   void set_position_bounds(Index position);

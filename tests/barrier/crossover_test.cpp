@@ -286,5 +286,33 @@ TEST(CrossoverSpecialShapes, NoRowsAndNoColumns) {
   EXPECT_EQ(cross(rows, {{}, {0, 0}, {0, 0}, {}}, {}).status, SolveStatus::kOptimal);
 }
 
+// Rows x[k] - 2 x[k+1] = -1 and x[n] <= 1 + 1e-7 have unit pivots only, yet the last side reaches x[1] enlarged by
+// 2^(n-1): the columns, all of them off their bounds, are a basis to which the point is no solution.
+TEST(CrossoverSpecialShapes, NearlySingularBasesDoNotLoseThePoint) {
+  constexpr Index kSize = 40;
+  LpData lp;
+  lp.matrix.num_rows = kSize;
+  InteriorPoint point;
+  for (Index k = 0; k < kSize; ++k) {
+    const Index rows[] = {k - 1, k};
+    const double values[] = {-2, 1};
+    lp.matrix.append_col(rows + (k == 0), values + (k == 0), k == 0 ? 1 : 2);
+    lp.row_lower.push_back(k + 1 < kSize ? -1 : 0);
+    lp.row_upper.push_back(k + 1 < kSize ? -1 : 1 + 1e-7);
+    point.x.push_back(1 + std::exp2(-k));
+    point.row_activity.push_back(k + 1 < kSize ? -1 : 1 + std::exp2(-k));
+    point.pi.push_back(k + 1 < kSize ? 0 : -1);
+  }
+  lp.cost.assign(kSize, 0);
+  lp.col_lower.assign(kSize, 0);
+  lp.col_upper.assign(kSize, 4);
+  point.reduced_cost.assign(kSize, 0);
+  CrossoverOptions options;
+  options.simplex.scale = false;
+  const CrossoverResult result = cross(lp, point, options);
+  ASSERT_EQ(result.status, SolveStatus::kOptimal);
+  EXPECT_EQ(result.primal_infeasibilities, 0);
+}
+
 }  // namespace
 }  // namespace zorvex
