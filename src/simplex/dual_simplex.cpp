@@ -293,7 +293,6 @@ void DualSimplex<Real>::load_tau() {
 template <class Real>
 void DualSimplex<Real>::count_tau() {
   const double count = tau_.dense ? core_.m : static_cast<double>(tau_.index.size());
-  core_.dse_density.observe(count / std::max<double>(1, core_.m));
   core_.work += count;
   pricing_.count_norm_work(count);
 }

@@ -1,5 +1,7 @@
 #include "simplex/partitioned_rows.hpp"
 
+#include <limits>
+#include <new>
 #include <utility>
 
 #include "simplex/kernel_tolerances.hpp"
@@ -7,7 +9,7 @@
 namespace zorvex {
 
 namespace {
-constexpr double kListDensity = 0.1;  // above this a dense result without index list is cheaper
+constexpr double kListShare = 0.35;  // entries met, over columns, from which a result without list is cheaper
 }  // namespace
 
 template <class Real>
@@ -17,13 +19,14 @@ void PartitionedRows<Real>::build(const ColumnView<Real>& columns, std::span<con
   const Index m = columns.num_rows;
   const Index n = columns.num_cols;
   const Offset nonzeros = n > 0 ? columns.start[n] : 0;
+  if (nonzeros > std::numeric_limits<Slot>::max()) throw std::bad_alloc();
   start_.assign(static_cast<std::size_t>(m) + 1, 0);
   active_end_.assign(static_cast<std::size_t>(m), 0);
   col_.resize(static_cast<std::size_t>(nonzeros));
   value_.resize(static_cast<std::size_t>(nonzeros));
   entry_.resize(static_cast<std::size_t>(nonzeros));
   slot_.resize(static_cast<std::size_t>(nonzeros));
-  std::vector<Offset> inactive_next(static_cast<std::size_t>(m), 0);
+  std::vector<Slot> inactive_next(static_cast<std::size_t>(m), 0);
   for (Index col = 0; col < n; ++col) {
     for (Offset k = columns.start[col]; k < columns.start[col + 1]; ++k) {
       ++start_[columns.index[k] + 1];
@@ -38,17 +41,17 @@ void PartitionedRows<Real>::build(const ColumnView<Real>& columns, std::span<con
   for (Index col = 0; col < n; ++col) {
     for (Offset k = columns.start[col]; k < columns.start[col + 1]; ++k) {
       const Index row = columns.index[k];
-      const Offset slot = active_[col] ? active_end_[row]++ : inactive_next[row]++;
+      const Slot slot = active_[col] ? active_end_[row]++ : inactive_next[row]++;
       col_[slot] = col;
       value_[slot] = columns.value[k];
-      entry_[slot] = k;
+      entry_[slot] = static_cast<Slot>(k);
       slot_[k] = slot;
     }
   }
 }
 
 template <class Real>
-void PartitionedRows<Real>::swap_slots(Offset a, Offset b) {
+void PartitionedRows<Real>::swap_slots(Slot a, Slot b) {
   if (a == b) return;
   std::swap(col_[a], col_[b]);
   std::swap(value_[a], value_[b]);
@@ -72,18 +75,24 @@ void PartitionedRows<Real>::set_active(Index col, bool active) {
 }
 
 template <class Real>
-void PartitionedRows<Real>::price_sparse(const Scattered<Real>& rho, Scattered<Real>& alpha, Offset& touched) const {
+void PartitionedRows<Real>::price_sparse(const Scattered<Real>& rho, Scattered<Real>& alpha, Offset& touched) {
+  list_.resize(active_.size() + 1);  // the loop writes before it counts
+  Index* list = list_.data();
+  Real* target = alpha.value.data();
+  Index count = 0;
   for (const Index row : rho.index) {
     const Real multiplier = rho.value[row];
-    if (multiplier == 0) continue;
     touched += active_end_[row] - start_[row];
-    for (Offset k = start_[row]; k < active_end_[row]; ++k) {
-      Real& target = alpha.value[col_[k]];
-      if (target == 0) alpha.index.push_back(col_[k]);
-      target += multiplier * value_[k];
-      if (target == 0) target = KernelTolerances<Real>::kTinyCancel;
+    for (Slot k = start_[row]; k < active_end_[row]; ++k) {
+      const Index col = col_[k];
+      const Real old = target[col];
+      const Real sum = old + multiplier * value_[k];
+      list[count] = col;  // without a branch: fill-in is hard to predict
+      count += old == Real(0) ? 1 : 0;
+      target[col] = sum != Real(0) ? sum : KernelTolerances<Real>::kTinyCancel;
     }
   }
+  alpha.index.assign(list, list + count);
 }
 
 template <class Real>
@@ -92,7 +101,7 @@ void PartitionedRows<Real>::price_dense(const Scattered<Real>& rho, Scattered<Re
     const Real multiplier = rho.value[row];
     if (multiplier == 0) return;
     touched += active_end_[row] - start_[row];
-    for (Offset k = start_[row]; k < active_end_[row]; ++k) alpha.value[col_[k]] += multiplier * value_[k];
+    for (Slot k = start_[row]; k < active_end_[row]; ++k) alpha.value[col_[k]] += multiplier * value_[k];
   };
   if (rho.dense) {
     for (Index row = 0; row < rho.size(); ++row) add_row(row);
@@ -103,10 +112,13 @@ void PartitionedRows<Real>::price_dense(const Scattered<Real>& rho, Scattered<Re
 }
 
 template <class Real>
-Offset PartitionedRows<Real>::price(const Scattered<Real>& rho, double expected_density, Scattered<Real>& alpha) const {
+Offset PartitionedRows<Real>::price(const Scattered<Real>& rho, Scattered<Real>& alpha) {
   Offset touched = 0;
-  const bool few = !rho.dense && static_cast<double>(rho.index.size()) < kListDensity * static_cast<double>(rho.size());
-  if (few && expected_density < kListDensity) {
+  Offset expected = 0;
+  if (!rho.dense) {
+    for (const Index row : rho.index) expected += active_end_[row] - start_[row];
+  }
+  if (!rho.dense && static_cast<double>(expected) < kListShare * static_cast<double>(active_.size())) {
     price_sparse(rho, alpha, touched);
   } else {
     price_dense(rho, alpha, touched);

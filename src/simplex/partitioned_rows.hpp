@@ -4,6 +4,7 @@
 //   Cost       set_active() is O(length of the column) through cross links to the column-wise copy.
 #pragma once
 
+#include <cstdint>
 #include <span>
 #include <vector>
 
@@ -22,22 +23,25 @@ class PartitionedRows {
   [[nodiscard]] bool is_active(Index col) const { return active_[col] != 0; }
 
   // alpha := rho' A over the active columns (entries of inactive columns stay zero). `alpha` must be cleared and have
-  // length num_cols. `expected_density` of the result chooses between listing indices and a dense result.
-  // Returns the number of entries touched.
-  Offset price(const Scattered<Real>& rho, double expected_density, Scattered<Real>& alpha) const;
+  // length num_cols. It comes out sparse or dense, whatever promises to be cheaper. Returns the number of entries
+  // touched.
+  Offset price(const Scattered<Real>& rho, Scattered<Real>& alpha);
 
  private:
-  void swap_slots(Offset a, Offset b);
-  void price_sparse(const Scattered<Real>& rho, Scattered<Real>& alpha, Offset& touched) const;
+  using Slot = std::uint32_t;  // the build refuses more nonzeros; half the memory traffic of Offset
+
+  void swap_slots(Slot a, Slot b);
+  void price_sparse(const Scattered<Real>& rho, Scattered<Real>& alpha, Offset& touched);
   void price_dense(const Scattered<Real>& rho, Scattered<Real>& alpha, Offset& touched) const;
 
   ColumnView<Real> columns_;
   std::vector<char> active_;
-  std::vector<Offset> start_, active_end_;
-  std::vector<Index> col_;     // column of each slot
-  std::vector<Real> value_;    // value of each slot
-  std::vector<Offset> entry_;  // position in the column-wise copy of each slot
-  std::vector<Offset> slot_;   // slot of each column-wise position
+  std::vector<Slot> start_, active_end_;
+  std::vector<Index> col_;   // column of each slot
+  std::vector<Real> value_;  // value of each slot
+  std::vector<Slot> entry_;  // position in the column-wise copy of each slot
+  std::vector<Slot> slot_;   // slot of each column-wise position
+  std::vector<Index> list_;  // workspace of price_sparse
 };
 
 }  // namespace zorvex

@@ -210,9 +210,7 @@ void SimplexCore<Real>::btran_unit(Index position, Scattered<Real>& rho) {
   lu.btran(rho);
   rho.pack(Tol::kDrop);
   const double count = static_cast<double>(rho.index.size());
-  const double density = count / std::max<double>(1, m);
-  rho_density.observe(density);
-  timer.count(density);
+  timer.count(count / std::max<double>(1, m));
   work += count;
 }
 
@@ -220,11 +218,9 @@ template <class Real>
 void SimplexCore<Real>::price(const Scattered<Real>& rho, Scattered<Real>& alpha) {
   OperationStatistics::Timer timer(statistics, Operation::kPrice);
   alpha.clear();
-  work += static_cast<double>(rows.price(rho, alpha_row_density.value(), alpha));
+  work += static_cast<double>(rows.price(rho, alpha));
   alpha.pack(Tol::kDrop);
-  const double density = static_cast<double>(alpha.index.size()) / std::max<double>(1, n);
-  alpha_row_density.observe(density);
-  timer.count(density);
+  timer.count(static_cast<double>(alpha.index.size()) / std::max<double>(1, n));
 }
 
 template <class Real>
@@ -249,10 +245,9 @@ void SimplexCore<Real>::ftran_column_and(Index var, Scattered<Real>& alpha, Scat
 template <class Real>
 double SimplexCore<Real>::take_column(Scattered<Real>& alpha) {
   alpha.pack(Tol::kDrop);
-  const double density = static_cast<double>(alpha.index.size()) / std::max<double>(1, m);
-  alpha_col_density.observe(density);
-  work += static_cast<double>(alpha.index.size());
-  return density;
+  const double count = static_cast<double>(alpha.index.size());
+  work += count;
+  return count / std::max<double>(1, m);
 }
 
 template <class Real>

@@ -32,16 +32,6 @@ enum class Place : std::int8_t {
 
 enum class FactorOutcome { kOk, kInterrupted, kNumeric };
 
-// Exponentially smoothed density of a kind of result, used to predict the next one.
-class DensityEstimate {
- public:
-  void observe(double density) { value_ = 0.9 * value_ + 0.1 * density; }
-  [[nodiscard]] double value() const { return value_; }
-
- private:
-  double value_ = 0.01;
-};
-
 template <class Real>
 class SimplexCore {
  public:
@@ -100,7 +90,6 @@ class SimplexCore {
 
   PartitionedRows<Real> rows;
   bool rows_valid = false;
-  DensityEstimate rho_density, alpha_row_density, alpha_col_density, dse_density;
   OperationStatistics statistics;
 
   [[nodiscard]] Index num_vars() const { return n + m; }
