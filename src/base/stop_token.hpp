@@ -3,6 +3,8 @@
 
 #include <atomic>
 #include <chrono>
+#include <functional>
+#include <utility>
 
 #include "base/solve_hooks.hpp"
 #include "base/status.hpp"
@@ -24,13 +26,26 @@ class WorkGauge {
   // `limit` is shared by the solves and outlives the gauge.
   explicit WorkGauge(const std::atomic<double>& limit) : limit_(limit) {}
 
-  void spend(double units) { spent_.store(spent() + units, std::memory_order_relaxed); }  // from one thread
+  // From one thread.
+  void spend(double units) {
+    spent_.store(spent() + units, std::memory_order_relaxed);
+    if (spent() <= ask_at_) return;
+    ask_at_ = kInf;
+    question_();
+  }
+  // Once more than `units` are spent, `question` is called, once and by the spending thread: it may set the limit.
+  void ask_at(double units, std::function<void()> question) {
+    ask_at_ = units;
+    question_ = std::move(question);
+  }
   [[nodiscard]] double spent() const { return spent_.load(std::memory_order_relaxed); }
   [[nodiscard]] bool exceeded() const { return spent() > limit_.load(std::memory_order_relaxed); }
 
  private:
   const std::atomic<double>& limit_;
   std::atomic<double> spent_{0};
+  double ask_at_ = kInf;
+  std::function<void()> question_;
 };
 
 // A token is cheap to copy and may be polled from several threads. `terminate`, `hooks` and `gauge` are owned by the

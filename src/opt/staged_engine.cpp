@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <functional>
 #include <memory>
 #include <utility>
 
@@ -21,7 +22,10 @@ class Budget {
 
   // From now on, beyond what was spent.
   void allow(double units) { limit_.store(gauge_.spent() + units); }
-  [[nodiscard]] double spent() const { return gauge_.spent(); }
+  // After `units` the solve goes on, but for what `decide` says: the budget from the beginning.
+  void decide_after(double units, std::function<double()> decide) {
+    gauge_.ask_at(units, [this, decide = std::move(decide)] { limit_.store(decide()); });
+  }
   [[nodiscard]] const StopToken& token() const { return token_; }
   // The solve ended for lack of budget and nothing else.
   [[nodiscard]] bool ended(SolveStatus status) const {
@@ -42,8 +46,7 @@ EngineAnswer StagedEngine::solve(const LpData& lp, const SimplexLimits& limits, 
   auto simplex = std::make_unique<LpSolver>(lp, options_.simplex, log);
   SimplexLimits rest = limits;
   double iterations = 0;
-  const auto run_simplex = [&](double units) {
-    budget.allow(units);
+  const auto run_simplex = [&] {
     rest.iterations = limits.iterations - iterations;
     const SolveStatus status = simplex->solve(rest, budget.token());
     iterations += simplex->iterations();
@@ -55,9 +58,14 @@ EngineAnswer StagedEngine::solve(const LpData& lp, const SimplexLimits& limits, 
     return answer;
   };
   const double size = static_cast<double>(lp.num_rows()) * static_cast<double>(lp.matrix.num_nonzeros());
-  const double predicted =
-      size > options_.small_model ? predict_barrier_work(lp, options_.barrier.barrier, stop) : kInf;
-  if (run_simplex(std::max(options_.short_solve, predicted))) return simplex_answer();
+  double predicted = kInf;
+  if (size > options_.small_model) {
+    budget.decide_after(options_.short_solve, [&] {
+      predicted = predict_barrier_work(lp, options_.barrier.barrier, stop);
+      return std::max(options_.short_solve, predicted);
+    });
+  }
+  if (run_simplex()) return simplex_answer();
 
   log.print("Barrier after %d iterations of the dual simplex\n", static_cast<int>(iterations));
   budget.allow(options_.barrier_patience * predicted);
@@ -74,7 +82,8 @@ EngineAnswer StagedEngine::solve(const LpData& lp, const SimplexLimits& limits, 
   // Afresh: an interrupted run has lost its perturbation, without which its basis is a poor one to go on from.
   log.print("Back to the dual simplex\n");
   simplex = std::make_unique<LpSolver>(lp, options_.simplex, log);
-  run_simplex(kInf);
+  budget.allow(kInf);
+  run_simplex();
   answer = simplex_answer();
   answer.barrier_iterations = barrier_iterations;
   return answer;
