@@ -1,5 +1,6 @@
 // The lines of the barrier, byte for byte.
 #include "barrier/barrier_log.hpp"
+#include "support/text_log.hpp"
 
 #include <gtest/gtest.h>
 
@@ -7,15 +8,6 @@
 
 namespace zorvex {
 namespace {
-
-class TextLog final : public LogSink {
- public:
-  void write(const char* text) override { text_ += text; }
-  [[nodiscard]] const std::string& text() const { return text_; }
-
- private:
-  std::string text_;
-};
 
 BarrierStatistics sample() {
   BarrierStatistics statistics;

@@ -16,19 +16,10 @@
 #include "support/convex_q.hpp"
 #include "support/dense_lp.hpp"
 #include "support/random_lp.hpp"
+#include "support/text_log.hpp"
 
 namespace zorvex {
 namespace {
-
-class TextLog final : public LogSink {
- public:
-  void write(const char* text) override { text_ += text; }
-  [[nodiscard]] const std::string& text() const { return text_; }
-  [[nodiscard]] bool has(const std::string& part) const { return text_.find(part) != std::string::npos; }
-
- private:
-  std::string text_;
-};
 
 LpDriverResult solve(const LpData& lp, int crossover, int presolve, LogSink& log, const StopToken& stop = {}) {
   BarrierEngineOptions engine_options;

@@ -13,24 +13,12 @@
 #include "simplex/answer_check.hpp"
 #include "support/dense_lp.hpp"
 #include "support/random_lp.hpp"
+#include "support/text_log.hpp"
 
 namespace zorvex {
 namespace {
 
 constexpr double kTolerance = 1e-6;
-
-class TextLog final : public LogSink {
- public:
-  explicit TextLog(bool diagnostics = false) : diagnostics_(diagnostics) {}
-  void write(const char* text) override { text_ += text; }
-  [[nodiscard]] bool diagnostics() const override { return diagnostics_; }
-  [[nodiscard]] const std::string& text() const { return text_; }
-  [[nodiscard]] bool has(const std::string& part) const { return text_.find(part) != std::string::npos; }
-
- private:
-  std::string text_;
-  bool diagnostics_;
-};
 
 struct Setting {
   const char* name;

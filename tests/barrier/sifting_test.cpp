@@ -11,21 +11,13 @@
 #include "simplex/answer_check.hpp"
 #include "support/dense_lp.hpp"
 #include "support/random_lp.hpp"
+#include "support/text_log.hpp"
 #include "support/wide_lp.hpp"
 
 namespace zorvex {
 namespace {
 
 using oracle::WideKind;
-
-class TextLog final : public LogSink {
- public:
-  void write(const char* text) override { text_ += text; }
-  [[nodiscard]] const std::string& text() const { return text_; }
-
- private:
-  std::string text_;
-};
 
 EngineAnswer sift(const LpData& lp, const SiftingOptions& options = {}, const SimplexLimits& limits = {},
                   const StopToken& stop = {}) {

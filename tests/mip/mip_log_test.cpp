@@ -1,8 +1,7 @@
 #include "mip/mip_log.hpp"
+#include "support/text_log.hpp"
 
 #include <gtest/gtest.h>
-
-#include "mip/text_log.hpp"
 
 namespace zorvex::testing {
 namespace {

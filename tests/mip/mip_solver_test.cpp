@@ -5,7 +5,7 @@
 #include "mip/mip_problem.hpp"
 #include "mip/mip_start.hpp"
 #include "mip/random_mip.hpp"
-#include "mip/text_log.hpp"
+#include "support/text_log.hpp"
 
 namespace zorvex::testing {
 namespace {

@@ -3,15 +3,10 @@
 #include <gtest/gtest.h>
 
 #include "base/types.hpp"
+#include "support/text_log.hpp"
 
 namespace zorvex {
 namespace {
-
-class TextLog final : public LogSink {
- public:
-  void write(const char* line) override { text += line; }
-  std::string text;
-};
 
 TEST(ClosingReport, Gap) {
   const struct {
@@ -63,7 +58,7 @@ TEST(ClosingReport, StatusLines) {
     EXPECT_EQ(std::string("\nExplored 7 nodes (1234567 simplex iterations) in 1.01 seconds\n"
                           "Thread count was 1 (of 4 available processors)\n\n") +
                   c.line + "Best objective 1.250000000000e+01, best bound -, gap -\n",
-              log.text);
+              log.text());
   }
 }
 

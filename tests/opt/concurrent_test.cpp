@@ -10,19 +10,11 @@
 #include "simplex/answer_check.hpp"
 #include "support/dense_lp.hpp"
 #include "support/random_lp.hpp"
+#include "support/text_log.hpp"
 #include "support/wide_lp.hpp"
 
 namespace zorvex {
 namespace {
-
-class TextLog final : public LogSink {
- public:
-  void write(const char* text) override { text_ += text; }
-  [[nodiscard]] const std::string& text() const { return text_; }
-
- private:
-  std::string text_;
-};
 
 EngineAnswer race(const LpData& lp, int threads, bool by_work, std::string* log_text = nullptr) {
   ConcurrentOptions options;

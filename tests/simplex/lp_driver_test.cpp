@@ -13,20 +13,12 @@
 #include "simplex/simplex_log.hpp"
 #include "support/dense_lp.hpp"
 #include "support/random_lp.hpp"
+#include "support/text_log.hpp"
 
 namespace zorvex {
 namespace {
 
 constexpr double kTolerance = 1e-6;
-
-class TextLog final : public LogSink {
- public:
-  void write(const char* text) override { text_ += text; }
-  [[nodiscard]] const std::string& text() const { return text_; }
-
- private:
-  std::string text_;
-};
 
 void expect_sound(const LpData& lp, const LpDriverResult& result, const oracle::DenseLpResult& expected,
                   const std::string& where) {
