@@ -62,7 +62,7 @@ EngineAnswer StagedEngine::solve(const LpData& lp, const SimplexLimits& limits, 
   if (size > options_.small_model) {
     budget.decide_after(options_.short_solve, [&] {
       predicted = predict_barrier_work(lp, options_.barrier.barrier, stop);
-      return std::max(options_.short_solve, predicted);
+      return std::max(options_.short_solve, options_.simplex_share * predicted);
     });
   }
   if (run_simplex()) return simplex_answer();

@@ -1,6 +1,6 @@
-// The automatic choice for linear models: the dual simplex as long as it has not cost more than the barrier is
+// The automatic choice for linear models: the dual simplex as long as it has not cost much more than the barrier is
 // predicted to; then the barrier with crossover, within a multiple of its prediction; then the dual simplex to the end,
-// from where it stopped. Whichever method suits a model, little more than twice its effort is spent.
+// afresh. Whichever method suits a model, a small multiple of its effort is spent.
 //   Effort   counted, not timed: the same model and parameters take the same way in every run.
 //   Log      that of the solves that run, with a line at each change.
 #pragma once
@@ -13,7 +13,8 @@ namespace zorvex {
 struct StagedOptions {
   SimplexOptions simplex;
   BarrierEngineOptions barrier;  // with crossover
-  double short_solve = 6e6;      // effort of the simplex below which nothing else is thought of
+  double short_solve = 2.5e7;    // effort of the simplex below which nothing else is thought of
+  double simplex_share = 1.5;    // times the prediction of the barrier that the simplex may cost
   double small_model = 1e7;      // rows times nonzeros up to which the barrier is not analysed at all
   double barrier_patience = 4;   // times its prediction that the barrier may cost
 };
