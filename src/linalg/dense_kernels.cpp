@@ -57,9 +57,9 @@ int factor_wide(double* panel, Index rows, Index cols, Index ld, const PivotRule
 }
 
 // Few multiplications: a loop over the columns of L2.
-void update_small(const double* panel, Index rows, Index cols, const double* pivot, bool fresh, double* update) {
+void update_small(const double* panel, Index rows, Index cols, const double* pivot, double* update) {
   const Index size = rows - cols;
-  if (fresh) std::fill(update, update + static_cast<Offset>(size) * size, 0.0);
+  for (Index j = 0; j < size; ++j) std::fill(column(update, size, j) + j, column(update, size, j) + size, 0.0);
   for (Index k = 0; k < cols; ++k) {
     const double* const source = column(panel, rows, k) + cols;
     for (Index j = 0; j < size; ++j) {
@@ -96,11 +96,11 @@ void update_trailing(double* panel, Index rows, Index cols, Index first, Index b
                    column(panel, rows, j) + j, rows);
 }
 
-void update_block(const double* panel, Index rows, Index cols, const double* pivot, Index block, bool fresh,
-                  double* update, DenseWorkspace& work) {
+void update_block(const double* panel, Index rows, Index cols, const double* pivot, Index block, double* update,
+                  DenseWorkspace& work) {
   const Index size = rows - cols;
   if (static_cast<Offset>(size) * size * cols <= kSmallWork) {
-    update_small(panel, rows, cols, pivot, fresh, update);
+    update_small(panel, rows, cols, pivot, update);
     return;
   }
   const Index j = block * kUpdateWidth;
@@ -111,8 +111,8 @@ void update_block(const double* panel, Index rows, Index cols, const double* piv
     double* const target = column(work.scaled.data(), width, k);
     for (Index i = 0; i < width; ++i) target[i] = source[i] * pivot[k];
   }
-  subtract_product(blas_library(), size - j, width, cols, panel + cols + j, rows, work.scaled.data(), width,
-                   fresh ? 0 : 1, column(update, size, j) + j, size);
+  subtract_product(blas_library(), size - j, width, cols, panel + cols + j, rows, work.scaled.data(), width, 0,
+                   column(update, size, j) + j, size);
 }
 
 void forward_panel(const double* panel, Index rows, Index cols, double* x, double* below) {

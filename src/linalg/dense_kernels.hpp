@@ -38,10 +38,10 @@ int eliminate_step(double* panel, Index rows, Index cols, Index first, const Piv
 Index num_trailing_blocks(Index cols, Index first);
 void update_trailing(double* panel, Index rows, Index cols, Index first, Index block, const double* scaled);
 
-// Column block `block` of the update matrix C -= L2 D L2', where L2 is the part of the panel below its first `cols`
-// rows and C has order rows - cols (also its leading dimension). `fresh`: C is overwritten instead.
-void update_block(const double* panel, Index rows, Index cols, const double* pivot, Index block, bool fresh,
-                  double* update, DenseWorkspace& work);
+// Column block `block` of the update matrix C = -L2 D L2', where L2 is the part of the panel below its first `cols`
+// rows and C has order rows - cols (also its leading dimension). Above the diagonal C is left unset or arbitrary.
+void update_block(const double* panel, Index rows, Index cols, const double* pivot, Index block, double* update,
+                  DenseWorkspace& work);
 
 // x := L11^-1 x on the panel's own rows, below := below - L21 x.
 void forward_panel(const double* panel, Index rows, Index cols, double* x, double* below);

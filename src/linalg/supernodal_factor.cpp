@@ -19,6 +19,7 @@ SupernodalFactor::SupernodalFactor(SymbolicFactor symbolic, WorkerPool& pool)
       pool_(pool),
       panels_(new double[static_cast<std::size_t>(symbolic_.factor_size())]),
       updates_(static_cast<std::size_t>(symbolic_.num_supernodes())),
+      owned_(updates_.size()),
       pivots_(static_cast<std::size_t>(symbolic_.size())),
       sign_(pivots_.size()),
       smallest_(pivots_.size()),
@@ -28,6 +29,7 @@ SupernodalFactor::SupernodalFactor(SymbolicFactor symbolic, WorkerPool& pool)
   for (Index s = 0; s < symbolic_.num_supernodes(); ++s) most_rows = std::max(most_rows, symbolic_.num_rows(s));
   gathered_.resize(static_cast<std::size_t>(most_rows));
   plan_subtrees();
+  plan_stacks();
 }
 
 // Splits the largest subtree until there are enough of them; what was split is done afterwards, together.
@@ -71,6 +73,31 @@ void SupernodalFactor::plan_subtrees() {
   subtree_roots_ = std::move(heap);
 }
 
+Offset SupernodalFactor::update_size(Index s) const {
+  const Offset below = symbolic_.num_rows(s) - symbolic_.num_cols(s);
+  return below * below;
+}
+
+// How high the stacks get; the root of a subtree has its update elsewhere, as it outlives the subtree.
+void SupernodalFactor::plan_stacks() {
+  const Index count = symbolic_.num_supernodes();
+  parity_.assign(static_cast<std::size_t>(count), 0);
+  for (Index s = count; s-- > 0;) {
+    if (symbolic_.parent[s] != -1) parity_[s] = 1 - parity_[symbolic_.parent[s]];
+  }
+  for (const Index root : subtree_roots_) {
+    std::array<Offset, 2> tops{0, 0};
+    for (Index s = subtree_first_[root]; s < root; ++s) {
+      const std::size_t own = parity_[s];
+      tops[own] += update_size(s);
+      stack_sizes_[own] = std::max(stack_sizes_[own], tops[own]);
+      for (Index c = symbolic_.child_start[s]; c < symbolic_.child_start[s + 1]; ++c) {
+        tops[1 - own] -= update_size(symbolic_.child[c]);
+      }
+    }
+  }
+}
+
 SolveStatus SupernodalFactor::factor(std::span<const double> values, std::span<const std::int8_t> sign,
                                      std::span<const double> smallest, const StopToken& stop) {
   assert(values.size() == symbolic_.entry_source.size());
@@ -79,8 +106,14 @@ SolveStatus SupernodalFactor::factor(std::span<const double> values, std::span<c
     sign_[k] = sign[symbolic_.order[k]];
     smallest_[k] = smallest[symbolic_.order[k]];
   }
-  for (Worker& worker : workers_) worker.replaced = 0;
-  for (auto& update : updates_) update.reset();
+  for (Worker& worker : workers_) {
+    worker.replaced = 0;
+    for (std::size_t parity = 0; parity < 2; ++parity) {
+      Stack& stack = worker.stacks[parity];
+      if (stack.memory == nullptr) stack.memory.reset(new double[static_cast<std::size_t>(stack_sizes_[parity])]);
+    }
+  }
+  for (auto& update : owned_) update.reset();
   stop_status_ = static_cast<int>(SolveStatus::kLoaded);
   const auto trees = static_cast<int>(subtree_roots_.size());
   if (shared_.empty()) {  // small or alone: no need to wake anybody
@@ -110,15 +143,26 @@ Index SupernodalFactor::num_update_blocks(Index s) const {
 }
 
 void SupernodalFactor::factor_subtree(Index root, Worker& worker, const StopToken& stop) {
+  for (Stack& stack : worker.stacks) stack.top = 0;
   for (Index s = subtree_first_[root]; s <= root; ++s) {
     const double rows = symbolic_.num_rows(s), cols = symbolic_.num_cols(s);
-    const bool fresh = !assemble(s);
+    assemble(s);
     if (!eliminate(s, worker, false, stop)) return;
+    Stack& own = worker.stacks[parity_[s]];
+    if (s == root) {
+      owned_[s].reset(new double[static_cast<std::size_t>(update_size(s))]);
+      updates_[s] = owned_[s].get();
+    } else {
+      updates_[s] = own.memory.get() + own.top;
+      own.top += update_size(s);
+    }
     const Index blocks = num_update_blocks(s);
     for (Index block = 0; block < blocks; ++block) {
-      update_block(panels_.get() + symbolic_.panel_start[s], symbolic_.num_rows(s), symbolic_.num_cols(s),
-                   pivots_.data() + symbolic_.first_col[s], block, fresh, updates_[s].get(), worker.dense);
+      compute_update_block(s, block, worker);
       if (stopped(worker, rows * cols * kUpdateWidth, stop)) return;
+    }
+    for (Index c = symbolic_.child_start[s]; c < symbolic_.child_start[s + 1]; ++c) {
+      worker.stacks[1 - parity_[s]].top -= update_size(symbolic_.child[c]);
     }
   }
 }
@@ -126,12 +170,12 @@ void SupernodalFactor::factor_subtree(Index root, Worker& worker, const StopToke
 void SupernodalFactor::factor_shared(Index s, const StopToken& stop) {
   if (stopped(workers_[0], kWorkPerPoll, stop)) return;
   const double below = symbolic_.num_rows(s) - symbolic_.num_cols(s);
-  const bool fresh = !assemble(s);
+  assemble(s);
   if (!eliminate(s, workers_[0], true, stop)) return;
+  owned_[s].reset(new double[static_cast<std::size_t>(update_size(s))]);
+  updates_[s] = owned_[s].get();
   const auto one_block = [&](int block, int worker) {
-    if (stopped(workers_[worker], kWorkPerPoll, stop)) return;
-    update_block(panels_.get() + symbolic_.panel_start[s], symbolic_.num_rows(s), symbolic_.num_cols(s),
-                 pivots_.data() + symbolic_.first_col[s], block, fresh, updates_[s].get(), workers_[worker].dense);
+    if (!stopped(workers_[worker], kWorkPerPoll, stop)) compute_update_block(s, block, workers_[worker]);
   };
   const Index blocks = num_update_blocks(s);
   if (below * below * symbolic_.num_cols(s) > kWorthSharingFront) {
@@ -139,40 +183,49 @@ void SupernodalFactor::factor_shared(Index s, const StopToken& stop) {
   } else {
     for (Index block = 0; block < blocks; ++block) one_block(block, 0);
   }
+  for (Index c = symbolic_.child_start[s]; c < symbolic_.child_start[s + 1]; ++c) owned_[symbolic_.child[c]].reset();
 }
 
-// Brings matrix entries and the children's updates into the front. False when the update matrix is still unset.
-bool SupernodalFactor::assemble(Index s) {
+// Brings matrix entries and the children's updates into the panel.
+void SupernodalFactor::assemble(Index s) {
   double* const panel = panels_.get() + symbolic_.panel_start[s];
   std::fill(panel, panel + (symbolic_.panel_start[s + 1] - symbolic_.panel_start[s]), 0.0);
   for (Offset k = symbolic_.entry_start[s]; k < symbolic_.entry_start[s + 1]; ++k) {
     panel[symbolic_.entry_target[k]] += values_[symbolic_.entry_source[k]];
   }
-  const auto below = static_cast<std::size_t>(symbolic_.num_rows(s) - symbolic_.num_cols(s));
-  if (below > 0) updates_[s] = std::make_unique_for_overwrite<double[]>(below * below);
-  const Index begin = symbolic_.child_start[s], end = symbolic_.child_start[s + 1];
-  if (begin == end) return false;
-  if (below > 0) std::fill_n(updates_[s].get(), below * below, 0.0);
-  for (Index c = begin; c < end; ++c) {
-    extend_add(symbolic_.child[c], s);
-    updates_[symbolic_.child[c]].reset();
+  const Index rows = symbolic_.num_rows(s);
+  for (Index c = symbolic_.child_start[s]; c < symbolic_.child_start[s + 1]; ++c) {
+    add_columns(symbolic_.child[c], 0, symbolic_.num_cols(s), panel, rows, 0);
   }
-  return true;
 }
 
-void SupernodalFactor::extend_add(Index child, Index s) {
-  const Index size = symbolic_.num_rows(child) - symbolic_.num_cols(child);
+// The product with the panel comes first: it overwrites.
+void SupernodalFactor::compute_update_block(Index s, Index block, Worker& worker) {
   const Index rows = symbolic_.num_rows(s), cols = symbolic_.num_cols(s);
-  const Index below = rows - cols;
+  update_block(panels_.get() + symbolic_.panel_start[s], rows, cols, pivots_.data() + symbolic_.first_col[s], block,
+               updates_[s], worker.dense);
+  const Index first = cols + block * kUpdateWidth;
+  for (Index c = symbolic_.child_start[s]; c < symbolic_.child_start[s + 1]; ++c) {
+    add_columns(symbolic_.child[c], first, first + kUpdateWidth, updates_[s], rows - cols, cols);
+  }
+}
+
+// The columns of the child's update that belong into columns [first, last) of its parent's front, into a matrix with
+// `rows` rows whose first row and column are those number `shift` of the front. Rows that lie side by side in the front
+// are added as vectors.
+void SupernodalFactor::add_columns(Index child, Index first, Index last, double* target, Index rows, Index shift) {
+  const Index size = symbolic_.num_rows(child) - symbolic_.num_cols(child);
   const Index* const where = symbolic_.in_parent.data() + symbolic_.row_start[child] + symbolic_.num_cols(child);
-  double* const panel = panels_.get() + symbolic_.panel_start[s];
-  double* const update = updates_[s].get();
-  for (Index j = 0; j < size; ++j) {
-    const double* const source = updates_[child].get() + static_cast<Offset>(j) * size;
-    const bool in_panel = where[j] < cols;
-    double* const target = in_panel ? panel + static_cast<Offset>(where[j]) * rows
-                                    : update + static_cast<Offset>(where[j] - cols) * below - cols;
-    for (Index i = j; i < size; ++i) target[where[i]] += source[i];
+  const auto begin = static_cast<Index>(std::lower_bound(where, where + size, first) - where);
+  for (Index j = begin; j < size && where[j] < last; ++j) {
+    const double* const source = updates_[child] + static_cast<Offset>(j) * size;
+    double* const column = target + static_cast<Offset>(where[j] - shift) * rows - shift;
+    if (where[size - 1] - where[j] == size - 1 - j) {
+      double* const to = column + (where[j] - j);
+      for (Index i = j; i < size; ++i) to[i] += source[i];
+    } else {
+      for (Index i = j; i < size; ++i) column[where[i]] += source[i];
+    }
   }
 }
 

@@ -234,22 +234,29 @@ void map_entries(const EntriesByPosition& entries, SymbolicFactor& symbolic) {
 }
 
 void predict(SymbolicFactor& symbolic) {
-  double stack = 0;
+  const Index count = symbolic.num_supernodes();
+  std::vector<char> odd(static_cast<std::size_t>(count), 0);  // depth
+  for (Index s = count; s-- > 0;) {
+    if (symbolic.parent[s] != -1) odd[s] = static_cast<char>(1 - odd[symbolic.parent[s]]);
+  }
   const auto update_size = [&](Index s) {
     const double below = symbolic.num_rows(s) - symbolic.num_cols(s);
     return below * below;
   };
-  for (Index s = 0; s < symbolic.num_supernodes(); ++s) {
+  std::array<double, 2> stacks{0, 0}, peaks{0, 0};
+  for (Index s = 0; s < count; ++s) {
     for (Index k = 0; k < symbolic.num_cols(s); ++k) {
       const double length = symbolic.num_rows(s) - k;
       symbolic.operations += length * length;
     }
-    stack += update_size(s);
-    symbolic.stack_peak = std::max(symbolic.stack_peak, stack);
+    const auto own = static_cast<std::size_t>(odd[s]);
+    stacks[own] += update_size(s);
+    peaks[own] = std::max(peaks[own], stacks[own]);
     for (Index c = symbolic.child_start[s]; c < symbolic.child_start[s + 1]; ++c) {
-      stack -= update_size(symbolic.child[c]);
+      stacks[1 - own] -= update_size(symbolic.child[c]);
     }
   }
+  symbolic.stack_peak = peaks[0] + peaks[1];
 }
 
 }  // namespace

@@ -32,7 +32,7 @@ struct SymbolicFactor {
   std::vector<Offset> entry_target;  // relative to the panel
   double operations = 0;             // multiplications and additions, with the explicit zeros
   double exact_nonzeros = 0;         // of the factor, without the zeros that relaxed supernodes add
-  double stack_peak = 0;             // doubles in update matrices alive at once in a sequential run
+  double stack_peak = 0;  // doubles for update matrices in a sequential run: on two stacks, by parity of depth
 
   [[nodiscard]] Index size() const { return static_cast<Index>(order.size()); }
   [[nodiscard]] Index num_supernodes() const { return static_cast<Index>(first_col.size()) - 1; }
