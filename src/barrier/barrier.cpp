@@ -13,6 +13,7 @@
 #include "base/tolerances.hpp"
 #include "base/worker_pool.hpp"
 #include "linalg/blas_session.hpp"
+#include "simplex/answer_check.hpp"
 
 namespace zorvex {
 
@@ -30,8 +31,10 @@ constexpr int kPatience = 30;              // iterations without a better point 
 constexpr int kPolishIterations = 6;       // after convergence relative to the data, towards the absolute tolerances
 constexpr int kFailedSolves = 2;           // in a row, after which a usable point goes to the crossover as it is
 constexpr int kTinySteps = 4;              // in a row, before giving up
-constexpr double kLostGround = 1e4;        // times worse than the best point: the iteration has broken down
-constexpr double kDivergence = 1e3;        // likewise before anything was usable, against the start
+constexpr double kOvershoot = 1e4;   // dual objectives above the primal one by this factor suggest infeasibility, ...
+constexpr double kHopeless = 1e10;   // ... and by this one leave no doubt
+constexpr double kLostGround = 1e4;  // times worse than the best point: the iteration has broken down
+constexpr double kDivergence = 1e3;  // likewise before anything was usable, against the start
 
 // Correctors by the cost of a factorization against that of a solve (Gondzio 1996, section 4).
 int automatic_correctors(const NewtonStatistics& statistics) {
@@ -61,6 +64,8 @@ class Barrier {
   void iterate(InteriorPointMethod& method);
   bool ends(const InteriorPointMethod& method, const Progress& progress);
   bool converged(const Progress& progress);
+  bool find_proof(const std::vector<double>& duals);
+  bool diverges(const InteriorPointMethod& method, const Progress& progress);
   bool crawls(const Progress& progress);
   SolveStatus restart(InteriorPointMethod& method);
   void keep_if_better(const InteriorPointMethod& method, const Progress& progress);
@@ -184,6 +189,40 @@ void Barrier::keep_if_better(const InteriorPointMethod& method, const Progress& 
   best_progress_ = progress;
 }
 
+// Costs are what the duals differ by from a multiple of the proof; rounding relative to the largest removes them when
+// the proof itself consists of few different numbers.
+bool Barrier::find_proof(const std::vector<double>& duals) {
+  double largest = 0;
+  for (const double value : duals) largest = std::max(largest, std::abs(value));
+  for (const double grain : {0.0, 0x1p-20, 0x1p-10}) {
+    std::vector<double> y = duals;
+    for (double& value : y) {
+      if (grain > 0) value = std::round(value / (grain * largest));
+    }
+    drop_sign_noise(*lp_, y);
+    if (!proves_infeasible(*lp_, y, result_.farkas_violation)) continue;
+    result_.farkas = std::move(y);
+    return true;
+  }
+  return false;
+}
+
+// Duals that grow without end are in the limit a proof that the model is infeasible. Sets the status when they are one,
+// or when there is no hope that they come back.
+bool Barrier::diverges(const InteriorPointMethod& method, const Progress& progress) {
+  if (lp_->is_quadratic() || progress.relative_primal <= BarrierTolerances::kUsable) return false;
+  const double excess = progress.dual_objective - progress.primal_objective;
+  const double size = std::max(1.0, std::abs(progress.primal_objective));
+  if (!(excess > kOvershoot * size)) return false;
+  if (find_proof(user_point(*lp_, model_, method.iterate().v, method.iterate().y).pi)) {
+    result_.status = SolveStatus::kInfeasible;
+    return true;
+  }
+  if (!(excess > kHopeless * size)) return false;
+  result_.status = SolveStatus::kNumeric;
+  return true;
+}
+
 // Sets the status when the iteration is over.
 bool Barrier::ends(const InteriorPointMethod& method, const Progress& progress) {
   result_.status = stop_.poll();
@@ -196,6 +235,7 @@ bool Barrier::ends(const InteriorPointMethod& method, const Progress& progress) 
     result_.status = SolveStatus::kCutoff;
     return true;
   }
+  if (diverges(method, progress)) return true;
   if (result_.iterations >= options_.iteration_limit) {
     result_.status = SolveStatus::kIterationLimit;
     return true;

@@ -21,7 +21,9 @@ EngineAnswer interior_answer(BarrierResult&& result) {
   answer.status = result.status;
   answer.error = result.error;
   answer.point = std::move(result.point);
-  answer.reported = true;
+  answer.farkas = std::move(result.farkas);
+  answer.farkas_violation = result.farkas_violation;
+  answer.reported = answer.status != SolveStatus::kInfeasible;
   return answer;
 }
 

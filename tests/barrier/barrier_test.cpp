@@ -11,6 +11,7 @@
 #include "barrier/barrier_engine.hpp"
 #include "barrier/convexity.hpp"
 #include "base/random_stream.hpp"
+#include "face_point.hpp"
 #include "simplex/answer_check.hpp"
 #include "simplex/lp_driver.hpp"
 #include "support/convex_q.hpp"
@@ -70,6 +71,26 @@ TEST(Barrier, LinearModelsAgreeWithTheOracle) {
     }
   }
   EXPECT_GT(solved, 1000);
+}
+
+// Without presolve and without a simplex: the growing duals themselves must become the proof.
+TEST(Barrier, DivergingDualsProveInfeasibility) {
+  RandomStream random(29, "infeasible transports");
+  int proven = 0;
+  for (int trial = 0; trial < 20; ++trial) {
+    LpData lp = oracle::transportation(4 + trial % 5, 6, random);
+    lp.row_lower.back() = lp.row_upper.back() += static_cast<double>(1 + random.below(9));  // more than is there
+    QuietLog log;
+    const BarrierResult result = solve_barrier(lp, {}, {}, log);
+    double gap = 0;
+    if (result.status == SolveStatus::kInfeasible) {
+      ++proven;
+      EXPECT_TRUE(proves_infeasible(lp, result.farkas, gap)) << "trial " << trial;
+    } else {
+      EXPECT_EQ(result.status, SolveStatus::kNumeric) << "trial " << trial;
+    }
+  }
+  EXPECT_GE(proven, 15);
 }
 
 TEST(Barrier, QuadraticModelsMeetTheirOptimalityConditions) {
