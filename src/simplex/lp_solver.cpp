@@ -45,6 +45,7 @@ struct LpSolver::State {
   std::vector<double> farkas, ray;
   double farkas_gap = 0;
   bool limited_by_storage = false;
+  bool too_large = false;
 
   // Solves that go on from the last one's values end without recomputing them, as long as the check bears it out. After
   // a failed optimum the next `backoff` solves recompute; each further failure doubles that.
@@ -243,6 +244,9 @@ bool LpSolver::State::accept(SimplexOutcome outcome) {
                : outcome == SimplexOutcome::kTimeLimit    ? SolveStatus::kTimeLimit
                                                           : SolveStatus::kInterrupted;
       return true;
+    case SimplexOutcome::kTooLarge:
+      too_large = true;
+      [[fallthrough]];
     default:
       status = SolveStatus::kNumeric;
       return false;
@@ -306,7 +310,7 @@ SolveStatus LpSolver::State::solve(const SimplexLimits& limits, const StopToken&
   farkas.clear();
   ray.clear();
   farkas_gap = 0;
-  limited_by_storage = false;
+  limited_by_storage = too_large = false;
   status = SolveStatus::kLoaded;
   if (bounds_conflict()) return status = SolveStatus::kInfeasible;
   if (data.num_rows() == 0 && !data.is_quadratic()) {
@@ -359,6 +363,7 @@ void LpSolver::State::solve_anew(const SimplexLimits& limits, const StopToken& s
     }
     if (done) break;
     status = SolveStatus::kNumeric;
+    if (too_large) break;
     if (limited_by_storage) break;  // the other attempts could not store a better point either
     how.extended ? exact.distrust() : fast.distrust();
     if (stop.stop_requested()) {

@@ -37,6 +37,7 @@ template <class Real>
 void QuadraticSimplex<Real>::begin(const QuadraticSimplexOptions& options) {
   options_ = options;
   rejected_.clear();
+  is_rejected_.assign(static_cast<std::size_t>(core_.num_vars()), 0);
   phase1_ = bounds_changed_ = false;
   predicted_ = !options.may_predict;
   may_perturb_ = true;
@@ -100,6 +101,16 @@ SimplexOutcome QuadraticSimplex<Real>::stop_reason() const {
   }
 }
 
+// Before the factor is built: what stands off its bounds may become part of it.
+template <class Real>
+bool QuadraticSimplex<Real>::is_too_large() const {
+  Index off = 0;
+  for (Index col = 0; col < core_.n; ++col) {
+    off += form_.touches(col) && !core_.is_basic(col) && core_.place[col] == Place::kFree ? 1 : 0;
+  }
+  return off > ReducedSpace<Real>::kMostVariables;
+}
+
 template <class Real>
 SimplexOutcome QuadraticSimplex<Real>::run(const QuadraticSimplexOptions& options) {
   begin(options);
@@ -128,6 +139,8 @@ SimplexOutcome QuadraticSimplex<Real>::solve() {
         return SimplexOutcome::kNumeric;
       case Step::kUnbounded:
         return SimplexOutcome::kUnbounded;
+      case Step::kTooLarge:
+        return SimplexOutcome::kTooLarge;
       case Step::kNoEntering:
         if (core_.fresh) {
           outcome = finish(stopped);
@@ -169,13 +182,14 @@ SimplexOutcome QuadraticSimplex<Real>::rebuild(bool& stopped) {
   core_.compute_primal();
   phase1_ = core_.sum_primal_infeasibility() > 0;
   if (!phase1_ || !predicted_) {
+    if (is_too_large()) return SimplexOutcome::kTooLarge;
     if (!space_.refill()) return stop_reason();
     compute_gradient();
   }
   if (phase1_ && !predicted_) predict();
   predicted_ = true;
   core_.fresh = true;
-  rejected_.clear();
+  forget_rejected();
   report();
   stopped = false;
   return outcome;
@@ -298,13 +312,25 @@ typename QuadraticSimplex<Real>::Step QuadraticSimplex<Real>::iterate() {
 }
 
 template <class Real>
+void QuadraticSimplex<Real>::reject(Index var) {
+  rejected_.push_back(var);
+  is_rejected_[var] = 1;
+}
+
+template <class Real>
+void QuadraticSimplex<Real>::forget_rejected() {
+  for (const Index var : rejected_) is_rejected_[var] = 0;
+  rejected_.clear();
+}
+
+template <class Real>
 Index QuadraticSimplex<Real>::choose_entering() {
   Index best = -1;
   Real most = 0;
   for (Index var = 0; var < core_.num_vars(); ++var) {
     if (core_.is_basic(var) || (!phase1_ && space_.contains(var))) continue;
     const Real infeasibility = core_.dual_infeasibility(var);
-    if (infeasibility <= most || std::find(rejected_.begin(), rejected_.end(), var) != rejected_.end()) continue;
+    if (infeasibility <= most || is_rejected_[var]) continue;
     best = var;
     most = infeasibility;
   }

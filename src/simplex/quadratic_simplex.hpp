@@ -48,7 +48,7 @@ class QuadraticSimplex {
   Real objective();  // scaled, at the present point
 
  private:
-  enum class Step { kContinue, kRebuild, kNoEntering, kUnbounded, kStopped, kFailed };
+  enum class Step { kContinue, kRebuild, kNoEntering, kUnbounded, kStopped, kFailed, kTooLarge };
 
   void begin(const QuadraticSimplexOptions& options);
   void settle();
@@ -62,12 +62,15 @@ class QuadraticSimplex {
   void price();
   void report();
   [[nodiscard]] SimplexOutcome stop_reason() const;
+  [[nodiscard]] bool is_too_large() const;
   SimplexOutcome finish(bool& stopped);
 
   Step iterate();
   Index choose_entering();
   Step phase1_step();
   Step enter(Index var);
+  void reject(Index var);
+  void forget_rejected();
   bool is_subspace_optimal();
   Step newton_step();
   void set_direction();
@@ -94,6 +97,7 @@ class QuadraticSimplex {
   std::vector<Real> row_, column_products_;
 
   std::vector<Index> rejected_;
+  std::vector<char> is_rejected_;  // by variable
   bool phase1_ = false;
   bool predicted_ = false;
   bool bounds_changed_ = false;

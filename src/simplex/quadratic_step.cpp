@@ -35,12 +35,12 @@ typename QuadraticSimplex<Real>::Step QuadraticSimplex<Real>::phase1_step() {
                                    : core_.value[entering] - core_.work_lower[entering];
   const PrimalBlock<Real> block = ratio_test_.phase1(alpha_, direction, range, abs(core_.reduced_cost[entering]));
   if (block.unbounded) {  // impossible in exact arithmetic: the sum of infeasibilities is bounded
-    rejected_.push_back(entering);
+    reject(entering);
     return core_.fresh ? Step::kContinue : Step::kRebuild;
   }
   const Real pivot = block.position < 0 ? Real(1) : alpha_.value[block.position];
   if (abs(pivot) < 10 * core_.pivot_tol) {
-    rejected_.push_back(entering);
+    reject(entering);
     return core_.fresh ? Step::kContinue : Step::kRebuild;
   }
   for (const Index k : alpha_.index) core_.basic_value[k] -= block.step * direction * alpha_.value[k];
@@ -107,6 +107,7 @@ typename QuadraticSimplex<Real>::Step QuadraticSimplex<Real>::newton_step() {
 // is conjugate to the smaller one: no solve with the new factor is needed, and none could be had without curvature.
 template <class Real>
 typename QuadraticSimplex<Real>::Step QuadraticSimplex<Real>::enter(Index var) {
+  if (static_cast<Index>(space_.variables().size()) >= ReducedSpace<Real>::kMostVariables) return Step::kTooLarge;
   const Real direction = core_.reduced_cost[var] < 0 ? Real(1) : Real(-1);
   space_.products(var, column_products_);
   moving_ = space_.variables();
@@ -117,7 +118,7 @@ typename QuadraticSimplex<Real>::Step QuadraticSimplex<Real>::enter(Index var) {
   rate_.push_back(direction);
   set_direction();
   if (!(slope_ < 0)) {
-    rejected_.push_back(var);
+    reject(var);
     return core_.fresh ? Step::kContinue : Step::kRebuild;
   }
   const Real own = rate_.back();

@@ -23,6 +23,9 @@ class ReducedSpace {
   [[nodiscard]] bool contains(Index var) const { return slot_[var] >= 0; }
   [[nodiscard]] Index slot(Index var) const { return slot_[var]; }  // place in variables(), or -1
 
+  // The factor is dense: with so many variables it takes 36 MB, and ten million multiplications in every step.
+  static constexpr Index kMostVariables = 3000;
+
   // The factor no longer belongs to basis and variables.
   void invalidate() { valid_ = false; }
   [[nodiscard]] bool valid() const { return valid_; }

@@ -12,7 +12,8 @@ enum class SimplexOutcome {
   kIterationLimit,
   kTimeLimit,
   kInterrupted,
-  kNumeric,  // no progress at this precision
+  kNumeric,   // no progress at this precision
+  kTooLarge,  // would take more memory than a simplex method should, at any precision
 };
 
 }  // namespace zorvex

@@ -10,6 +10,7 @@
 
 #include "barrier/barrier_engine.hpp"
 #include "barrier/convexity.hpp"
+#include "barrier/quadratic_engine.hpp"
 #include "base/random_stream.hpp"
 #include "face_point.hpp"
 #include "simplex/answer_check.hpp"
@@ -141,6 +142,31 @@ SparseMatrix lower_of(const std::vector<std::vector<double>>& q) {
     lower.append_col(rows.data(), values.data(), static_cast<Index>(rows.size()));
   }
   return lower;
+}
+
+// A separable model of free columns, more than a dense reduced Hessian should have.
+TEST(QuadraticEngine, TooManySuperbasicsGoToTheBarrier) {
+  constexpr Index kCols = 3200;
+  LpData lp;
+  lp.matrix.num_rows = 1;
+  lp.row_lower = {-kInf};
+  lp.row_upper = {kCols};
+  lp.quadratic.num_rows = kCols;
+  const Index row = 0;
+  const double one = 1;
+  for (Index col = 0; col < kCols; ++col) {  // (x - 1/2)^2 / 2 but for the constant
+    lp.matrix.append_col(&row, &one, 1);
+    lp.quadratic.append_col(&col, &one, 1);
+    lp.cost.push_back(-0.5);
+    lp.col_lower.push_back(-kInf);
+    lp.col_upper.push_back(kInf);
+  }
+  TextLog log;
+  const EngineAnswer answer = QuadraticSimplexEngine({}, {}, Basis()).solve(lp, {}, {}, log);
+  ASSERT_EQ(answer.status, SolveStatus::kOptimal);
+  EXPECT_TRUE(log.has("switch to barrier"));
+  EXPECT_FALSE(log.has("quad precision"));
+  for (Index col = 0; col < kCols; col += 500) EXPECT_NEAR(answer.point.x[col], 0.5, 1e-5);
 }
 
 TEST(Convexity, AdjustmentsOfSmallMatrices) {
