@@ -37,35 +37,33 @@ PrimalBlock<Real> PrimalRatioTest<Real>::phase1(const Scattered<Real>& alpha, Re
       }
     }
   }
-  std::sort(breakpoints_.begin(), breakpoints_.end(), [](const Breakpoint& a, const Breakpoint& b) {
-    return a.step < b.step || (a.step == b.step && a.position < b.position);
-  });
+  // A heap: the few breakpoints that are passed come out in order, at the back.
+  const auto later = [](const Breakpoint& a, const Breakpoint& b) {
+    return a.step > b.step || (a.step == b.step && a.position > b.position);
+  };
+  std::make_heap(breakpoints_.begin(), breakpoints_.end(), later);
   Real largest = 0;
-  std::size_t end = 0;
-  while (end < breakpoints_.size() && slope > 0 && breakpoints_[end].step < own_range) {
-    slope -= breakpoints_[end].alpha;
-    largest = std::max(largest, breakpoints_[end].alpha);
-    ++end;
+  auto heap_end = breakpoints_.end();
+  while (heap_end != breakpoints_.begin() && slope > 0 && breakpoints_.front().step < own_range) {
+    slope -= breakpoints_.front().alpha;
+    largest = std::max(largest, breakpoints_.front().alpha);
+    std::pop_heap(breakpoints_.begin(), heap_end--, later);
   }
   PrimalBlock<Real> block;
   if (slope > 0 && std::isfinite(own_range)) {
     block.step = own_range;
     return block;
   }
-  if (end == 0) {
+  if (heap_end == breakpoints_.end()) {
     block.unbounded = true;
     return block;
   }
-  std::size_t chosen = end - 1;
-  for (std::size_t k = end; k-- > 0;) {
-    if (breakpoints_[k].alpha >= Real(kGoodPivotShare) * largest) {
-      chosen = k;
-      break;
-    }
-  }
-  block.position = breakpoints_[chosen].position;
-  block.step = breakpoints_[chosen].step;
-  block.to_upper = breakpoints_[chosen].to_upper;
+  // The last one passed has a good pivot, or one of those before.
+  auto chosen = heap_end;
+  while (chosen->alpha < Real(kGoodPivotShare) * largest) ++chosen;
+  block.position = chosen->position;
+  block.step = chosen->step;
+  block.to_upper = chosen->to_upper;
   return block;
 }
 
@@ -80,7 +78,7 @@ PrimalBlock<Real> PrimalRatioTest<Real>::phase2(const Scattered<Real>& alpha, Re
   for (const Index k : alpha.index) {
     const Real rate = -direction * alpha.value[k];
     if (abs(rate) <= KernelTolerances<Real>::kRatioPivot) continue;
-    relaxed = std::min<Real>(relaxed, (std::max<Real>(distance(k, rate), 0) + tolerance) / abs(rate));
+    relaxed = std::min<Real>(relaxed, std::max<Real>(distance(k, rate) + tolerance, 0) / abs(rate));
   }
   PrimalBlock<Real> block;
   if (own_range <= relaxed && std::isfinite(own_range)) {
