@@ -17,8 +17,10 @@ constexpr double kMinDevexWeight = 1e-4;
 
 // Runs from slacks are long: there steepest edge saves half of the devex iterations. It starts with unit weights: the
 // exact ones 1 + ||a_j||^2 of the slack basis hold columns with many entries back for long, which costs more than it
-// brings (bley_xs1noM 18400 iterations for 3800, ns1116954 over 7700 for 4100; momentum1 6800 for 7800). Others, often
-// a short clean-up, use steepest edge when asked to; their exact weights are computed where they cost little.
+// brings in the sum (bley_xs1noM 17600 iterations for 4700, ns1116954 8700 for 3400; but ns1606230 6900 for 13100,
+// neos-1601936 4900 for 11700, and 4% more on the medium LPs). Square roots of the exact weights lose bley_xs1noM.
+// Others, often a short clean-up, use steepest edge when asked to; their exact weights are computed where they cost
+// little.
 template <class Real>
 void PrimalSimplex<Real>::start_weights() {
   weights_started_ = true;
