@@ -13,7 +13,7 @@ namespace zorvex {
 struct StagedOptions {
   SimplexOptions simplex;
   BarrierEngineOptions barrier;  // with crossover
-  double short_solve = 2.5e7;    // effort of the simplex below which nothing else is thought of
+  double short_solve = 6e7;      // effort of the simplex below which nothing else is thought of
   double simplex_share = 1.5;    // times the prediction of the barrier that the simplex may cost
   double small_model = 1e7;      // rows times nonzeros up to which the barrier is not analysed at all
   double barrier_patience = 4;   // times its prediction that the barrier may cost
