@@ -21,7 +21,7 @@ namespace {
 
 // A typical solve, for predictions.
 constexpr double kTypicalIterations = 30;
-constexpr double kSolvesPerIteration = 5;  // with refinement and correctors
+constexpr double kSolvesPerIteration = 3;  // with refinement and correctors, as measured
 constexpr double kAssumedRate = 4e9;       // multiplications a second and thread, for the prediction in the log
 constexpr std::size_t kStepsToJudge = 6;   // when residuals after so many steps ...
 constexpr double kCrawlingShare = 0.2;     // ... are still this share of what they were, ...
