@@ -302,7 +302,7 @@ typename QuadraticSimplex<Real>::Step QuadraticSimplex<Real>::iterate() {
     settle();
     return Step::kRebuild;
   }
-  if (core_.log->due(core_.iterations + core_.iteration_offset)) return Step::kRebuild;
+  report();
   compute_multipliers();
   if (phase1_) return phase1_step();
   if (!is_subspace_optimal()) return newton_step();
