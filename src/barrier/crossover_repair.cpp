@@ -25,6 +25,7 @@ SolveStatus CrossoverPush<Real>::remove_near_dependencies() {
   for (int exchanges = 0; exchanges < most; ++exchanges) {
     const Index position = most_displaced();
     if (position < 0) break;
+    if (const SolveStatus status = check_limits(); status != SolveStatus::kLoaded) return status;
     if (!exchange_for_logical(position)) {
       if (core_.lu.num_updates() == 0) break;
       if (const SolveStatus status = refactor(); status != SolveStatus::kLoaded) return status;

@@ -73,11 +73,11 @@ double dot(Index count, const double* a, const double* b) {
 
 const BlasLibrary* blas_library() {
   struct Loaded {
-    BlasLibrary library{};
-    bool present = load_any(library);
+    BlasLibrary entries{};
+    bool present = load_any(entries);
   };
   static const Loaded kLoaded;
-  return kLoaded.present ? &kLoaded.library : nullptr;
+  return kLoaded.present ? &kLoaded.entries : nullptr;
 }
 
 void subtract_product(const BlasLibrary* library, Index m, Index n, Index k, const double* a, Index lda,

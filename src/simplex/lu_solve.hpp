@@ -80,6 +80,7 @@ class LuSolve {
     Real x = 0, y = 0;
   };
   [[nodiscard]] bool promises_dense(const Scattered<Real>& x, Kind kind) const;
+  static Offset spread_twin(const Graph& graph, Index node, Twin v, Twin* twins);
   Index sweep_twins(const Graph& graph, Sequence nodes);
   void apply_etas_to_twins(const LuFactors<Real>& factors);
   void save_twins(LuEntries<Real>& entries) const;

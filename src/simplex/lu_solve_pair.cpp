@@ -63,6 +63,19 @@ void LuSolve<Real>::save_twins(LuEntries<Real>& entries) const {
   }
 }
 
+// Takes v times the entries of `node` off the twins they point at. Returns their number.
+template <class Real>
+inline Offset LuSolve<Real>::spread_twin(const Graph& graph, Index node, Twin v, Twin* twins) {
+  const LuRange range = graph.range[node];
+  for (Index e = range.begin; e < range.end; ++e) {
+    Twin& target = twins[graph.index[e]];
+    const Real factor = graph.value[e];
+    target.x -= v.x * factor;
+    target.y -= v.y * factor;
+  }
+  return range.length();
+}
+
 template <class Real>
 Index LuSolve<Real>::sweep_twins(const Graph& given, Sequence nodes) {
   const Graph graph = given;
@@ -73,14 +86,7 @@ Index LuSolve<Real>::sweep_twins(const Graph& given, Sequence nodes) {
     const Twin v = twins[node];
     if (v.x == 0 && v.y == 0) continue;
     ++visited;
-    const LuRange range = graph.range[node];
-    touched += range.length();
-    for (Index e = range.begin; e < range.end; ++e) {
-      Twin& target = twins[graph.index[e]];
-      const Real factor = graph.value[e];
-      target.x -= v.x * factor;
-      target.y -= v.y * factor;
-    }
+    touched += spread_twin(graph, node, v, twins);
   }
   work_ += touched;
   return visited;
@@ -122,14 +128,7 @@ Index LuSolve<Real>::drain_twins(const Graph& given, Sequence nodes, Real* x, Re
     const Index image = graph.image[node];
     x[image] = v.x;
     y[image] = v.y;
-    const LuRange range = graph.range[node];
-    touched += range.length();
-    for (Index e = range.begin; e < range.end; ++e) {
-      Twin& target = twins[graph.index[e]];
-      const Real factor = graph.value[e];
-      target.x -= v.x * factor;
-      target.y -= v.y * factor;
-    }
+    touched += spread_twin(graph, node, v, twins);
   }
   for (Index node = 0; node < m_; ++node) {  // those without successors; the others are zero by now
     const Twin v = twins[node];

@@ -190,7 +190,12 @@ SimplexOutcome QuadraticSimplex<Real>::rebuild(bool& stopped) {
   predicted_ = true;
   core_.fresh = true;
   forget_rejected();
-  report();
+  compute_multipliers();
+  price();
+  if (core_.log->due(core_.iterations + core_.iteration_offset) || core_.log->watched() ||
+      (core_.log->sink().enabled() && core_.first_iteration())) {
+    report();
+  }
   stopped = false;
   return outcome;
 }
@@ -266,25 +271,24 @@ void QuadraticSimplex<Real>::price() {
 }
 
 template <class Real>
-Real QuadraticSimplex<Real>::objective() {
-  compute_gradient();
-  Real sum = 0;
+Real QuadraticSimplex<Real>::objective() const {
+  const auto value_of = [this](Index col) {
+    return core_.is_basic(col) ? core_.basic_value[core_.where[col]] : core_.value[col];
+  };
+  std::vector<Real> gradient(core_.cost.begin(), core_.cost.begin() + core_.n);
   for (Index col = 0; col < core_.n; ++col) {
-    const Real x = core_.is_basic(col) ? core_.basic_value[core_.where[col]] : core_.value[col];
-    sum += (core_.cost[col] + gradient_[col]) / 2 * x;
+    const Real x = value_of(col);
+    if (x != 0) form_.add_column(col, x, gradient);
   }
+  Real sum = 0;
+  for (Index col = 0; col < core_.n; ++col) sum += (core_.cost[col] + gradient[col]) / 2 * value_of(col);
   return sum;
 }
 
+// Changes nothing, work counts included: when lines are due may depend on the clock, the path must not.
 template <class Real>
-void QuadraticSimplex<Real>::report() {
-  if (!core_.log->due(core_.iterations + core_.iteration_offset) && !core_.log->watched() &&
-      !(core_.log->sink().enabled() && core_.first_iteration()))
-    return;
-  const Real value = objective();
-  compute_multipliers();
-  price();
-  core_.log->iteration(core_.iterations + core_.iteration_offset, static_cast<double>(value),
+void QuadraticSimplex<Real>::report() const {
+  core_.log->iteration(core_.iterations + core_.iteration_offset, static_cast<double>(objective()),
                        static_cast<double>(core_.sum_primal_infeasibility()),
                        static_cast<double>(core_.sum_dual_infeasibility()), false);
 }
@@ -302,7 +306,7 @@ typename QuadraticSimplex<Real>::Step QuadraticSimplex<Real>::iterate() {
     settle();
     return Step::kRebuild;
   }
-  report();
+  if (core_.log->due(core_.iterations + core_.iteration_offset)) report();
   compute_multipliers();
   if (phase1_) return phase1_step();
   if (!is_subspace_optimal()) return newton_step();

@@ -45,7 +45,7 @@ class QuadraticSimplex {
   // bounds. Ends with the true bounds. kUnbounded: core.proof holds a direction without curvature over all variables.
   SimplexOutcome run(const QuadraticSimplexOptions& options);
 
-  Real objective();  // scaled, at the present point
+  [[nodiscard]] Real objective() const;  // scaled, at the present point
 
  private:
   enum class Step { kContinue, kRebuild, kNoEntering, kUnbounded, kStopped, kFailed, kTooLarge };
@@ -60,7 +60,7 @@ class QuadraticSimplex {
   void compute_multipliers();
   [[nodiscard]] Real reduced_cost_of(Index var) const;
   void price();
-  void report();
+  void report() const;
   [[nodiscard]] SimplexOutcome stop_reason() const;
   [[nodiscard]] bool is_too_large() const;
   SimplexOutcome finish(bool& stopped);
