@@ -1,0 +1,160 @@
+#include "presolve/bound_propagation.hpp"
+
+#include <algorithm>
+#include <cmath>
+
+#include "base/tolerances.hpp"
+
+namespace zorvex {
+namespace {
+
+constexpr std::size_t kMaxSupport = 200;   // facts that one argument may rest on
+constexpr double kWorthwhile = 0.01;       // of the width, or of the bound: smaller gains are not followed up
+constexpr Index kFactsPerBound = 4;        // facts, over the number of columns
+constexpr std::int64_t kWorkPerEntry = 8;  // nonzeros touched by the sweeps, per nonzero of the original
+
+}  // namespace
+
+BoundPropagation::BoundPropagation(const PresolveModel& model, WorkMeter& work)
+    : model_(model),
+      work_(work),
+      latest_(2 * static_cast<std::size_t>(model.num_cols()), -1),
+      activity_(model.activity),
+      pillar_(static_cast<std::size_t>(model.num_rows()), 0),
+      gone_(static_cast<std::size_t>(model.num_rows()), 0),
+      queued_(static_cast<std::size_t>(model.num_rows()), 0) {}
+
+void BoundPropagation::run(int sweeps) {
+  std::vector<Index> rows;
+  std::int64_t entries = 0;
+  for (Index row = 0; row < model_.num_rows(); ++row) {
+    if (!model_.row_alive[row]) continue;
+    rows.push_back(row);
+    entries += model_.matrix.row_length(row);
+  }
+  const std::int64_t limit = work_.total() + kWorkPerEntry * entries;
+  for (int k = 0; k < sweeps && !rows.empty() && work_.total() < limit; ++k) sweep(rows);
+}
+
+void BoundPropagation::sweep(std::vector<Index>& rows) {
+  touched_.clear();
+  for (const Index row : rows) queued_[row] = 0;
+  const std::size_t most_facts = static_cast<std::size_t>(kFactsPerBound) * latest_.size();
+  for (const Index row : rows) {
+    const Activity& activity = activity_[row];
+    const bool from_upper = model_.row_upper[row] < kInf && activity.infinite_min <= 1;
+    const bool from_lower = model_.row_lower[row] > -kInf && activity.infinite_max <= 1;
+    work_.add(1);
+    if ((!from_upper && !from_lower) || facts_.size() > most_facts) continue;
+    work_.add(model_.matrix.row_length(row));
+    for (const auto& entry : model_.matrix.row(row)) {
+      // Dividing by a tiny coefficient makes a bound of rounding errors.
+      if (std::abs(entry.value) < PresolveTolerances::kPivotShare * model_.matrix.row_magnitude(row)) continue;
+      if (entry.value > 0 ? from_upper : from_lower) derive(entry, kUpper);
+      if (entry.value > 0 ? from_lower : from_upper) derive(entry, kLower);
+    }
+  }
+  std::swap(rows, touched_);
+}
+
+double BoundPropagation::value_of(Index col, Side side, Index fact) const {
+  if (fact >= 0) return facts_[fact].value;
+  return side == kLower ? model_.col_lower[col] : model_.col_upper[col];
+}
+
+bool BoundPropagation::worth_it(Index col, Side side, double value) const {
+  const double old = bound(col, side);
+  if (side == kLower ? !(value > old) : !(value < old)) return false;
+  if (std::isinf(old)) return true;
+  const double width = std::abs(bound(col, side == kLower ? kUpper : kLower) - old);
+  const double scale = std::isfinite(width) ? width : std::max(1.0, std::abs(old));
+  return std::abs(value - old) > kWorthwhile * scale;
+}
+
+void BoundPropagation::derive(const PresolveMatrix::Entry& entry, Side side) {
+  const Index row = entry.row;
+  const Index col = entry.col;
+  const double lower = bound(col, kLower);
+  const double upper = bound(col, kUpper);
+  Activity rest = activity_[row];
+  rest.add(entry.value, lower, upper, -1);
+  const bool from_upper = (entry.value > 0) == (side == kUpper);
+  const double room = from_upper ? model_.row_upper[row] - rest.min() : model_.row_lower[row] - rest.max();
+  const double value = room / entry.value;
+  if (!(std::abs(value) < PresolveTolerances::kHugeBound) || !worth_it(col, side, value)) return;
+  // Crossing bounds are for the solver to find and to prove.
+  if (side == kLower ? value > upper : value < lower) return;
+  Index& latest = latest_[2 * col + side];
+  facts_.push_back({col, row, latest, side, value});
+  latest = static_cast<Index>(facts_.size()) - 1;
+  work_.add(model_.matrix.col_length(col));
+  for (const auto& other : model_.matrix.col(col)) {
+    Activity& activity = activity_[other.row];
+    activity.add(other.value, lower, upper, -1);
+    activity.add(other.value, bound(col, kLower), bound(col, kUpper), 1);
+    if (!queued_[other.row] && other.row != row) {
+      queued_[other.row] = 1;
+      touched_.push_back(other.row);
+    }
+  }
+}
+
+Index BoundPropagation::version(Index col, Side side, Index before, Index row) const {
+  Index fact = latest_[2 * col + side];
+  while (fact >= 0 && (fact >= before || facts_[fact].row == row)) fact = facts_[fact].previous;
+  return fact;
+}
+
+Activity BoundPropagation::range(Index row) const {
+  const auto all = static_cast<Index>(facts_.size());
+  Activity sum;
+  for (const auto& entry : model_.matrix.row(row)) {
+    sum.add(entry.value, value_of(entry.col, kLower, version(entry.col, kLower, all, row)),
+            value_of(entry.col, kUpper, version(entry.col, kUpper, all, row)), 1);
+  }
+  work_.add(2 * model_.matrix.row_length(row));
+  return sum;
+}
+
+// Puts the facts behind one end of the row's range on the stack.
+bool BoundPropagation::collect(Index row, bool minimum, Index skipped_col, Index before, Index claimed) {
+  work_.add(model_.matrix.row_length(row));
+  for (const auto& entry : model_.matrix.row(row)) {
+    if (entry.col == skipped_col) continue;
+    const Side side = (entry.value > 0) == minimum ? kLower : kUpper;
+    const Index fact = version(entry.col, side, before, row == claimed ? row : -1);
+    if (fact < 0 || seen_[fact] == argument_) continue;
+    if (facts_[fact].row == claimed || gone_[facts_[fact].row]) return false;
+    seen_[fact] = argument_;
+    stack_.push_back(fact);
+    argued_rows_.push_back(facts_[fact].row);
+    if (argued_rows_.size() > kMaxSupport) return false;
+  }
+  return true;
+}
+
+bool BoundPropagation::argue(Index row, bool minimum) {
+  seen_.resize(facts_.size(), 0);
+  ++argument_;
+  stack_.clear();
+  if (!collect(row, minimum, -1, static_cast<Index>(facts_.size()), row)) return false;
+  while (!stack_.empty()) {
+    const Index at = stack_.back();
+    stack_.pop_back();
+    const Fact fact = facts_[at];
+    double coefficient = 0;
+    for (const auto& entry : model_.matrix.row(fact.row)) {
+      if (entry.col == fact.col) coefficient = entry.value;
+    }
+    const bool from_upper = (coefficient > 0) == (fact.side == kUpper);
+    if (!collect(fact.row, from_upper, fact.col, at, row)) return false;
+  }
+  return true;
+}
+
+void BoundPropagation::accept() {
+  for (const Index row : argued_rows_) pillar_[row] = 1;
+  argued_rows_.clear();
+}
+
+}  // namespace zorvex

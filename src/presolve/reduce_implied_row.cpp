@@ -1,0 +1,58 @@
+// reduce_implied_row.cpp: an inequality that other rows imply, by the bounds they put on its columns, goes; of a range
+// the side that never binds goes. What a row rests on stays until the next round.
+//   Source   see bound_propagation.hpp.
+#include "base/tolerances.hpp"
+#include "presolve/bound_propagation.hpp"
+#include "presolve/changes.hpp"
+#include "presolve/reduction.hpp"
+
+namespace zorvex {
+extern const Reduction kImpliedRow;
+
+constexpr int kSweeps = 5;
+
+static Outcome settle(const PresolveModel& model, Index row, BoundPropagation& bounds, Changes& changes) {
+  const double lower = model.row_lower[row];
+  const double upper = model.row_upper[row];
+  const Activity range = bounds.range(row);
+  const bool lower_idle = lower > -kInf && range.min() >= lower - conclusion_slack(lower);
+  const bool upper_idle = upper < kInf && range.max() <= upper + conclusion_slack(upper);
+  if (!lower_idle && !upper_idle) return Outcome::kNone;
+  const bool drop_lower = lower_idle && bounds.argue(row, true);
+  const bool drop_upper = upper_idle && (!lower_idle || drop_lower) && bounds.argue(row, false);
+  if ((lower_idle && !drop_lower) || (upper_idle && !drop_upper)) {
+    bounds.reject();
+    return Outcome::kNone;
+  }
+  bounds.accept();
+  bounds.remove(row);
+  if ((lower == -kInf || drop_lower) && (upper == kInf || drop_upper)) {
+    changes.record(kImpliedRow).index(row).entries(model.matrix.row(row), &PresolveMatrix::Entry::col);
+    changes.remove_row(row);
+  } else {
+    changes.set_row_sides(row, drop_lower ? -kInf : lower, drop_upper ? kInf : upper);
+  }
+  return Outcome::kChanged;
+}
+
+static Outcome find(const PresolveModel& model, Index, Changes& changes) {
+  BoundPropagation bounds(model, changes.work());
+  bounds.run(kSweeps);
+  Outcome result = Outcome::kNone;
+  for (Index row = 0; row < model.num_rows(); ++row) {
+    if (!model.row_alive[row] || model.is_equation(row) || bounds.is_pillar(row)) continue;
+    if (settle(model, row, bounds, changes) == Outcome::kChanged) result = Outcome::kChanged;
+  }
+  return result;
+}
+
+static void undo(UndoReader& record, PostsolvePoint& point) {
+  const Index row = record.index();
+  point.activity[row] = record.entries().dot(point.x);
+  point.pi[row] = 0;
+  point.row_status[row] = BasisStatus::kBasic;
+}
+
+const Reduction kImpliedRow{"implied_row", Trigger::kRound, false, 1, find, undo};
+
+}  // namespace zorvex
