@@ -20,9 +20,11 @@ BoundPropagation::BoundPropagation(const PresolveModel& model, WorkMeter& work)
       work_(work),
       latest_(2 * static_cast<std::size_t>(model.num_cols()), -1),
       activity_(model.activity),
-      pillar_(static_cast<std::size_t>(model.num_rows()), 0),
-      gone_(static_cast<std::size_t>(model.num_rows()), 0),
-      queued_(static_cast<std::size_t>(model.num_rows()), 0) {}
+      row_pillar_(static_cast<std::size_t>(model.num_rows()), 0),
+      row_gone_(row_pillar_.size(), 0),
+      queued_(row_pillar_.size(), 0),
+      bound_pillar_(latest_.size(), 0),
+      bound_gone_(latest_.size(), 0) {}
 
 void BoundPropagation::run(int sweeps) {
   std::vector<Index> rows;
@@ -50,8 +52,8 @@ void BoundPropagation::sweep(std::vector<Index>& rows) {
     for (const auto& entry : model_.matrix.row(row)) {
       // Dividing by a tiny coefficient makes a bound of rounding errors.
       if (std::abs(entry.value) < PresolveTolerances::kPivotShare * model_.matrix.row_magnitude(row)) continue;
-      if (entry.value > 0 ? from_upper : from_lower) derive(entry, kUpper);
-      if (entry.value > 0 ? from_lower : from_upper) derive(entry, kLower);
+      if (entry.value > 0 ? from_upper : from_lower) derive(entry, Side::kUpper);
+      if (entry.value > 0 ? from_lower : from_upper) derive(entry, Side::kLower);
     }
   }
   std::swap(rows, touched_);
@@ -59,14 +61,14 @@ void BoundPropagation::sweep(std::vector<Index>& rows) {
 
 double BoundPropagation::value_of(Index col, Side side, Index fact) const {
   if (fact >= 0) return facts_[fact].value;
-  return side == kLower ? model_.col_lower[col] : model_.col_upper[col];
+  return side == Side::kLower ? model_.col_lower[col] : model_.col_upper[col];
 }
 
 bool BoundPropagation::worth_it(Index col, Side side, double value) const {
   const double old = bound(col, side);
-  if (side == kLower ? !(value > old) : !(value < old)) return false;
+  if (side == Side::kLower ? !(value > old) : !(value < old)) return false;
   if (std::isinf(old)) return true;
-  const double width = std::abs(bound(col, side == kLower ? kUpper : kLower) - old);
+  const double width = std::abs(bound(col, side == Side::kLower ? Side::kUpper : Side::kLower) - old);
   const double scale = std::isfinite(width) ? width : std::max(1.0, std::abs(old));
   return std::abs(value - old) > kWorthwhile * scale;
 }
@@ -74,24 +76,24 @@ bool BoundPropagation::worth_it(Index col, Side side, double value) const {
 void BoundPropagation::derive(const PresolveMatrix::Entry& entry, Side side) {
   const Index row = entry.row;
   const Index col = entry.col;
-  const double lower = bound(col, kLower);
-  const double upper = bound(col, kUpper);
+  const double lower = bound(col, Side::kLower);
+  const double upper = bound(col, Side::kUpper);
   Activity rest = activity_[row];
   rest.add(entry.value, lower, upper, -1);
-  const bool from_upper = (entry.value > 0) == (side == kUpper);
+  const bool from_upper = (entry.value > 0) == (side == Side::kUpper);
   const double room = from_upper ? model_.row_upper[row] - rest.min() : model_.row_lower[row] - rest.max();
   const double value = room / entry.value;
   if (!(std::abs(value) < PresolveTolerances::kHugeBound) || !worth_it(col, side, value)) return;
   // Crossing bounds are for the solver to find and to prove.
-  if (side == kLower ? value > upper : value < lower) return;
-  Index& latest = latest_[2 * col + side];
+  if (side == Side::kLower ? value > upper : value < lower) return;
+  Index& latest = latest_[slot(col, side)];
   facts_.push_back({col, row, latest, side, value});
   latest = static_cast<Index>(facts_.size()) - 1;
   work_.add(model_.matrix.col_length(col));
   for (const auto& other : model_.matrix.col(col)) {
     Activity& activity = activity_[other.row];
     activity.add(other.value, lower, upper, -1);
-    activity.add(other.value, bound(col, kLower), bound(col, kUpper), 1);
+    activity.add(other.value, bound(col, Side::kLower), bound(col, Side::kUpper), 1);
     if (!queued_[other.row] && other.row != row) {
       queued_[other.row] = 1;
       touched_.push_back(other.row);
@@ -100,7 +102,7 @@ void BoundPropagation::derive(const PresolveMatrix::Entry& entry, Side side) {
 }
 
 Index BoundPropagation::version(Index col, Side side, Index before, Index row) const {
-  Index fact = latest_[2 * col + side];
+  Index fact = latest_[slot(col, side)];
   while (fact >= 0 && (fact >= before || facts_[fact].row == row)) fact = facts_[fact].previous;
   return fact;
 }
@@ -109,52 +111,77 @@ Activity BoundPropagation::range(Index row) const {
   const auto all = static_cast<Index>(facts_.size());
   Activity sum;
   for (const auto& entry : model_.matrix.row(row)) {
-    sum.add(entry.value, value_of(entry.col, kLower, version(entry.col, kLower, all, row)),
-            value_of(entry.col, kUpper, version(entry.col, kUpper, all, row)), 1);
+    sum.add(entry.value, value_of(entry.col, Side::kLower, version(entry.col, Side::kLower, all, row)),
+            value_of(entry.col, Side::kUpper, version(entry.col, Side::kUpper, all, row)), 1);
   }
   work_.add(2 * model_.matrix.row_length(row));
   return sum;
 }
 
-// Puts the facts behind one end of the row's range on the stack.
-bool BoundPropagation::collect(Index row, bool minimum, Index skipped_col, Index before, Index claimed) {
+bool BoundPropagation::collect_fact(Index col, Side side, Index fact, Index claimed) {
+  if (fact < 0) {
+    if (bound_gone_[slot(col, side)]) return false;
+    argued_bounds_.push_back(slot(col, side));
+    return true;
+  }
+  if (seen_[fact] == argument_count_) return true;
+  if (facts_[fact].row == claimed || row_gone_[facts_[fact].row]) return false;
+  seen_[fact] = argument_count_;
+  stack_.push_back(fact);
+  return argued_rows_.size() + stack_.size() <= kMaxSupport;
+}
+
+// What one end of the row's range rested on before the fact `before`.
+bool BoundPropagation::collect_range(Index row, Side end, Index skipped_col, Index before, Index claimed) {
   work_.add(model_.matrix.row_length(row));
   for (const auto& entry : model_.matrix.row(row)) {
     if (entry.col == skipped_col) continue;
-    const Side side = (entry.value > 0) == minimum ? kLower : kUpper;
+    const Side side = (entry.value > 0) == (end == Side::kLower) ? Side::kLower : Side::kUpper;
     const Index fact = version(entry.col, side, before, row == claimed ? row : -1);
-    if (fact < 0 || seen_[fact] == argument_) continue;
-    if (facts_[fact].row == claimed || gone_[facts_[fact].row]) return false;
-    seen_[fact] = argument_;
-    stack_.push_back(fact);
-    argued_rows_.push_back(facts_[fact].row);
-    if (argued_rows_.size() > kMaxSupport) return false;
+    if (!collect_fact(entry.col, side, fact, claimed)) return false;
   }
   return true;
 }
 
-bool BoundPropagation::argue(Index row, bool minimum) {
-  seen_.resize(facts_.size(), 0);
-  ++argument_;
-  stack_.clear();
-  if (!collect(row, minimum, -1, static_cast<Index>(facts_.size()), row)) return false;
+bool BoundPropagation::collect_reasons(Index claimed) {
   while (!stack_.empty()) {
     const Index at = stack_.back();
     stack_.pop_back();
-    const Fact fact = facts_[at];
+    const Fact& fact = facts_[at];
     double coefficient = 0;
     for (const auto& entry : model_.matrix.row(fact.row)) {
       if (entry.col == fact.col) coefficient = entry.value;
     }
-    const bool from_upper = (coefficient > 0) == (fact.side == kUpper);
-    if (!collect(fact.row, from_upper, fact.col, at, row)) return false;
+    const bool from_upper = (coefficient > 0) == (fact.side == Side::kUpper);
+    argued_rows_.push_back({fact.row, from_upper ? Side::kUpper : Side::kLower});
+    if (!collect_range(fact.row, from_upper ? Side::kLower : Side::kUpper, fact.col, at, claimed)) return false;
   }
   return true;
 }
 
+bool BoundPropagation::argue_range(Index row, Side end) {
+  seen_.resize(facts_.size(), 0);
+  ++argument_count_;
+  stack_.clear();
+  return collect_range(row, end, -1, static_cast<Index>(facts_.size()), row) && collect_reasons(row);
+}
+
+bool BoundPropagation::argue_bound(Index col, Side side) {
+  seen_.resize(facts_.size(), 0);
+  ++argument_count_;
+  stack_.clear();
+  return collect_fact(col, side, latest_[slot(col, side)], -1) && collect_reasons(-1);
+}
+
 void BoundPropagation::accept() {
-  for (const Index row : argued_rows_) pillar_[row] = 1;
+  for (const RowSide& argued : argued_rows_) row_pillar_[argued.row] = 1;
+  for (const std::size_t argued : argued_bounds_) bound_pillar_[argued] = 1;
+  reject();
+}
+
+void BoundPropagation::reject() {
   argued_rows_.clear();
+  argued_bounds_.clear();
 }
 
 }  // namespace zorvex

@@ -9,6 +9,8 @@
 namespace zorvex {
 extern const Reduction kImpliedRow;
 
+using Side = BoundPropagation::Side;
+
 constexpr int kSweeps = 5;
 
 static Outcome settle(const PresolveModel& model, Index row, BoundPropagation& bounds, Changes& changes) {
@@ -18,14 +20,14 @@ static Outcome settle(const PresolveModel& model, Index row, BoundPropagation& b
   const bool lower_idle = lower > -kInf && range.min() >= lower - conclusion_slack(lower);
   const bool upper_idle = upper < kInf && range.max() <= upper + conclusion_slack(upper);
   if (!lower_idle && !upper_idle) return Outcome::kNone;
-  const bool drop_lower = lower_idle && bounds.argue(row, true);
-  const bool drop_upper = upper_idle && (!lower_idle || drop_lower) && bounds.argue(row, false);
+  const bool drop_lower = lower_idle && bounds.argue_range(row, Side::kLower);
+  const bool drop_upper = upper_idle && (!lower_idle || drop_lower) && bounds.argue_range(row, Side::kUpper);
   if ((lower_idle && !drop_lower) || (upper_idle && !drop_upper)) {
     bounds.reject();
     return Outcome::kNone;
   }
   bounds.accept();
-  bounds.remove(row);
+  bounds.remove_row(row);
   if ((lower == -kInf || drop_lower) && (upper == kInf || drop_upper)) {
     changes.record(kImpliedRow).index(row).entries(model.matrix.row(row), &PresolveMatrix::Entry::col);
     changes.remove_row(row);
