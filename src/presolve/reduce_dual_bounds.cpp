@@ -110,28 +110,22 @@ bool DualBounds::conclude() {
   return true;
 }
 
-// Smallest distance from zero at which a sign is certain although the solver's duals hold within its tolerance only.
-double certain(const PresolveModel& model, double magnitude) {
-  return model.options.dual_feasibility_tol * (1 + magnitude);
-}
-
 Outcome DualBounds::settle_column(Index col) {
   if (pi_.is_pillar(col)) return Outcome::kNone;
   const Activity product = pi_.range(col);
   const double least = model_.cost[col] - product.max();  // reduced cost
   const double most = model_.cost[col] - product.min();
-  if (!(least > 0) && !(most < 0)) return Outcome::kNone;
-  double magnitude = 0;
-  for (const auto& entry : model_.matrix.col(col)) magnitude += std::abs(entry.value);
-  const double margin = certain(model_, magnitude);
-  if (!(least > margin) && !(most < -margin)) return Outcome::kNone;
-  const bool to_lower = least > 0;
+  const double slack = conclusion_slack(model_.cost[col]);
+  const bool to_lower = least >= -slack;
+  if (!to_lower && !(most <= slack)) return Outcome::kNone;
+  const double bound = to_lower ? model_.col_lower[col] : model_.col_upper[col];
+  const bool never_zero = (to_lower ? least : -most) > model_.options.dual_feasibility_tol + slack;
+  if (!std::isfinite(bound) && !never_zero) return Outcome::kNone;
   if (!pi_.argue_range(col, to_lower ? Side::kUpper : Side::kLower)) {
     pi_.reject();
     return Outcome::kNone;
   }
   if (!conclude()) return Outcome::kNone;
-  const double bound = to_lower ? model_.col_lower[col] : model_.col_upper[col];
   if (!std::isfinite(bound)) return Outcome::kUnbounded;
   pi_.remove_row(col);
   changes_.fix_column(col, bound, to_lower ? BasisStatus::kAtLower : BasisStatus::kAtUpper);
@@ -139,9 +133,8 @@ Outcome DualBounds::settle_column(Index col) {
 }
 
 Outcome DualBounds::settle_row(Index row) {
-  const double margin = certain(model_, 0);
-  const bool at_lower = pi_.lower(row) > margin && std::isfinite(model_.row_lower[row]);
-  const bool at_upper = pi_.upper(row) < -margin && std::isfinite(model_.row_upper[row]);
+  const bool at_lower = pi_.lower(row) > 0 && std::isfinite(model_.row_lower[row]);
+  const bool at_upper = pi_.upper(row) < 0 && std::isfinite(model_.row_upper[row]);
   if (at_lower == at_upper || model_.is_equation(row)) return Outcome::kNone;
   const Side sign = at_lower ? Side::kLower : Side::kUpper;
   if (pi_.is_pillar(row, sign)) return Outcome::kNone;
