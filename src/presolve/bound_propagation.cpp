@@ -15,9 +15,10 @@ constexpr std::int64_t kWorkPerEntry = 8;  // nonzeros touched by the sweeps, pe
 
 }  // namespace
 
-BoundPropagation::BoundPropagation(const PresolveModel& model, WorkMeter& work)
+BoundPropagation::BoundPropagation(const PresolveModel& model, WorkMeter& work, bool restate)
     : model_(model),
       work_(work),
+      restate_(restate),
       latest_(2 * static_cast<std::size_t>(model.num_cols()), -1),
       activity_(model.activity),
       row_pillar_(static_cast<std::size_t>(model.num_rows()), 0),
@@ -66,6 +67,7 @@ double BoundPropagation::value_of(Index col, Side side, Index fact) const {
 
 bool BoundPropagation::worth_it(Index col, Side side, double value) const {
   const double old = bound(col, side);
+  if (restate_ && !is_derived(col, side) && std::abs(value - old) <= conclusion_slack(old)) return true;
   if (side == Side::kLower ? !(value > old) : !(value < old)) return false;
   if (std::isinf(old)) return true;
   const double width = std::abs(bound(col, side == Side::kLower ? Side::kUpper : Side::kLower) - old);
@@ -82,10 +84,11 @@ void BoundPropagation::derive(const PresolveMatrix::Entry& entry, Side side) {
   rest.add(entry.value, lower, upper, -1);
   const bool from_upper = (entry.value > 0) == (side == Side::kUpper);
   const double room = from_upper ? model_.row_upper[row] - rest.min() : model_.row_lower[row] - rest.max();
-  const double value = room / entry.value;
+  double value = room / entry.value;
   if (!(std::abs(value) < PresolveTolerances::kHugeBound) || !worth_it(col, side, value)) return;
   // Crossing bounds are for the solver to find and to prove.
   if (side == Side::kLower ? value > upper : value < lower) return;
+  value = side == Side::kLower ? std::max(value, lower) : std::min(value, upper);
   Index& latest = latest_[slot(col, side)];
   facts_.push_back({col, row, latest, side, value});
   latest = static_cast<Index>(facts_.size()) - 1;

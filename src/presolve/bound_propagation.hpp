@@ -1,6 +1,6 @@
 // Column bounds that the rows imply, through several rows, and what each of them rests on. What follows from derived
-// bounds alone would otherwise be free to follow from itself: a conclusion names the row sides and the given bounds that
-// justify it, these become pillars, and pillars stay for as long as the object lives.
+// bounds alone would otherwise be free to follow from itself: a conclusion names the row sides and the given bounds
+// that justify it, these become pillars, and pillars stay for as long as the object lives.
 //   Space    the model as given, of which nothing may change but what `remove_row` and `remove_bound` tell.
 //   Cost     a bounded number of sweeps over the rows that changed; a conclusion looks at kMaxSupport facts at most.
 //   Source   M. Savelsbergh, ORSA J. Computing 6 (1994) 445-454, section 1; the bookkeeping of reasons as in conflict
@@ -16,7 +16,8 @@ namespace zorvex {
 
 class BoundPropagation {
  public:
-  BoundPropagation(const PresolveModel& model, WorkMeter& work);
+  // `restate`: a bound that is given counts as derived, too, where rows imply just that bound.
+  BoundPropagation(const PresolveModel& model, WorkMeter& work, bool restate);
 
   // Derives bounds until nothing moves much any more; at most `sweeps` rounds over the rows.
   void run(int sweeps);
@@ -24,11 +25,14 @@ class BoundPropagation {
   // Range of the row's activity over the derived bounds, without what the row itself has contributed to them.
   [[nodiscard]] Activity range(Index row) const;
 
+  enum class Side : Index { kLower = 0, kUpper = 1 };
+
   // Best bound known on the column.
   [[nodiscard]] double lower(Index col) const { return bound(col, Side::kLower); }
   [[nodiscard]] double upper(Index col) const { return bound(col, Side::kUpper); }
+  // True if rows imply a bound on the column at least as good as the one given.
+  [[nodiscard]] bool is_derived(Index col, Side side) const { return latest_[slot(col, side)] >= 0; }
 
-  enum class Side : Index { kLower = 0, kUpper = 1 };
   struct RowSide {
     Index row;
     Side side;
@@ -72,6 +76,7 @@ class BoundPropagation {
 
   const PresolveModel& model_;
   WorkMeter& work_;
+  bool restate_;
   std::vector<Fact> facts_;
   std::vector<Index> latest_;       // per column and side: newest fact, -1 if none
   std::vector<Activity> activity_;  // over the derived bounds

@@ -1,7 +1,7 @@
-// reduce_dual_bounds.cpp: a column without an upper bound has a reduced cost d_j = c_j - a_j'pi >= 0, one without a lower
-// bound d_j <= 0; a bound that a row implies is as good as none. These are rows over the multipliers, which have bounds
-// by the sides of their rows. Bound propagation on them bounds multipliers and reduced costs: a reduced cost that is
-// never zero fixes its column, a multiplier that is never zero makes its row an equation.
+// reduce_dual_bounds.cpp: a column without an upper bound has a reduced cost d_j = c_j - a_j'pi >= 0, one without a
+// lower bound d_j <= 0; a bound that a row implies is as good as none. These are rows over the multipliers, which have
+// bounds by the sides of their rows. Bound propagation on them bounds multipliers and reduced costs: a reduced cost
+// that is never zero fixes its column, a multiplier that is never zero makes its row an equation.
 //   Source   E. Andersen, K. Andersen, Math. Program. 71 (1995) 221-245, section 3.4;
 //            J. Gondzio, INFORMS J. Computing 9 (1997) 73-91, section 2.
 // Every step drops a dual constraint that the remaining ones imply. What a step leans on therefore stays until the next
@@ -73,7 +73,7 @@ class DualBounds {
       : model_(model),
         changes_(changes),
         dual_(dual_constraints(model, changes), model.options),
-        pi_(dual_, changes.work()) {}
+        pi_(dual_, changes.work(), true) {}
   Outcome settle();
 
  private:
@@ -133,8 +133,10 @@ Outcome DualBounds::settle_column(Index col) {
 }
 
 Outcome DualBounds::settle_row(Index row) {
-  const bool at_lower = pi_.lower(row) > 0 && std::isfinite(model_.row_lower[row]);
-  const bool at_upper = pi_.upper(row) < 0 && std::isfinite(model_.row_upper[row]);
+  const bool at_lower =
+      std::isfinite(model_.row_lower[row]) && pi_.is_derived(row, Side::kLower) && pi_.lower(row) >= 0;
+  const bool at_upper =
+      std::isfinite(model_.row_upper[row]) && pi_.is_derived(row, Side::kUpper) && pi_.upper(row) <= 0;
   if (at_lower == at_upper || model_.is_equation(row)) return Outcome::kNone;
   const Side sign = at_lower ? Side::kLower : Side::kUpper;
   if (pi_.is_pillar(row, sign)) return Outcome::kNone;

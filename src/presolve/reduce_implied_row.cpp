@@ -38,7 +38,7 @@ static Outcome settle(const PresolveModel& model, Index row, BoundPropagation& b
 }
 
 static Outcome find(const PresolveModel& model, Index, Changes& changes) {
-  BoundPropagation bounds(model, changes.work());
+  BoundPropagation bounds(model, changes.work(), false);
   bounds.run(kSweeps);
   Outcome result = Outcome::kNone;
   for (Index row = 0; row < model.num_rows(); ++row) {
