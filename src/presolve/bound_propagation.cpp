@@ -80,10 +80,13 @@ void BoundPropagation::derive(const PresolveMatrix::Entry& entry, Side side) {
   const Index col = entry.col;
   const double lower = bound(col, Side::kLower);
   const double upper = bound(col, Side::kUpper);
-  Activity rest = activity_[row];
-  rest.add(entry.value, lower, upper, -1);
   const bool from_upper = (entry.value > 0) == (side == Side::kUpper);
-  const double room = from_upper ? model_.row_upper[row] - rest.min() : model_.row_lower[row] - rest.max();
+  const Activity& activity = activity_[row];
+  const Extended own = Extended(entry.value) * (side == Side::kUpper ? lower : upper);
+  const bool own_is_finite = std::abs(own) < PresolveTolerances::kHugeBound;
+  if ((from_upper ? activity.infinite_min : activity.infinite_max) != (own_is_finite ? 0 : 1)) return;
+  const Extended rest = (from_upper ? activity.finite_min : activity.finite_max) - (own_is_finite ? own : 0);
+  const double room = static_cast<double>((from_upper ? model_.row_upper[row] : model_.row_lower[row]) - rest);
   double value = room / entry.value;
   if (!(std::abs(value) < PresolveTolerances::kHugeBound) || !worth_it(col, side, value)) return;
   // Crossing bounds are for the solver to find and to prove.
@@ -94,9 +97,9 @@ void BoundPropagation::derive(const PresolveMatrix::Entry& entry, Side side) {
   latest = static_cast<Index>(facts_.size()) - 1;
   work_.add(model_.matrix.col_length(col));
   for (const auto& other : model_.matrix.col(col)) {
-    Activity& activity = activity_[other.row];
-    activity.add(other.value, lower, upper, -1);
-    activity.add(other.value, bound(col, Side::kLower), bound(col, Side::kUpper), 1);
+    Activity& changing = activity_[other.row];
+    changing.add(other.value, lower, upper, -1);
+    changing.add(other.value, bound(col, Side::kLower), bound(col, Side::kUpper), 1);
     if (!queued_[other.row] && other.row != row) {
       queued_[other.row] = 1;
       touched_.push_back(other.row);

@@ -16,6 +16,8 @@ constexpr int kAutomaticPasses = 20;
 constexpr std::int64_t kWorkPerSize = 200;   // nonzeros touched, per row, column and nonzero of the original
 constexpr int kPollInterval = 1024;          // rows and columns looked at between polls
 constexpr double kWorthAnotherPass = 0.002;  // share of what is left that a pass must have removed
+// Changes, as a share of the rows and columns left, before a reduction looks at the whole model again.
+constexpr double kWorthAnotherRound = 0.002;
 
 }  // namespace
 
@@ -27,6 +29,7 @@ struct Presolve::State {
   Outcome run_dirty(const StopToken& stop);
   Outcome apply(Trigger trigger, Index target);
   [[nodiscard]] bool out_of_work();
+  [[nodiscard]] bool nothing_new(std::size_t reduction) const;
   [[nodiscard]] bool bounds_make_sense();
   void build_reduced();
   void build_proof();
@@ -43,12 +46,20 @@ struct Presolve::State {
   PresolveStatistics statistics;
   std::vector<Index> original_cols, original_rows;
   std::vector<double> farkas;
+  std::vector<std::int64_t> looked_at;  // per reduction: steps when it last looked at the whole model, -1 never
   bool stopped = false;
 };
 
 bool Presolve::State::out_of_work() {
   const std::int64_t size = original.matrix.num_nonzeros() + original.num_rows() + original.num_cols();
   return changes->work().total() > kWorkPerSize * (size + 1000) || changes->steps() >= options.max_steps;
+}
+
+bool Presolve::State::nothing_new(std::size_t reduction) const {
+  if (looked_at[reduction] < 0) return false;
+  const Index removed = changes->rows_removed() + changes->cols_removed();
+  const double left = static_cast<double>(model->num_rows()) + model->num_cols() - removed;
+  return static_cast<double>(changes->steps() - looked_at[reduction]) <= kWorthAnotherRound * left;
 }
 
 // All reductions of the trigger on one target, until it is gone or one of them decides the model.
@@ -62,7 +73,9 @@ Outcome Presolve::State::apply(Trigger trigger, Index target) {
     if (reduction->dual && !options.dual_reductions) continue;
     if (!options.only.empty() && options.only != reduction->name) continue;
     if (std::find(options.off.begin(), options.off.end(), reduction->name) != options.off.end()) continue;
+    if (trigger == Trigger::kRound && nothing_new(k)) continue;
     const Outcome outcome = reduction->find(*model, target, *changes);
+    if (trigger == Trigger::kRound) looked_at[k] = changes->steps();
     if (outcome != Outcome::kNone) ++statistics.applied[k].count;
     if (outcome == Outcome::kInfeasible || outcome == Outcome::kUnbounded) return outcome;
     changed = changed || outcome == Outcome::kChanged;
@@ -138,6 +151,7 @@ PresolveOutcome Presolve::State::run(const StopToken& stop) {
   model = std::make_unique<PresolveModel>(original, options);
   changes = std::make_unique<Changes>(*model);
   for (const Reduction* reduction : reduction_registry()) statistics.applied.push_back({reduction->name, 0});
+  looked_at.assign(statistics.applied.size(), -1);
   if (!bounds_make_sense()) {
     build_proof();
     return PresolveOutcome::kInfeasible;

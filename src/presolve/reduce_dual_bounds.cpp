@@ -41,6 +41,15 @@ bool side_is_open(const PresolveModel& model, Index col, Side side, Changes& cha
   return false;
 }
 
+// Without any, nothing bounds a multiplier but its sign.
+bool has_open_column(const PresolveModel& model, Changes& changes) {
+  for (Index col = 0; col < model.num_cols(); ++col) {
+    if (!model.col_alive[col]) continue;
+    if (side_is_open(model, col, Side::kLower, changes) || side_is_open(model, col, Side::kUpper, changes)) return true;
+  }
+  return false;
+}
+
 // The dual constraints: a column for each row's multiplier, a row for each column's reduced cost.
 LpData dual_constraints(const PresolveModel& model, Changes& changes) {
   LpData dual;
@@ -112,14 +121,17 @@ bool DualBounds::conclude() {
 
 Outcome DualBounds::settle_column(Index col) {
   if (pi_.is_pillar(col)) return Outcome::kNone;
-  const Activity product = pi_.range(col);
-  const double least = model_.cost[col] - product.max();  // reduced cost
-  const double most = model_.cost[col] - product.min();
   const double slack = conclusion_slack(model_.cost[col]);
-  const bool to_lower = least >= -slack;
-  if (!to_lower && !(most <= slack)) return Outcome::kNone;
+  // The reduced cost is at least, at most this.
+  const auto least = [&](const Activity& product) { return model_.cost[col] - product.max(); };
+  const auto most = [&](const Activity& product) { return model_.cost[col] - product.min(); };
+  const Activity& quick = pi_.quick_range(col);
+  if (!(least(quick) >= -slack) && !(most(quick) <= slack)) return Outcome::kNone;
+  const Activity product = pi_.range(col);
+  const bool to_lower = least(product) >= -slack;
+  if (!to_lower && !(most(product) <= slack)) return Outcome::kNone;
   const double bound = to_lower ? model_.col_lower[col] : model_.col_upper[col];
-  const bool never_zero = (to_lower ? least : -most) > model_.options.dual_feasibility_tol + slack;
+  const bool never_zero = (to_lower ? least(product) : -most(product)) > model_.options.dual_feasibility_tol + slack;
   if (!std::isfinite(bound) && !never_zero) return Outcome::kNone;
   if (!pi_.argue_range(col, to_lower ? Side::kUpper : Side::kLower)) {
     pi_.reject();
@@ -170,7 +182,11 @@ Outcome DualBounds::settle() {
 
 }  // namespace
 
-static Outcome find(const PresolveModel& model, Index, Changes& changes) { return DualBounds(model, changes).settle(); }
+static Outcome find(const PresolveModel& model, Index, Changes& changes) {
+  if (!has_open_column(model, changes)) return Outcome::kNone;
+  DualBounds bounds(model, changes);
+  return bounds.settle();
+}
 
 // A column that lost a bound and came out nonbasic without one rests on the bound if that is where it is.
 static void undo_opened(UndoReader& record, PostsolvePoint& point) {

@@ -16,9 +16,14 @@ constexpr int kSweeps = 5;
 static Outcome settle(const PresolveModel& model, Index row, BoundPropagation& bounds, Changes& changes) {
   const double lower = model.row_lower[row];
   const double upper = model.row_upper[row];
+  const double least = lower - conclusion_slack(lower);
+  const double most = upper + conclusion_slack(upper);
+  const auto lower_holds = [&](const Activity& range) { return lower > -kInf && range.min() >= least; };
+  const auto upper_holds = [&](const Activity& range) { return upper < kInf && range.max() <= most; };
+  if (!lower_holds(bounds.quick_range(row)) && !upper_holds(bounds.quick_range(row))) return Outcome::kNone;
   const Activity range = bounds.range(row);
-  const bool lower_idle = lower > -kInf && range.min() >= lower - conclusion_slack(lower);
-  const bool upper_idle = upper < kInf && range.max() <= upper + conclusion_slack(upper);
+  const bool lower_idle = lower_holds(range);
+  const bool upper_idle = upper_holds(range);
   if (!lower_idle && !upper_idle) return Outcome::kNone;
   const bool drop_lower = lower_idle && bounds.argue_range(row, Side::kLower);
   const bool drop_upper = upper_idle && (!lower_idle || drop_lower) && bounds.argue_range(row, Side::kUpper);
