@@ -45,16 +45,24 @@ void BoundPropagation::sweep(std::vector<Index>& rows) {
   const std::size_t most_facts = static_cast<std::size_t>(kFactsPerBound) * latest_.size();
   for (const Index row : rows) {
     const Activity& activity = activity_[row];
-    const bool from_upper = model_.row_upper[row] < kInf && activity.infinite_min <= 1;
-    const bool from_lower = model_.row_lower[row] > -kInf && activity.infinite_max <= 1;
+    const double row_lower = model_.row_lower[row];
+    const double row_upper = model_.row_upper[row];
+    const bool from_upper = row_upper < kInf && activity.infinite_min <= 1;
+    const bool from_lower = row_lower > -kInf && activity.infinite_max <= 1;
     work_.add(1);
     if ((!from_upper && !from_lower) || facts_.size() > most_facts) continue;
     work_.add(model_.matrix.row_length(row));
     for (const auto& entry : model_.matrix.row(row)) {
       // Dividing by a tiny coefficient makes a bound of rounding errors.
       if (std::abs(entry.value) < PresolveTolerances::kPivotShare * model_.matrix.row_magnitude(row)) continue;
-      if (entry.value > 0 ? from_upper : from_lower) derive(entry, Side::kUpper);
-      if (entry.value > 0 ? from_lower : from_upper) derive(entry, Side::kLower);
+      const double reach = std::abs(entry.value) * (upper(entry.col) - lower(entry.col));
+      const double enough = reach + conclusion_slack(reach);  // the row's slack, for its side to bound the column
+      if (from_upper && row_upper - activity.finite_min <= enough) {
+        derive(entry, entry.value > 0 ? Side::kUpper : Side::kLower);
+      }
+      if (from_lower && activity.finite_max - row_lower <= enough) {
+        derive(entry, entry.value > 0 ? Side::kLower : Side::kUpper);
+      }
     }
   }
   std::swap(rows, touched_);
