@@ -12,7 +12,6 @@
 #include "base/solve_hooks.hpp"
 #include "base/tolerances.hpp"
 #include "base/worker_pool.hpp"
-#include "linalg/blas_session.hpp"
 #include "simplex/answer_check.hpp"
 
 namespace zorvex {
@@ -78,7 +77,6 @@ class Barrier {
   Progress::Tolerances tolerances_;
   const StopToken& stop_;
   LogSink& log_;
-  BlasSession blas_;
   WorkerPool pool_;
   BarrierModel model_;
   std::unique_ptr<NewtonSystem> newton_;

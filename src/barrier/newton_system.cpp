@@ -167,6 +167,11 @@ SolveStatus NewtonSystem::analyze(int ordering, const StopToken& stop) {
 
 SolveStatus NewtonSystem::factor(const std::vector<double>& theta, double regularization, const StopToken& stop) {
   ++num_factors_;
+  assemble(theta, regularization);
+  return factor_->factor(matrix_->lower().value, matrix_->signs(), matrix_->smallest_pivots(), stop);
+}
+
+void NewtonSystem::assemble(const std::vector<double>& theta, double regularization) {
   theta_ = theta;
   hessian_.resize(theta.size());
   for (Index col = 0; col < model_.num_cols(); ++col) {
@@ -174,7 +179,6 @@ SolveStatus NewtonSystem::factor(const std::vector<double>& theta, double regula
     hessian_[col] = theta[col] + q_diagonal_[col] + (kept ? 1 : BarrierTolerances::kRegularizedShare) * regularization;
   }
   matrix_->assemble(hessian_, regularization, pool_);
-  return factor_->factor(matrix_->lower().value, matrix_->signs(), matrix_->smallest_pivots(), stop);
 }
 
 double NewtonSystem::work_of(double factorizations, double solves) const {

@@ -34,6 +34,8 @@ class NewtonSystem {
   // theta: num_cols entries, zero for free columns. kLoaded unless stopped. `regularization` is added to the Hessian
   // and to the rows' diagonal.
   SolveStatus factor(const std::vector<double>& theta, double regularization, const StopToken& stop);
+  // The first part of factor(): the reduced matrix's values.
+  void assemble(const std::vector<double>& theta, double regularization);
 
   // Largest residuals that the caller wants to see, absolute.
   struct Goal {

@@ -236,15 +236,16 @@ bool SupernodalFactor::eliminate(Index s, Worker& worker, bool shared, const Sto
   double* const panel = panels_.get() + symbolic_.panel_start[s];
   for (Index first = 0; first < cols; first += kPanelWidth) {
     worker.replaced += eliminate_step(panel, rows, cols, first, rule, pivots_.data() + position, worker.dense);
-    const double* const scaled = worker.dense.scaled.data();
     const Index blocks = num_trailing_blocks(cols, first);
     const double work = static_cast<double>(rows - first) * kPanelWidth * kPanelWidth;
     if (stopped(worker, work * (shared ? 1 : blocks + 1), stop)) return false;
-    const auto one_block = [&](int block, int) { update_trailing(panel, rows, cols, first, block, scaled); };
+    const auto one_block = [&](int block, DenseWorkspace& dense) {
+      update_trailing(panel, rows, cols, first, block, pivots_.data() + position, dense);
+    };
     if (shared && work * blocks > kWorthSharingFront) {
-      pool_.run(blocks, one_block);
+      pool_.run(blocks, [&](int block, int helper) { one_block(block, workers_[helper].dense); });
     } else {
-      for (Index block = 0; block < blocks; ++block) one_block(block, 0);
+      for (Index block = 0; block < blocks; ++block) one_block(block, worker.dense);
     }
   }
   return true;

@@ -12,25 +12,24 @@ namespace {
 // A supernode of `cols` columns whose first column has `rows` entries.
 double panel_size(double cols, double rows) { return cols * rows - cols * (cols - 1) / 2; }
 
-// Share of explicit zeros that a merged supernode may have, by its columns: small ones cost more in overhead than in
-// arithmetic.
-struct Relaxation {
-  double cols, zero_share;
-};
-constexpr std::array<Relaxation, 4> kRelaxation{{{4, 1.0}, {16, 0.6}, {48, 0.15}, {kInf, 0.05}}};
-
-bool pays(double cols, double zeros, double size) {
-  for (const Relaxation& step : kRelaxation) {
-    if (cols <= step.cols) return zeros <= step.zero_share * size;
-  }
-  return false;
+// Multiplications and additions of its elimination, update matrix included.
+double panel_operations(double cols, double rows) {
+  const auto sum_of_squares = [](double n) { return n * (n + 1) * (2 * n + 1) / 6; };
+  return sum_of_squares(rows) - sum_of_squares(rows - cols);
 }
+
+// What a supernode less saves and costs, in operations of the dense kernels that take as long: the child's update need
+// not be added to its parent, but its columns get the parent's rows, which explicit zeros fill. Each of these costs
+// most in the triangular solves, of which there are several for each factorization.
+constexpr double kOperationsPerAdd = 40;
+constexpr double kOperationsPerZero = 250;
+constexpr double kOperationsPerFront = 20000;
 
 // Supernodes while they are merged: fundamental ones first, then children into parents.
 struct MergeTree {
   std::vector<Index> parent;                // of each fundamental supernode; -1 at a root
   std::vector<std::vector<Index>> members;  // fundamental supernodes in elimination order; empty once merged away
-  std::vector<double> cols, rows, zeros;
+  std::vector<double> cols, rows;
 };
 
 std::vector<Index> fundamental_starts(const EliminationTree& tree) {
@@ -48,7 +47,6 @@ MergeTree make_merge_tree(const EliminationTree& tree, const std::vector<Index>&
   MergeTree merge;
   merge.parent.assign(count, -1);
   merge.members.resize(count);
-  merge.zeros.assign(count, 0);
   std::vector<Index> owner(static_cast<std::size_t>(tree.size()));
   for (std::size_t s = 0; s < count; ++s) {
     for (Index k = starts[s]; k < starts[s + 1]; ++k) owner[k] = static_cast<Index>(s);
@@ -63,35 +61,36 @@ MergeTree make_merge_tree(const EliminationTree& tree, const std::vector<Index>&
   return merge;
 }
 
-double added_zeros(const MergeTree& merge, Index child, Index parent) {
-  const double cols = merge.cols[child] + merge.cols[parent];
-  return panel_size(cols, merge.cols[child] + merge.rows[parent]) - panel_size(merge.cols[child], merge.rows[child]) -
-         panel_size(merge.cols[parent], merge.rows[parent]);
+// Operations that merging would save, negative when it costs more.
+double gain(const MergeTree& merge, Index child, Index parent) {
+  const double cols = merge.cols[child] + merge.cols[parent], rows = merge.cols[child] + merge.rows[parent];
+  const double zeros = panel_size(cols, rows) - panel_size(merge.cols[child], merge.rows[child]) -
+                       panel_size(merge.cols[parent], merge.rows[parent]);
+  const double operations = panel_operations(cols, rows) - panel_operations(merge.cols[child], merge.rows[child]) -
+                            panel_operations(merge.cols[parent], merge.rows[parent]);
+  const double below = merge.rows[child] - merge.cols[child];
+  return kOperationsPerFront + kOperationsPerAdd * below * (below + 1) / 2 - operations - kOperationsPerZero * zeros;
 }
 
-void merge_into(MergeTree& merge, Index child, Index parent, double zeros) {
+void merge_into(MergeTree& merge, Index child, Index parent) {
   std::vector<Index>& members = merge.members[child];
   members.insert(members.end(), merge.members[parent].begin(), merge.members[parent].end());
   merge.members[parent] = std::move(members);
   merge.members[child].clear();
   merge.rows[parent] += merge.cols[child];
   merge.cols[parent] += merge.cols[child];
-  merge.zeros[parent] = zeros;
 }
 
-// Parents in postorder take those of their children that cost few zeros, cheapest first.
+// Parents in postorder take those of their children whose update costs more than the zeros, the best of them first.
 void relax(MergeTree& merge) {
   const auto count = static_cast<Index>(merge.parent.size());
   std::vector<std::vector<Index>> children(merge.parent.size());
   for (Index s = 0; s < count; ++s) {
-    std::vector<Index> candidates = std::move(children[s]);
-    std::vector<Index> kept;
-    std::stable_sort(candidates.begin(), candidates.end(),
-                     [&](Index a, Index b) { return added_zeros(merge, a, s) < added_zeros(merge, b, s); });
-    for (const Index child : candidates) {
-      const double zeros = merge.zeros[child] + merge.zeros[s] + added_zeros(merge, child, s);
-      const double cols = merge.cols[child] + merge.cols[s];
-      if (pays(cols, zeros, panel_size(cols, merge.cols[child] + merge.rows[s]))) merge_into(merge, child, s, zeros);
+    std::vector<std::pair<double, Index>> candidates;
+    for (const Index child : children[s]) candidates.emplace_back(-gain(merge, child, s), child);
+    std::sort(candidates.begin(), candidates.end());
+    for (const auto& [cost, child] : candidates) {
+      if (gain(merge, child, s) > 0) merge_into(merge, child, s);
     }
     if (merge.parent[s] != -1) children[merge.parent[s]].push_back(s);
   }
