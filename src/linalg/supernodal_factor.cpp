@@ -11,6 +11,7 @@ constexpr double kWorkPerPoll = 2e7;        // multiplications between two looks
 constexpr double kSubtreesPerThread = 8;    // enough for an even load
 constexpr double kWorthThreads = 1e6;       // factorizations below this are not shared out
 constexpr double kWorthSharingFront = 1e6;  // nor are fronts below this
+constexpr Index kAssembledTogether = 32;    // columns of a shared front
 
 }  // namespace
 
@@ -146,7 +147,7 @@ void SupernodalFactor::factor_subtree(Index root, Worker& worker, const StopToke
   for (Stack& stack : worker.stacks) stack.top = 0;
   for (Index s = subtree_first_[root]; s <= root; ++s) {
     const double rows = symbolic_.num_rows(s), cols = symbolic_.num_cols(s);
-    assemble(s);
+    assemble(s, 0, symbolic_.num_cols(s));
     if (!eliminate(s, worker, false, stop)) return;
     Stack& own = worker.stacks[parity_[s]];
     if (s == root) {
@@ -170,7 +171,11 @@ void SupernodalFactor::factor_subtree(Index root, Worker& worker, const StopToke
 void SupernodalFactor::factor_shared(Index s, const StopToken& stop) {
   if (stopped(workers_[0], kWorkPerPoll, stop)) return;
   const double below = symbolic_.num_rows(s) - symbolic_.num_cols(s);
-  assemble(s);
+  const Index cols = symbolic_.num_cols(s);
+  pool_.run((cols + kAssembledTogether - 1) / kAssembledTogether, [&](int block, int) {
+    const Index first = block * kAssembledTogether;
+    assemble(s, first, std::min(cols, first + kAssembledTogether));
+  });
   if (!eliminate(s, workers_[0], true, stop)) return;
   owned_[s].reset(new double[static_cast<std::size_t>(update_size(s))]);
   updates_[s] = owned_[s].get();
@@ -186,16 +191,22 @@ void SupernodalFactor::factor_shared(Index s, const StopToken& stop) {
   for (Index c = symbolic_.child_start[s]; c < symbolic_.child_start[s + 1]; ++c) owned_[symbolic_.child[c]].reset();
 }
 
-// Brings matrix entries and the children's updates into the panel.
-void SupernodalFactor::assemble(Index s) {
+// Brings matrix entries and the children's updates into columns [first, last) of the panel.
+void SupernodalFactor::assemble(Index s, Index first, Index last) {
+  const Index rows = symbolic_.num_rows(s);
   double* const panel = panels_.get() + symbolic_.panel_start[s];
-  std::fill(panel, panel + (symbolic_.panel_start[s + 1] - symbolic_.panel_start[s]), 0.0);
-  for (Offset k = symbolic_.entry_start[s]; k < symbolic_.entry_start[s + 1]; ++k) {
+  const Offset begin = static_cast<Offset>(first) * rows, end = static_cast<Offset>(last) * rows;
+  std::fill(panel + begin, panel + end, 0.0);
+  const auto entries = symbolic_.entry_target.begin();
+  const auto above = [](Offset limit) { return [limit](Offset target) { return target < limit; }; };
+  const auto from =
+      std::partition_point(entries + symbolic_.entry_start[s], entries + symbolic_.entry_start[s + 1], above(begin));
+  const auto to = std::partition_point(from, entries + symbolic_.entry_start[s + 1], above(end));
+  for (Offset k = from - entries; k < to - entries; ++k) {
     panel[symbolic_.entry_target[k]] += values_[symbolic_.entry_source[k]];
   }
-  const Index rows = symbolic_.num_rows(s);
   for (Index c = symbolic_.child_start[s]; c < symbolic_.child_start[s + 1]; ++c) {
-    add_columns(symbolic_.child[c], 0, symbolic_.num_cols(s), panel, rows, 0);
+    add_columns(symbolic_.child[c], first, last, panel, rows, 0);
   }
 }
 

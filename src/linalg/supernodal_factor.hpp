@@ -54,7 +54,7 @@ class SupernodalFactor {
   void plan_stacks();
   void factor_subtree(Index root, Worker& worker, const StopToken& stop);
   void factor_shared(Index s, const StopToken& stop);
-  void assemble(Index s);
+  void assemble(Index s, Index first, Index last);
   void add_columns(Index child, Index first, Index last, double* target, Index rows, Index shift);
   void compute_update_block(Index s, Index block, Worker& worker);
   [[nodiscard]] Offset update_size(Index s) const;

@@ -26,7 +26,8 @@ struct SymbolicFactor {
   std::vector<Offset> panel_start;
   // Children of s in increasing order: child[child_start[s] .. child_start[s + 1]).
   std::vector<Index> child_start, child;
-  // Entry k of the matrix's value array belongs into the panel at panel_start + target; grouped by supernode.
+  // Entry k of the matrix's value array belongs into the panel at panel_start + target; grouped by supernode, in each
+  // by increasing column.
   std::vector<Offset> entry_start;  // num_supernodes + 1
   std::vector<Offset> entry_source;
   std::vector<Offset> entry_target;  // relative to the panel
