@@ -129,7 +129,7 @@ bool Barrier::prepare() {
   }
   newton_ = std::make_unique<NewtonSystem>(model_, pool_);
   const double begin = now_seconds();
-  result_.status = newton_->analyze(options_.ordering, stop_);
+  result_.status = newton_->analyze(options_.ordering, stop_, log_);
   if (result_.status != SolveStatus::kLoaded) return false;
   log_.print("Ordering time: %.2fs\n", now_seconds() - begin);
   report_statistics();
@@ -314,7 +314,8 @@ double predict_barrier_work(const LpData& lp, const BarrierOptions& options, con
   const BarrierModel model = make_barrier_model(lp, options.primal_feasibility_tol);
   WorkerPool pool(1);
   NewtonSystem newton(model, pool);
-  if (!model.is_consistent || newton.analyze(options.ordering, stop) != SolveStatus::kLoaded) return kInf;
+  QuietLog log;
+  if (!model.is_consistent || newton.analyze(options.ordering, stop, log) != SolveStatus::kLoaded) return kInf;
   return newton.work_of(kTypicalIterations, kTypicalIterations * kSolvesPerIteration);
 }
 

@@ -24,7 +24,8 @@ constexpr double kDenseAssembly = 20;         // multiplications per nonzero of 
 constexpr double kOperationsPerAssembly = 4;  // of the factor, for one of the assembly
 constexpr double kShareOfFill = 0.25;         // of the entries that columns make, those that do not coincide
 constexpr double kMaxAssembly = 1.5e9;        // multiplications; beyond, the normal equations are not even tried
-constexpr double kPartitionerEdges = 1e6;     // at most: it cannot be stopped
+constexpr double kPartitionerEdges = 4e6;     // at most: finding one separator cannot be stopped
+constexpr double kSecondsPerReport = 5;
 // One unit of the stop token's effort, a nonzero touched by the simplex, takes as long as this many operations of the
 // dense kernels.
 constexpr double kOperationsPerUnit = 800;
@@ -81,9 +82,9 @@ std::vector<char> NewtonSystem::must_keep() const {
 }
 
 NewtonSystem::Candidate NewtonSystem::make_candidate(const std::vector<char>& kept, int ordering,
-                                                     const StopToken& stop) const {
+                                                     const std::function<bool()>& go_on) const {
   Candidate candidate;
-  if (NormalMatrix::assembly_work(model_, kept) > kMaxAssembly || stop.stop_requested()) return candidate;
+  if (NormalMatrix::assembly_work(model_, kept) > kMaxAssembly || !go_on()) return candidate;
   candidate.matrix = std::make_unique<NormalMatrix>(model_, kept);
   const SymmetricPattern pattern = pattern_of_lower(candidate.matrix->lower());
   if (ordering != 1) {
@@ -96,14 +97,14 @@ NewtonSystem::Candidate NewtonSystem::make_candidate(const std::vector<char>& ke
                               edges < kPartitionerEdges;
   if (ordering == 1 || second_opinion) {
     std::vector<Index> order;
-    if (!stop.stop_requested() && order_nested_dissection(pattern, order)) {
+    if (order_nested_dissection(pattern, go_on, order)) {
       EliminationTree tree = make_elimination_tree(pattern, order);
       const double operations = tree.factor_operations();
       if (operations < candidate.operations) {
         candidate.tree = std::move(tree);
         candidate.operations = operations;
       }
-    } else if (ordering == 1) {
+    } else if (ordering == 1 && go_on()) {
       candidate.tree = make_elimination_tree(pattern, order_minimum_degree(pattern));
       candidate.operations = candidate.tree.factor_operations();
     }
@@ -114,7 +115,7 @@ NewtonSystem::Candidate NewtonSystem::make_candidate(const std::vector<char>& ke
 // With `kept` and with all columns but singletons kept, which leaves the choice of what to eliminate first to the
 // ordering.
 NewtonSystem::Candidate NewtonSystem::cheapest_candidate(const std::vector<char>& kept, int ordering,
-                                                         const StopToken& stop) const {
+                                                         const std::function<bool()>& go_on) const {
   std::vector<char> all = kept;
   for (Index col = 0; col < model_.num_structurals; ++col) {
     if (model_.matrix.col_length(col) > 1) all[col] = 1;
@@ -128,16 +129,16 @@ NewtonSystem::Candidate NewtonSystem::cheapest_candidate(const std::vector<char>
   const bool costly = assembly > kDenseAssembly * static_cast<double>(model_.matrix.num_nonzeros());
   Candidate other;
   if (costly) {
-    other = make_candidate(all, ordering, stop);
+    other = make_candidate(all, ordering, go_on);
     if (other.operations < least) return other;
   }
-  Candidate best = make_candidate(kept, ordering, stop);
+  Candidate best = make_candidate(kept, ordering, go_on);
   if (best.operations <= kCheapFactor) return best;
-  if (!costly) other = make_candidate(all, ordering, stop);
+  if (!costly) other = make_candidate(all, ordering, go_on);
   return other.operations < BarrierTolerances::kAugmentedPays * best.operations ? std::move(other) : std::move(best);
 }
 
-SolveStatus NewtonSystem::analyze(int ordering, const StopToken& stop) {
+SolveStatus NewtonSystem::analyze(int ordering, const StopToken& stop, LogSink& log) {
   q_diagonal_.assign(static_cast<std::size_t>(model_.num_cols()), 0);
   const SparseMatrix& q = model_.quadratic;
   for (Index col = 0; col < q.num_cols; ++col) {
@@ -153,7 +154,17 @@ SolveStatus NewtonSystem::analyze(int ordering, const StopToken& stop) {
     kept[col] = 1;
     ++statistics_.dense_cols;
   }
-  Candidate best = cheapest_candidate(kept, ordering, stop);
+  const double begin = now_seconds();
+  double told = begin;
+  const auto go_on = [&] {
+    const double now = now_seconds();
+    if (now >= told + kSecondsPerReport) {
+      told = now;
+      log.print("Elapsed ordering time = %.0fs\n", now - begin);
+    }
+    return !stop.stop_requested();
+  };
+  Candidate best = cheapest_candidate(kept, ordering, go_on);
   if (const SolveStatus status = stop.poll(); status != SolveStatus::kLoaded) return status;
   matrix_ = std::move(best.matrix);
   SymbolicFactor symbolic = analyze_factor(matrix_->lower(), best.tree);

@@ -3,6 +3,7 @@
 // through its reduced matrix with a small regularization, whose effect iterative refinement removes.
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <vector>
 
@@ -28,7 +29,8 @@ class NewtonSystem {
   NewtonSystem(const BarrierModel& model, WorkerPool& pool) : model_(model), pool_(pool) {}
 
   // Chooses kept columns and ordering (`ordering` as BarrierOptions) and analyses the factor. kLoaded unless stopped.
-  SolveStatus analyze(int ordering, const StopToken& stop);
+  // Tells `log` from time to time how long the ordering has taken.
+  SolveStatus analyze(int ordering, const StopToken& stop, LogSink& log);
   [[nodiscard]] const NewtonStatistics& statistics() const { return statistics_; }
 
   // theta: num_cols entries, zero for free columns. kLoaded unless stopped. `regularization` is added to the Hessian
@@ -55,8 +57,10 @@ class NewtonSystem {
  private:
   struct Candidate;
   [[nodiscard]] std::vector<char> must_keep() const;
-  [[nodiscard]] Candidate make_candidate(const std::vector<char>& kept, int ordering, const StopToken& stop) const;
-  [[nodiscard]] Candidate cheapest_candidate(const std::vector<char>& kept, int ordering, const StopToken& stop) const;
+  [[nodiscard]] Candidate make_candidate(const std::vector<char>& kept, int ordering,
+                                         const std::function<bool()>& go_on) const;
+  [[nodiscard]] Candidate cheapest_candidate(const std::vector<char>& kept, int ordering,
+                                             const std::function<bool()>& go_on) const;
   void solve_regularized(const std::vector<double>& r1, const std::vector<double>& r2, std::vector<double>& dv,
                          std::vector<double>& dy);
   double residuals(const std::vector<double>& r1, const std::vector<double>& r2, const std::vector<double>& dv,

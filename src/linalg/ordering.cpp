@@ -1,14 +1,9 @@
 #include "linalg/ordering.hpp"
 
 #include <amd.h>
-#include <metis.h>
 
 #include <algorithm>
-#include <array>
 #include <cassert>
-#include <cstdlib>
-#include <limits>
-#include <mutex>
 #include <new>
 #include <numeric>
 
@@ -21,25 +16,6 @@ std::vector<Index> identity(Index n) {
   std::iota(order.begin(), order.end(), 0);
   return order;
 }
-
-// The partitioner seeds and draws from the C library's generator, which is the calling program's: it gets a state of
-// its own for the time of the call, one call at a time.
-class RandomStateGuard {
- public:
-  RandomStateGuard() : lock_(mutex()), outer_(initstate(1, state_.data(), state_.size())) {}
-  ~RandomStateGuard() { setstate(outer_); }
-  RandomStateGuard(const RandomStateGuard&) = delete;
-  RandomStateGuard& operator=(const RandomStateGuard&) = delete;
-
- private:
-  static std::mutex& mutex() {
-    static std::mutex guard;
-    return guard;
-  }
-  std::lock_guard<std::mutex> lock_;
-  std::array<char, 128> state_;
-  char* outer_;
-};
 
 }  // namespace
 
@@ -84,27 +60,6 @@ std::vector<Index> order_minimum_degree(const SymmetricPattern& pattern) {
   if (status == AMD_OUT_OF_MEMORY) throw std::bad_alloc();
   assert(status == AMD_OK);
   return {order.begin(), order.end()};
-}
-
-bool order_nested_dissection(const SymmetricPattern& pattern, std::vector<Index>& order) {
-  Index n = pattern.size();
-  order = identity(n);
-  if (n <= 1 || pattern.index.empty()) return true;
-  if (pattern.start.back() > std::numeric_limits<idx_t>::max() / 4) return false;
-  std::vector<idx_t> start(pattern.start.begin(), pattern.start.end());
-  std::vector<idx_t> index(pattern.index.begin(), pattern.index.end());
-  std::vector<idx_t> permutation(static_cast<std::size_t>(n)), inverse(static_cast<std::size_t>(n));
-  std::array<idx_t, METIS_NOPTIONS> options;
-  METIS_SetDefaultOptions(options.data());
-  options[METIS_OPTION_NUMBERING] = 0;
-  options[METIS_OPTION_SEED] = 1;
-  const RandomStateGuard own_random_numbers;
-  const int status =
-      METIS_NodeND(&n, start.data(), index.data(), nullptr, options.data(), permutation.data(), inverse.data());
-  if (status == METIS_ERROR_MEMORY) throw std::bad_alloc();
-  if (status != METIS_OK) return false;
-  order.assign(permutation.begin(), permutation.end());
-  return true;
 }
 
 }  // namespace zorvex

@@ -3,6 +3,7 @@
 //            G. Karypis, V. Kumar, SIAM J. Sci. Comput. 20 (1998) 359-392 (multilevel nested dissection).
 #pragma once
 
+#include <functional>
 #include <vector>
 
 #include "base/types.hpp"
@@ -24,8 +25,10 @@ SymmetricPattern pattern_of_lower(const SparseMatrix& lower);
 // A permutation: order[k] is the variable eliminated k-th. Throws std::bad_alloc when there is no memory.
 std::vector<Index> order_minimum_degree(const SymmetricPattern& pattern);
 
-// As above. False when the graph is too large for the partitioner's index type. The result depends on nothing but the
-// pattern; the C library's random numbers of the calling program are left as they were.
-bool order_nested_dissection(const SymmetricPattern& pattern, std::vector<Index>& order);
+// As above, by separators down to small pieces, which minimum degree orders. `go_on` is asked between the separators;
+// false when it said no or when the graph is too large for the partitioner's index type. The result depends on nothing
+// but the pattern; the C library's random numbers of the calling program are left as they were.
+bool order_nested_dissection(const SymmetricPattern& pattern, const std::function<bool()>& go_on,
+                             std::vector<Index>& order);
 
 }  // namespace zorvex

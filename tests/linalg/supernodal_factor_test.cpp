@@ -124,7 +124,8 @@ bool is_permutation_of_all(const std::vector<Index>& order, Index n) {
 std::vector<Index> ordering(const SymmetricPattern& pattern, int which) {
   if (which == 0) return order_minimum_degree(pattern);
   std::vector<Index> order;
-  EXPECT_TRUE(order_nested_dissection(pattern, order));
+  EXPECT_TRUE(order_nested_dissection(
+      pattern, [] { return true; }, order));
   return order;
 }
 
@@ -148,10 +149,29 @@ TEST(Ordering, DoesNotDisturbTheRandomNumbersOfTheProgram) {
   const int expected = std::rand();
   std::srand(17);
   std::vector<Index> first, second;
-  ASSERT_TRUE(order_nested_dissection(pattern, first));
+  ASSERT_TRUE(order_nested_dissection(
+      pattern, [] { return true; }, first));
   EXPECT_EQ(std::rand(), expected);
-  ASSERT_TRUE(order_nested_dissection(pattern, second));
+  ASSERT_TRUE(order_nested_dissection(
+      pattern, [] { return true; }, second));
   EXPECT_EQ(first, second);
+}
+
+// Asked often enough that a wait between two questions is short, and no answer is overheard.
+TEST(Ordering, NestedDissectionStopsWhenAsked) {
+  RandomStream random(6, "ordering");
+  const SymmetricPattern pattern = pattern_of_lower(random_sample(random, 2500, 3).lower);
+  int questions = 0;
+  std::vector<Index> order;
+  ASSERT_TRUE(order_nested_dissection(
+      pattern, [&] { return ++questions > 0; }, order));
+  EXPECT_GT(questions, 2500 / 200);
+  for (int last = 1; last <= questions; ++last) {
+    int asked = 0;
+    EXPECT_FALSE(order_nested_dissection(
+        pattern, [&] { return ++asked < last; }, order));
+    EXPECT_EQ(asked, last);
+  }
 }
 
 TEST(SupernodalFactor, SolvesWhatItFactored) {
