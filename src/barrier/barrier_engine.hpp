@@ -18,6 +18,7 @@ class BarrierEngine final : public LpEngine {
  public:
   explicit BarrierEngine(const BarrierEngineOptions& options) : options_(options) {}
 
+  void set_sense(int sense) override { options_.barrier.sense = options_.crossover.simplex.sense = sense; }
   EngineAnswer solve(const LpData& lp, const SimplexLimits& limits, const StopToken& stop, LogSink& log) override;
   void report_without_solve(SolveStatus status, double objective, double seconds, LogSink& log) override;
 

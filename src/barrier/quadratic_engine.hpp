@@ -12,6 +12,9 @@ class QuadraticSimplexEngine final : public LpEngine {
   QuadraticSimplexEngine(const SimplexOptions& simplex, const BarrierEngineOptions& barrier, Basis start)
       : simplex_(simplex), barrier_(barrier), start_(std::move(start)) {}
 
+  void set_sense(int sense) override {
+    simplex_.sense = barrier_.barrier.sense = barrier_.crossover.simplex.sense = sense;
+  }
   EngineAnswer solve(const LpData& lp, const SimplexLimits& limits, const StopToken& stop, LogSink& log) override;
   [[nodiscard]] bool has_own_report() const override { return false; }
   void report_without_solve(SolveStatus, double, double, LogSink&) override {}

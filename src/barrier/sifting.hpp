@@ -39,6 +39,7 @@ class SiftingEngine final : public LpEngine {
  public:
   explicit SiftingEngine(const SiftingOptions& options) : options_(options) {}
 
+  void set_sense(int sense) override { options_.simplex.sense = options_.barrier.sense = sense; }
   EngineAnswer solve(const LpData& lp, const SimplexLimits& limits, const StopToken& stop, LogSink& log) override;
   [[nodiscard]] bool has_own_report() const override { return false; }
   void report_without_solve(SolveStatus, double, double, LogSink&) override {}

@@ -21,6 +21,10 @@ class ConcurrentEngine final : public LpEngine {
  public:
   explicit ConcurrentEngine(const ConcurrentOptions& options) : options_(options) {}
 
+  void set_sense(int sense) override {
+    options_.simplex.sense = sense;
+    options_.barrier.barrier.sense = options_.barrier.crossover.simplex.sense = sense;
+  }
   EngineAnswer solve(const LpData& lp, const SimplexLimits& limits, const StopToken& stop, LogSink& log) override;
   [[nodiscard]] bool has_own_report() const override { return false; }
   void report_without_solve(SolveStatus, double, double, LogSink&) override {}

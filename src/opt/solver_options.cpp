@@ -57,6 +57,7 @@ PresolveOptions presolve_options(const ZLPenv& env) {
   options.max_passes = param<Param::PrePasses>(env);
   options.primal_feasibility_tol = param<Param::FeasibilityTol>(env);
   options.dual_feasibility_tol = param<Param::OptimalityTol>(env);
+  options.dualize = param<Param::PreDual>(env);
   options.dual_reductions = param<Param::ZORV_PAR_DUALREDUCTION>(env) != 0;
   // The barrier is better off without dependent equations; the dual simplex needs as many iterations or more: on grid
   // multicommodity flows twice as many.

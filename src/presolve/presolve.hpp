@@ -21,6 +21,7 @@ struct PresolveOptions {
   int max_passes = -1;  // -1 automatic
   double primal_feasibility_tol = 1e-6;
   double dual_feasibility_tol = 1e-6;
+  int dualize = -1;  // solve the dual of what is left: -1 automatic, 0 never, 1 and 2 in two forms; see DualForm
   bool dual_reductions = true;  // reductions that keep only some optimal solutions
   int dependent_rows = -1;      // search for dependent equations: 0 off, 1 with more effort
   Index aggregation_fill = 10;  // nonzeros that the elimination of one column may add

@@ -3,7 +3,10 @@
 #include <algorithm>
 #include <cmath>
 #include <new>
+#include <optional>
+#include <utility>
 
+#include "presolve/dual_form.hpp"
 #include "simplex/answer_check.hpp"
 
 namespace zorvex {
@@ -30,8 +33,11 @@ class LpDriver {
     return options_.presolve.level != 0 && starts_afresh && !lp_.is_quadratic();
   }
   bool solve_presolved();
-  void report_presolve(const Presolve& presolve, PresolveOutcome outcome, double seconds);
-  void solve_reduced(const Presolve& presolve);
+  void report_presolve(const LpData& reduced, PresolveOutcome outcome, double seconds);
+  EngineAnswer solve_reduced(const Presolve& presolve);
+  EngineAnswer solve_dual(const DualForm& dual);
+  EngineAnswer solve_as_chosen(const LpData& lp);
+  void set_sense(int sense);
   void finish_reduced(const Presolve& presolve, const EngineAnswer& answer);
   void finish_without_basis(SolveStatus status);
   EngineAnswer solve_with_engine(const LpData& lp);
@@ -55,13 +61,16 @@ class LpDriver {
   LogSink& log_;
   double start_;
   LpDriverResult result_;
-  bool reported_ = false;  // the engine has printed the closing lines
+  bool reported_ = false;         // the engine has printed the closing lines
+  std::optional<DualForm> dual_;  // of the presolved model, when that is what gets solved
 };
 
 PresolvePoint presolve_point(const EngineAnswer& answer) {
   const LpPoint& point = answer.point;
   return {point.x, point.row_activity, point.pi, point.reduced_cost, answer.basis};
 }
+
+bool dual_is_wanted(const PresolveOptions& options) { return options.dualize > 0; }
 
 LpDriverResult LpDriver::run() {
   try {
@@ -84,12 +93,12 @@ LpDriverResult LpDriver::run() {
   return std::move(result_);
 }
 
-void LpDriver::report_presolve(const Presolve& presolve, PresolveOutcome outcome, double seconds) {
+// `reduced` is what will be solved.
+void LpDriver::report_presolve(const LpData& reduced, PresolveOutcome outcome, double seconds) {
   log_.print("Presolve time: %.2fs\n", seconds);
   if (outcome == PresolveOutcome::kAllRemoved) {
     log_.write("Presolve: All rows and columns removed\n");
   } else if (outcome == PresolveOutcome::kReduced) {
-    const LpData& reduced = presolve.reduced();
     if (options_.dump_presolved) options_.dump_presolved(reduced);
     log_.print("Presolved: %d rows, %d columns, %lld nonzeros\n\n", reduced.num_rows(), reduced.num_cols(),
                static_cast<long long>(reduced.matrix.num_nonzeros()));
@@ -100,7 +109,10 @@ void LpDriver::report_presolve(const Presolve& presolve, PresolveOutcome outcome
 bool LpDriver::solve_presolved() {
   Presolve presolve(lp_, options_.presolve);
   const PresolveOutcome outcome = presolve.run(stop_);
-  report_presolve(presolve, outcome, now_seconds() - start_);
+  if (outcome == PresolveOutcome::kReduced && dual_is_wanted(options_.presolve)) {
+    dual_.emplace(presolve.reduced(), options_.presolve.dualize == 2 ? DualRows::kEquations : DualRows::kInequalities);
+  }
+  report_presolve(dual_ ? dual_->lp() : presolve.reduced(), outcome, now_seconds() - start_);
   switch (outcome) {
     case PresolveOutcome::kStopped:
       result_.status = stop_.poll();
@@ -122,22 +134,61 @@ bool LpDriver::solve_presolved() {
       }
       return true;
     case PresolveOutcome::kReduced:
-      solve_reduced(presolve);
+      finish_reduced(presolve, solve_reduced(presolve));
       return true;
   }
   return false;
 }
 
-void LpDriver::solve_reduced(const Presolve& presolve) {
-  if (options_.engine != nullptr) {
-    finish_reduced(presolve, solve_with_engine(presolve.reduced()));
-    return;
+EngineAnswer LpDriver::solve_reduced(const Presolve& presolve) {
+  if (!dual_) return solve_as_chosen(presolve.reduced());
+  EngineAnswer answer = solve_dual(*dual_);
+  if (answer.status != SolveStatus::kInfOrUnbd) return answer;
+  // The dual has no solution: an unbounded or an infeasible model, which only a look at the model itself can tell.
+  return solve_as_chosen(presolve.reduced());
+}
+
+// By way of the dual; the answer speaks of the primal. kInfOrUnbd if the dual proves infeasible.
+EngineAnswer LpDriver::solve_dual(const DualForm& dual) {
+  const double cutoff = std::exchange(options_.cutoff, kInf);  // says nothing about the dual's bounds
+  set_sense(-options_.sense);
+  EngineAnswer answer = solve_as_chosen(dual.lp());
+  set_sense(options_.sense);
+  options_.cutoff = cutoff;
+  switch (answer.status) {
+    case SolveStatus::kInfeasible:
+      answer.status = SolveStatus::kInfOrUnbd;
+      break;
+    case SolveStatus::kUnbounded:
+      answer.status = SolveStatus::kInfeasible;
+      answer.farkas = dual.primal_proof(answer.ray);
+      break;
+    default:
+      break;
   }
-  LpSolver solver(presolve.reduced(), options_.simplex, log_);
+  if (answer.point.x.empty() || answer.point.pi.empty()) {
+    answer.point = {};
+    return answer;
+  }
+  PresolvePoint point = dual.primal_point(presolve_point(answer));
+  answer.point = {std::move(point.x), std::move(point.row_activity), std::move(point.pi),
+                  std::move(point.reduced_cost)};
+  answer.basis = std::move(point.basis);
+  return answer;
+}
+
+void LpDriver::set_sense(int sense) {
+  options_.simplex.sense = sense;
+  if (options_.engine != nullptr) options_.engine->set_sense(sense);
+}
+
+EngineAnswer LpDriver::solve_as_chosen(const LpData& lp) {
+  if (options_.engine != nullptr) return solve_with_engine(lp);
+  LpSolver solver(lp, options_.simplex, log_);
   solver.solve(remaining_limits(), stop_);
   result_.iterations += solver.iterations();
   result_.extended_precision = solver.extended_precision();
-  finish_reduced(presolve, answer_of(solver));
+  return answer_of(solver);
 }
 
 EngineAnswer LpDriver::solve_with_engine(const LpData& lp) {

@@ -39,6 +39,8 @@ EngineAnswer answer_of(const LpSolver& solver);
 class LpEngine {
  public:
   virtual ~LpEngine() = default;
+  // +1 or -1: objective values in the log are multiplied by it. For models that are not in the user's sense.
+  virtual void set_sense(int sense) = 0;
   virtual EngineAnswer solve(const LpData& lp, const SimplexLimits& limits, const StopToken& stop, LogSink& log) = 0;
   // Presolve left nothing to solve: `objective` is in the user's sense. Closing lines of the engine's own kind, if
   // it has any.

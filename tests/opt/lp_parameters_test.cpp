@@ -75,6 +75,9 @@ std::vector<Reduced> reductions() {
   slack.lb.push_back(-2);
   slack.ub.push_back(2);
   const Tiny twin = with_row(plain, {{4, 6, 2, 10}, '<', 30});
+  Tiny maximal = plain;
+  maximal.sense = -1;
+  for (double& cost : maximal.obj) cost = -cost;
   const Tiny nested = with_row(with_row(plain, {{1, 1, 1, 1}, '=', 6}), {{2, 2, 2, 3}, '<', 15});
   return {
       {"presolve off", twin, {{"Presolve", "0"}}, "3 4 12", "off"},
@@ -85,6 +88,8 @@ std::vector<Reduced> reductions() {
       {"singleton columns stay", slack, {{"ZORV_PAR_PRESINGLECOL", "0"}}, "4 4 16", "4 5 17"},
       {"dependent equations go", dependent, {{"PreDepRow", "1"}}, "6 4 24", "5 4 20"},
       {"nonzeros cancel", nested, {{"PreSparsify", "1"}}, "5 4 20", "4 4 12"},
+      {"the dual instead", maximal, {{"PreDual", "1"}}, "3 4 12", "4 7 16"},
+      {"the dual with its slacks as columns", plain, {{"PreDual", "2"}}, "3 4 12", "4 11 20"},
       {"no aggregation", aggregable(), {{"Aggregate", "0"}}, "3 4 12", "4 5 19"},
   };
 }

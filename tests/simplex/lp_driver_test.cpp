@@ -56,16 +56,21 @@ void expect_sound(const LpData& lp, const LpDriverResult& result, const oracle::
 TEST(LpDriver, AgreesWithTheOracleWithAndWithoutPresolve) {
   RandomStream random(41, "lp driver");
   QuietLog log;
+  const struct {
+    int level, passes, dualize;
+  } ways[] = {{0, -1, 0}, {-1, -1, 0}, {2, -1, 0}, {1, 0, 1}, {1, 0, 2}, {2, -1, 1}};
   for (int trial = 0; trial < 1500; ++trial) {
     const LpData lp = oracle::random_lp(random, {});
     const oracle::DenseLpResult expected = oracle::solve_dense_lp(lp);
-    for (const int level : {0, -1, 2}) {
+    for (const auto& way : ways) {
       for (const int method : {0, 1}) {
         LpDriverOptions options;
-        options.presolve.level = level;
+        options.presolve.level = way.level;
+        options.presolve.max_passes = way.passes;
+        options.presolve.dualize = way.dualize;
         options.method = method;
-        const std::string where = "trial " + std::to_string(trial) + " presolve " + std::to_string(level) + " method " +
-                                  std::to_string(method);
+        const std::string where = "trial " + std::to_string(trial) + " presolve " + std::to_string(way.level) +
+                                  " dual " + std::to_string(way.dualize) + " method " + std::to_string(method);
         expect_sound(lp, solve_lp(lp, options, nullptr, {}, log), expected, where);
         if (HasFatalFailure()) return;
       }
@@ -154,6 +159,7 @@ TEST(LpDriver, LogLinesOfOtherEnds) {
 class TimidEngine final : public LpEngine {
  public:
   explicit TimidEngine(Index rows) : rows_(rows) {}
+  void set_sense(int) override {}
   EngineAnswer solve(const LpData& lp, const SimplexLimits& limits, const StopToken& stop, LogSink& log) override {
     ++calls;
     EngineAnswer answer;

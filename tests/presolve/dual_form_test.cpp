@@ -1,0 +1,72 @@
+// The dual of a model and the way back, held against an answer that never saw the dual.
+#include "presolve/dual_form.hpp"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+
+#include "base/quality.hpp"
+#include "support/dense_lp.hpp"
+#include "support/problem_view.hpp"
+#include "support/random_lp.hpp"
+
+namespace zorvex {
+namespace {
+
+using oracle::DenseLpResult;
+using oracle::view_of;
+
+void expect_same_optimum(const LpData& lp, const PresolvePoint& point, double objective) {
+  const PrimalQuality primal = measure_primal(view_of(lp), point.x, point.row_activity);
+  EXPECT_LT(primal.bound.max, 1e-8) << "column " << primal.bound.at;
+  EXPECT_LT(primal.row.max, 1e-8) << "row " << primal.row.at;
+  EXPECT_NEAR(primal.objective + lp.offset, objective, 1e-7 * std::max(1.0, std::abs(objective)));
+  const DualQuality dual = measure_dual(view_of(lp), point.pi, point.reduced_cost, point.x);
+  EXPECT_LT(dual.sign.max, 1e-8) << "at " << dual.sign.at;
+  EXPECT_LT(dual.residual.max, 1e-9) << "column " << dual.residual.at;
+  EXPECT_LT(dual.complementarity.max, 1e-7) << "at " << dual.complementarity.at;
+  std::vector<double> x, activity, pi;
+  ASSERT_TRUE(oracle::point_of_basis(lp, point.basis, point.x, x, activity));
+  for (std::size_t j = 0; j < x.size(); ++j) EXPECT_NEAR(x[j], point.x[j], 1e-7) << "column " << j;
+  ASSERT_TRUE(oracle::duals_of_basis(lp, point.basis, pi));
+  for (std::size_t i = 0; i < pi.size(); ++i) EXPECT_NEAR(pi[i], point.pi[i], 1e-7) << "row " << i;
+}
+
+// Random models have every kind of row and bound, and in part neither solution nor bound.
+TEST(DualForm, GivesThePrimalsAnswer) {
+  for (const DualRows form : {DualRows::kInequalities, DualRows::kEquations}) {
+    RandomStream random(23, "dual form");
+    int optimal = 0, infeasible = 0, without_dual = 0;
+    for (int trial = 0; trial < 3000; ++trial) {
+      SCOPED_TRACE(trial);
+      const LpData lp = oracle::random_lp(random, {5, 6, 0.5, 0.8});
+      const DenseLpResult expected = oracle::solve_dense_lp(lp);
+      const DualForm dual(lp, form);
+      const DenseLpResult found = oracle::solve_dense_lp(dual.lp());
+      switch (found.status) {
+        case SolveStatus::kOptimal: {
+          ++optimal;
+          ASSERT_EQ(SolveStatus::kOptimal, expected.status);
+          EXPECT_NEAR(found.objective, -expected.objective, 1e-7 * std::max(1.0, std::abs(expected.objective)));
+          const PresolvePoint point{found.x, found.row_activity, found.pi, found.reduced_cost, found.basis};
+          expect_same_optimum(lp, dual.primal_point(point), expected.objective);
+          break;
+        }
+        case SolveStatus::kUnbounded:
+          ++infeasible;
+          ASSERT_EQ(SolveStatus::kInfeasible, expected.status);
+          break;
+        default:
+          ++without_dual;
+          ASSERT_NE(SolveStatus::kOptimal, expected.status);
+      }
+      if (HasFailure()) FAIL() << "stopped at the first failing trial";
+    }
+    EXPECT_GT(optimal, 500);
+    EXPECT_GT(infeasible, 100);
+    EXPECT_GT(without_dual, 100);
+  }
+}
+
+}  // namespace
+}  // namespace zorvex
