@@ -70,7 +70,16 @@ PresolvePoint presolve_point(const EngineAnswer& answer) {
   return {point.x, point.row_activity, point.pi, point.reduced_cost, answer.basis};
 }
 
-bool dual_is_wanted(const PresolveOptions& options) { return options.dualize > 0; }
+// Basis matrices have the order of the rows: with many more rows than columns the dual has the smaller ones. Of 13
+// relaxations with 2.5 to 165 times as many rows the dual takes 0.74 (automatic method), 0.60 (primal simplex) and 0.88
+// times (barrier) the time of the model itself, below that about as often more as less, on flat models a third more.
+constexpr double kTall = 3;
+constexpr Index kTallRows = 1000;  // below, either is quick
+
+bool dual_is_wanted(const PresolveOptions& options, const LpData& reduced) {
+  if (options.dualize >= 0) return options.dualize > 0;
+  return reduced.num_rows() >= kTallRows && reduced.num_rows() > kTall * reduced.num_cols();
+}
 
 LpDriverResult LpDriver::run() {
   try {
@@ -109,7 +118,7 @@ void LpDriver::report_presolve(const LpData& reduced, PresolveOutcome outcome, d
 bool LpDriver::solve_presolved() {
   Presolve presolve(lp_, options_.presolve);
   const PresolveOutcome outcome = presolve.run(stop_);
-  if (outcome == PresolveOutcome::kReduced && dual_is_wanted(options_.presolve)) {
+  if (outcome == PresolveOutcome::kReduced && dual_is_wanted(options_.presolve, presolve.reduced())) {
     dual_.emplace(presolve.reduced(), options_.presolve.dualize == 2 ? DualRows::kEquations : DualRows::kInequalities);
   }
   report_presolve(dual_ ? dual_->lp() : presolve.reduced(), outcome, now_seconds() - start_);
