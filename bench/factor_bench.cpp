@@ -72,7 +72,7 @@ void measure(const std::string& name, const LpData& lp, const Settings& settings
     NewtonSystem newton(model, pool);
     const double begin = now_seconds();
     QuietLog log;
-    if (newton.analyze(settings.ordering, {}, log) != SolveStatus::kLoaded) return;
+    if (newton.analyze(settings.ordering, false, {}, log) != SolveStatus::kLoaded) return;
     const double analysis = now_seconds() - begin;
     const double both = shortest_time(settings.seconds, [&] { static_cast<void>(newton.factor(theta, 1e-8, {})); });
     const double assembly = shortest_time(settings.seconds / 4, [&] { newton.assemble(theta, 1e-8); });

@@ -95,10 +95,8 @@ class Barrier {
 BarrierResult Barrier::run() {
   try {
     if (check_q() && prepare()) {
-      InteriorPointMethod method(
-          model_, *newton_,
-          options_.correctors >= 0 ? options_.correctors : automatic_correctors(newton_->statistics()),
-          options_.convergence_tol);
+      if (options_.correctors < 0) options_.correctors = automatic_correctors(newton_->statistics());
+      InteriorPointMethod method(model_, *newton_, options_);
       iterate(method);
       finish();
     }
@@ -129,7 +127,7 @@ bool Barrier::prepare() {
   }
   newton_ = std::make_unique<NewtonSystem>(model_, pool_);
   const double begin = now_seconds();
-  result_.status = newton_->analyze(options_.ordering, stop_, log_);
+  result_.status = newton_->analyze(options_.ordering, options_.dense_segments, stop_, log_);
   if (result_.status != SolveStatus::kLoaded) return false;
   log_.print("Ordering time: %.2fs\n", now_seconds() - begin);
   report_statistics();
@@ -315,7 +313,9 @@ double predict_barrier_work(const LpData& lp, const BarrierOptions& options, con
   WorkerPool pool(1);
   NewtonSystem newton(model, pool);
   QuietLog log;
-  if (!model.is_consistent || newton.analyze(options.ordering, stop, log) != SolveStatus::kLoaded) return kInf;
+  if (!model.is_consistent ||
+      newton.analyze(options.ordering, options.dense_segments, stop, log) != SolveStatus::kLoaded)
+    return kInf;
   return newton.work_of(kTypicalIterations, kTypicalIterations * kSolvesPerIteration);
 }
 

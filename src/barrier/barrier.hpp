@@ -24,6 +24,11 @@ struct BarrierOptions {
   int correctors = -1;                   // BarCorrectors; -1 by the cost of a factorization against that of a solve
   int ordering = -1;                     // BarOrder: -1 whichever predicts less work, 0 AMD, 1 nested dissection
   int threads = 1;                       // at least 1
+  bool loose_steps = true;               // up to the bounds; otherwise well short of them
+  bool dense_segments = false;           // larger dense blocks in the factor, with more explicit zeros
+  double extra_regularization = 0;       // of the factor
+  bool primal_start = true;              // the starting values solve a least-squares problem; otherwise near bounds
+  bool dual_start = true;                // likewise the multipliers; otherwise zero
   double psd_tol = 1e-6;                 // PSDTol
   double cutoff = kInf;                  // a dual objective above it ends the solve (minimisation form)
   bool final_point = true;               // no crossover follows: converge to the absolute tolerances, too, if possible

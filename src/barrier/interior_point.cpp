@@ -24,7 +24,9 @@ constexpr double kPoorStep = 0.1;          // steps shorter than this ask for an
 constexpr int kWeights = 9;                // ... which is the best of these
 constexpr double kShortStep = 0.5;         // steps shorter than this ...
 constexpr int kLeastCorrectors = 2;        // ... get so many centrality correctors, however cheap a factorization is
-constexpr double kLongest = 1 / BarrierTolerances::kStepToBoundary;
+constexpr double kCautiousShare = 0.95;    // of the longest step, when steps are not to go up to the bounds
+constexpr double kLongest = 1 / kCautiousShare;
+constexpr double kUnsolvedShift = 1;  // as kLeastShift, for a start that no equations were solved for
 
 // to + weight * (corrected - to), into `to`.
 void blend(std::vector<double>& to, const std::vector<double>& corrected, double weight) {
@@ -81,12 +83,11 @@ bool Progress::within(const Tolerances& tolerances) const {
 
 double Progress::worst() const { return std::max({relative_primal, relative_dual, relative_gap}); }
 
-InteriorPointMethod::InteriorPointMethod(const BarrierModel& model, NewtonSystem& newton, int correctors,
-                                         double gap_tolerance)
+InteriorPointMethod::InteriorPointMethod(const BarrierModel& model, NewtonSystem& newton, const BarrierOptions& options)
     : model_(model),
       newton_(newton),
-      correctors_(correctors),
-      gap_tolerance_(gap_tolerance),
+      options_(options),
+      step_share_(options.loose_steps ? BarrierTolerances::kStepToBoundary : kCautiousShare),
       regularization_(BarrierTolerances::kRegularization) {
   const auto cols = static_cast<std::size_t>(model.num_cols());
   const auto rows = static_cast<std::size_t>(model.num_rows());
@@ -119,8 +120,10 @@ InteriorPointMethod::InteriorPointMethod(const BarrierModel& model, NewtonSystem
 
 SolveStatus InteriorPointMethod::start(double dual_boost, const StopToken& stop) {
   std::fill(theta_.begin(), theta_.end(), 1.0);
-  const SolveStatus status = newton_.factor(theta_, regularization_, stop);
-  if (status != SolveStatus::kLoaded) return status;
+  if (options_.primal_start || options_.dual_start) {
+    const SolveStatus status = newton_.factor(theta_, regularization_ + options_.extra_regularization, stop);
+    if (status != SolveStatus::kLoaded) return status;
+  }
   place_primal();
   place_dual();
   shift_start(dual_boost);
@@ -140,6 +143,7 @@ void InteriorPointMethod::place_primal() {
       v[j] = has_lower(j) ? std::max(0.0, lower) : has_upper(j) ? std::min(0.0, upper) : 0.0;
     }
   }
+  if (!options_.primal_start) return;
   std::vector<double> r2 = model_.rhs, dv, dy;
   for (Index j = 0; j < model_.num_cols(); ++j) {
     for (Offset k = model_.matrix.begin(j); k < model_.matrix.end(j); ++k) {
@@ -153,14 +157,15 @@ void InteriorPointMethod::place_primal() {
   }
   newton_.solve(r1_, r2, start_goal(r1_, r2), dv, dy);
   for (std::size_t j = 0; j < v.size(); ++j) v[j] += dv[j];
-  if (model_.is_quadratic()) iterate_.y = dy;
+  if (model_.is_quadratic() && options_.dual_start) iterate_.y = dy;
 }
 
-// Multipliers with the smallest reduced costs.
+// Multipliers with the smallest reduced costs, or none.
 void InteriorPointMethod::place_dual() {
+  if (!options_.dual_start) std::fill(iterate_.y.begin(), iterate_.y.end(), 0.0);
   std::vector<double> gradient = model_.cost;
   add_quadratic_product(model_, 1, iterate_.v, gradient);
-  if (!model_.is_quadratic()) {
+  if (!model_.is_quadratic() && options_.dual_start) {
     std::vector<double> r2(iterate_.y.size(), 0), dv;
     newton_.solve(gradient, r2, start_goal(gradient, r2), dv, iterate_.y);
   }
@@ -209,8 +214,8 @@ void InteriorPointMethod::shift_start(double dual_boost) {
   }
   primal_shift += duals > 0 ? 0.5 * product / duals : 0;
   dual_shift += distances > 0 ? 0.5 * product / distances : 0;
-  primal_shift = std::max(primal_shift, kLeastShift);
-  dual_shift = dual_boost * std::max(dual_shift, kLeastShift);
+  primal_shift = std::max(primal_shift, options_.primal_start ? kLeastShift : kUnsolvedShift);
+  dual_shift = dual_boost * std::max(dual_shift, options_.dual_start ? kLeastShift : kUnsolvedShift);
   for (Index j = 0; j < model_.num_cols(); ++j) {
     double& v = iterate_.v[j];
     if (has_lower(j) && has_upper(j)) {
@@ -310,7 +315,7 @@ SolveStatus InteriorPointMethod::factor(const StopToken& stop) {
     if (has_upper(j)) theta += iterate_.up[j] / iterate_.above[j];
     theta_[j] = theta;
   }
-  return newton_.factor(theta_, regularization_, stop);
+  return newton_.factor(theta_, regularization_ + options_.extra_regularization, stop);
 }
 
 // Newton direction towards zero residuals and the given products; returns the residual of the linear system.
@@ -355,15 +360,14 @@ InteriorPointMethod::Steps InteriorPointMethod::longest_steps(const Iterate& d, 
 // Short of the boundary. Of a quadratic model both sides take the same step: the dual residual would not shrink
 // otherwise.
 InteriorPointMethod::Steps InteriorPointMethod::steps_of(double primal, double dual) const {
-  constexpr double kShare = BarrierTolerances::kStepToBoundary;
-  Steps steps{std::min(1.0, kShare * primal), std::min(1.0, kShare * dual)};
+  Steps steps{std::min(1.0, step_share_ * primal), std::min(1.0, step_share_ * dual)};
   if (model_.is_quadratic()) steps.primal = steps.dual = steps.shorter();
   return steps;
 }
 
 // Products below this are smaller than what the gap needs; they would only spoil the Newton system.
 double InteriorPointMethod::smallest_product() const {
-  return num_products_ == 0 ? 0 : kNegligibleGap * gap_tolerance_ * scaled_objective_ / num_products_;
+  return num_products_ == 0 ? 0 : kNegligibleGap * options_.convergence_tol * scaled_objective_ / num_products_;
 }
 
 // Residuals cost objective by what multipliers and values they meet: they should matter less than the gap that is left
@@ -372,7 +376,7 @@ NewtonSystem::Goal InteriorPointMethod::step_goal() const {
   double multipliers = 1, values = 1;
   for (const double y : iterate_.y) multipliers += std::abs(y);
   for (const double v : iterate_.v) values += std::abs(v);
-  const double gap = kNegligibleGap * gap_tolerance_ * scaled_objective_;
+  const double gap = kNegligibleGap * options_.convergence_tol * scaled_objective_;
   const double dual = std::max(std::min(dual_goal_, gap / values), kLeastGoal * dual_goal_);
   const double primal = std::max(std::min(primal_goal_, gap / multipliers), kLeastGoal * primal_goal_);
   return {std::max(kStepAccuracy * largest_magnitude(residuals_.dual), dual),
@@ -511,7 +515,8 @@ void InteriorPointMethod::correct_centrality(double mu, Iterate& d, Steps& steps
   const auto cols = iterate_.v.size();
   Targets targets{std::vector<double>(cols), std::vector<double>(cols)};
   Iterate correction;
-  const int correctors = steps.shorter() < kShortStep ? std::max(correctors_, kLeastCorrectors) : correctors_;
+  const int correctors =
+      steps.shorter() < kShortStep ? std::max(options_.correctors, kLeastCorrectors) : options_.correctors;
   for (int k = 0; k < correctors; ++k) {
     if (steps.shorter() > 0.95) return;
     const Steps trial{std::min(1.0, steps.primal + kCorrectorReach), std::min(1.0, steps.dual + kCorrectorReach)};

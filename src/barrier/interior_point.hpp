@@ -8,6 +8,7 @@
 
 #include <vector>
 
+#include "barrier/barrier.hpp"
 #include "barrier/barrier_model.hpp"
 #include "barrier/newton_system.hpp"
 #include "base/stop_token.hpp"
@@ -42,7 +43,8 @@ struct Progress {
 
 class InteriorPointMethod {
  public:
-  InteriorPointMethod(const BarrierModel& model, NewtonSystem& newton, int correctors, double gap_tolerance);
+  // options.correctors is not negative.
+  InteriorPointMethod(const BarrierModel& model, NewtonSystem& newton, const BarrierOptions& options);
 
   // `dual_boost` multiplies the shift of the duals: models whose multipliers are much larger than costs suggest are
   // reached in short steps only unless they start far out.
@@ -94,8 +96,8 @@ class InteriorPointMethod {
 
   const BarrierModel& model_;
   NewtonSystem& newton_;
-  int correctors_;
-  double gap_tolerance_;
+  BarrierOptions options_;
+  double step_share_;            // of the longest step
   double scaled_objective_ = 1;  // magnitude of the last primal objective, at least 1 in the user's units
   double regularization_;
   double trend_ = 0.1;  // of regularization

@@ -138,7 +138,7 @@ NewtonSystem::Candidate NewtonSystem::cheapest_candidate(const std::vector<char>
   return other.operations < BarrierTolerances::kAugmentedPays * best.operations ? std::move(other) : std::move(best);
 }
 
-SolveStatus NewtonSystem::analyze(int ordering, const StopToken& stop, LogSink& log) {
+SolveStatus NewtonSystem::analyze(int ordering, bool dense_segments, const StopToken& stop, LogSink& log) {
   q_diagonal_.assign(static_cast<std::size_t>(model_.num_cols()), 0);
   const SparseMatrix& q = model_.quadratic;
   for (Index col = 0; col < q.num_cols; ++col) {
@@ -167,7 +167,7 @@ SolveStatus NewtonSystem::analyze(int ordering, const StopToken& stop, LogSink& 
   Candidate best = cheapest_candidate(kept, ordering, go_on);
   if (const SolveStatus status = stop.poll(); status != SolveStatus::kLoaded) return status;
   matrix_ = std::move(best.matrix);
-  SymbolicFactor symbolic = analyze_factor(matrix_->lower(), best.tree);
+  SymbolicFactor symbolic = analyze_factor(matrix_->lower(), best.tree, dense_segments);
   statistics_.normal_nonzeros = matrix_->normal_nonzeros();
   statistics_.factor_nonzeros = symbolic.exact_nonzeros;
   statistics_.factor_operations = symbolic.operations;

@@ -28,9 +28,9 @@ class NewtonSystem {
   // `model` and `pool` outlive this.
   NewtonSystem(const BarrierModel& model, WorkerPool& pool) : model_(model), pool_(pool) {}
 
-  // Chooses kept columns and ordering (`ordering` as BarrierOptions) and analyses the factor. kLoaded unless stopped.
-  // Tells `log` from time to time how long the ordering has taken.
-  SolveStatus analyze(int ordering, const StopToken& stop, LogSink& log);
+  // Chooses kept columns and ordering (`ordering`, `dense_segments` as BarrierOptions) and analyses the factor. kLoaded
+  // unless stopped. Tells `log` from time to time how long the ordering has taken.
+  SolveStatus analyze(int ordering, bool dense_segments, const StopToken& stop, LogSink& log);
   [[nodiscard]] const NewtonStatistics& statistics() const { return statistics_; }
 
   // theta: num_cols entries, zero for free columns. kLoaded unless stopped. `regularization` is added to the Hessian

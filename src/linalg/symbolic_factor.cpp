@@ -24,6 +24,7 @@ double panel_operations(double cols, double rows) {
 constexpr double kOperationsPerAdd = 40;
 constexpr double kOperationsPerZero = 250;
 constexpr double kOperationsPerFront = 20000;
+constexpr double kOperationsPerDenseFront = 1e6;  // when blocks are to be large
 
 // Supernodes while they are merged: fundamental ones first, then children into parents.
 struct MergeTree {
@@ -62,14 +63,15 @@ MergeTree make_merge_tree(const EliminationTree& tree, const std::vector<Index>&
 }
 
 // Operations that merging would save, negative when it costs more.
-double gain(const MergeTree& merge, Index child, Index parent) {
+double gain(const MergeTree& merge, Index child, Index parent, bool dense) {
   const double cols = merge.cols[child] + merge.cols[parent], rows = merge.cols[child] + merge.rows[parent];
   const double zeros = panel_size(cols, rows) - panel_size(merge.cols[child], merge.rows[child]) -
                        panel_size(merge.cols[parent], merge.rows[parent]);
   const double operations = panel_operations(cols, rows) - panel_operations(merge.cols[child], merge.rows[child]) -
                             panel_operations(merge.cols[parent], merge.rows[parent]);
   const double below = merge.rows[child] - merge.cols[child];
-  return kOperationsPerFront + kOperationsPerAdd * below * (below + 1) / 2 - operations - kOperationsPerZero * zeros;
+  const double saved = dense ? kOperationsPerDenseFront : kOperationsPerFront;
+  return saved + kOperationsPerAdd * below * (below + 1) / 2 - operations - (dense ? 0 : kOperationsPerZero * zeros);
 }
 
 void merge_into(MergeTree& merge, Index child, Index parent) {
@@ -82,15 +84,15 @@ void merge_into(MergeTree& merge, Index child, Index parent) {
 }
 
 // Parents in postorder take those of their children whose update costs more than the zeros, the best of them first.
-void relax(MergeTree& merge) {
+void relax(MergeTree& merge, bool dense) {
   const auto count = static_cast<Index>(merge.parent.size());
   std::vector<std::vector<Index>> children(merge.parent.size());
   for (Index s = 0; s < count; ++s) {
     std::vector<std::pair<double, Index>> candidates;
-    for (const Index child : children[s]) candidates.emplace_back(-gain(merge, child, s), child);
+    for (const Index child : children[s]) candidates.emplace_back(-gain(merge, child, s, dense), child);
     std::sort(candidates.begin(), candidates.end());
     for (const auto& [cost, child] : candidates) {
-      if (gain(merge, child, s) > 0) merge_into(merge, child, s);
+      if (gain(merge, child, s, dense) > 0) merge_into(merge, child, s);
     }
     if (merge.parent[s] != -1) children[merge.parent[s]].push_back(s);
   }
@@ -260,12 +262,12 @@ void predict(SymbolicFactor& symbolic) {
 
 }  // namespace
 
-SymbolicFactor analyze_factor(const SparseMatrix& lower, const EliminationTree& tree) {
+SymbolicFactor analyze_factor(const SparseMatrix& lower, const EliminationTree& tree, bool dense) {
   assert(lower.num_cols == tree.size());
   SymbolicFactor symbolic;
   const std::vector<Index> starts = fundamental_starts(tree);
   MergeTree merge = make_merge_tree(tree, starts);
-  relax(merge);
+  relax(merge, dense);
   symbolic.order.reserve(tree.order.size());
   number(tree, starts, merge, symbolic);
   list_children(symbolic);

@@ -43,8 +43,9 @@ struct SymbolicFactor {
   [[nodiscard]] double bytes() const { return 8 * (static_cast<double>(factor_size()) + stack_peak); }
 };
 
-// `lower` is the lower triangle with every diagonal entry present; `tree` belongs to its pattern. Cost about O(rows of
+// `lower` is the lower triangle with every diagonal entry present; `tree` belongs to its pattern. `dense` merges
+// supernodes whatever that costs in the triangular solves. Cost about O(rows of
 // all supernodes + nnz log nnz).
-SymbolicFactor analyze_factor(const SparseMatrix& lower, const EliminationTree& tree);
+SymbolicFactor analyze_factor(const SparseMatrix& lower, const EliminationTree& tree, bool dense = false);
 
 }  // namespace zorvex

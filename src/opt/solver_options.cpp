@@ -98,6 +98,13 @@ BarrierEngineOptions make_barrier_options(const ZLPenv& env, int sense, double s
   barrier.iteration_limit = param<Param::BarIterLimit>(env);
   barrier.correctors = param<Param::BarCorrectors>(env);
   barrier.ordering = param<Param::BarOrder>(env);
+  barrier.loose_steps = param<Param::ZORV_PAR_BARLOOSE>(env) != 0;
+  barrier.dense_segments = param<Param::ZORV_PAR_BARDENSEGS>(env) != 0;
+  barrier.extra_regularization = param<Param::ZORV_PAR_BARSAFE>(env);
+  const bool quick = param<Param::ZORV_PAR_BARQUICKSTART>(env) != 0;
+  const int start = param<Param::ZORV_PAR_BARSTART>(env);
+  barrier.primal_start = !quick && start != 2;
+  barrier.dual_start = !quick && start != 1;
   const int threads = param<Param::Threads>(env);
   barrier.threads = threads > 0 ? threads : count_logical_processors();
   barrier.psd_tol = param<Param::PSDTol>(env);

@@ -6,6 +6,8 @@
 
 #include <algorithm>
 #include <cmath>
+#include <functional>
+#include <sstream>
 #include <string>
 
 #include "barrier/barrier_engine.hpp"
@@ -308,6 +310,49 @@ TEST(Barrier, ThreadsOrderingsAndCorrectorsLeaveTheAnswer) {
       ASSERT_EQ(result.status, SolveStatus::kOptimal);
       EXPECT_NEAR(result.primal_objective, expected, 1e-6 * std::max(1.0, std::abs(expected)));
       EXPECT_NEAR(result.dual_objective, expected, 1e-6 * std::max(1.0, std::abs(expected)));
+    }
+  }
+}
+
+std::string without_times(const TextLog& log) {
+  std::string lines;
+  std::istringstream all(log.text());
+  for (std::string line; std::getline(all, line);) {
+    if (line.find("ime") == std::string::npos) lines += line.substr(0, 72) + '\n';
+  }
+  return lines;
+}
+
+// Each on its own takes another way to the same answer, linear and quadratic.
+TEST(Barrier, SettingsActAndLeaveTheAnswer) {
+  struct Setting {
+    const char* name;
+    std::function<void(BarrierOptions&)> set;
+  };
+  const Setting settings[] = {
+      {"steps well short of the bounds", [](BarrierOptions& options) { options.loose_steps = false; }},
+      {"dense segments", [](BarrierOptions& options) { options.dense_segments = true; }},
+      {"extra regularization", [](BarrierOptions& options) { options.extra_regularization = 1e-4; }},
+      {"values not solved for", [](BarrierOptions& options) { options.primal_start = false; }},
+      {"multipliers not solved for", [](BarrierOptions& options) { options.dual_start = false; }},
+      {"neither", [](BarrierOptions& options) { options.primal_start = options.dual_start = false; }},
+  };
+  RandomStream random(26, "barrier settings");
+  for (const bool quadratic : {false, true}) {
+    LpData lp = quadratic ? oracle::transportation(15, 15, random) : oracle::transportation(60, 60, random);
+    if (quadratic) oracle::add_convex_q(random, lp);
+    TextLog usual;
+    const BarrierResult expected = solve_barrier(lp, {}, {}, usual);
+    ASSERT_EQ(expected.status, SolveStatus::kOptimal);
+    for (const Setting& setting : settings) {
+      SCOPED_TRACE(std::string(setting.name) + (quadratic ? ", quadratic" : ""));
+      BarrierOptions options;
+      setting.set(options);
+      TextLog log;
+      const BarrierResult result = solve_barrier(lp, options, {}, log);
+      EXPECT_EQ(result.status, SolveStatus::kOptimal);
+      EXPECT_NEAR(result.primal_objective, expected.primal_objective, 1e-6 * std::abs(expected.primal_objective));
+      EXPECT_NE(without_times(log), without_times(usual));
     }
   }
 }
