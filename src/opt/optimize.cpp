@@ -106,10 +106,15 @@ void take_start_precision(const ZLPmodel& model, LpDriverOptions& options, LogSi
   if (start == BasisPrecision::kDouble && quad == 1) options.simplex.precision = Precision::kDouble;
 }
 
+void clean(LpData& lp, const ZLPenv& env) {
+  clean_lp_data(lp, param<Param::ZORV_PAR_INFBOUND>(env), param<Param::ZORV_PAR_ZERO>(env));
+}
+
 int solve_continuous(ZLPmodel& model, const Call& call) {
   const ZLPenv& env = *model.env;
   EnvironmentLog log(*model.env);
-  const LpData lp = make_lp_data(model.data);
+  LpData lp = make_lp_data(model.data);
+  clean(lp, env);
   const Basis start = param<Param::ZORV_PAR_WARMBASIS>(env) == 0 ? Basis() : make_start_basis(model);
   LpDriverOptions options = make_lp_options(env, model.data.sense, call.start_time);
   if (!start.empty()) take_start_precision(model, options, log);
@@ -145,7 +150,11 @@ void report_search(ZLPmodel& model, const MipResult& result, int error, double s
 
 int solve_integer(ZLPmodel& model, std::shared_ptr<void> kept, const Call& call) {
   auto search = std::static_pointer_cast<KeptSearch>(std::move(kept));
-  if (search == nullptr) search = std::make_shared<KeptSearch>(*model.env, make_mip_problem(model));
+  if (search == nullptr) {
+    MipProblem problem = make_mip_problem(model);
+    clean(problem.lp, *model.env);
+    search = std::make_shared<KeptSearch>(*model.env, std::move(problem));
+  }
   MipOptions options = make_mip_options(*model.env, model.data.sense, call.start_time);
   options.hooks = call.hooks;
   options.threads = kSearchThreads;

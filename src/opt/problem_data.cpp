@@ -1,6 +1,7 @@
 #include "opt/problem_data.hpp"
 
 #include <algorithm>
+#include <cmath>
 
 namespace zorvex {
 
@@ -81,6 +82,30 @@ LpData make_lp_data(const ModelData& data) {
     lp.row_upper[row] = sides.upper;
   }
   return lp;
+}
+
+void clean_lp_data(LpData& lp, double infinite, double zero) {
+  const auto widen = [&](double& lower, double& upper) {
+    if (lower == upper) return;
+    if (lower <= -infinite) lower = -kInf;
+    if (upper >= infinite) upper = kInf;
+  };
+  for (Index col = 0; col < lp.num_cols(); ++col) widen(lp.col_lower[col], lp.col_upper[col]);
+  for (Index row = 0; row < lp.num_rows(); ++row) widen(lp.row_lower[row], lp.row_upper[row]);
+  SparseMatrix& matrix = lp.matrix;
+  Offset kept = 0;
+  Offset next = 0;
+  for (Index col = 0; col < matrix.num_cols; ++col) {
+    const Offset end = matrix.end(col);
+    for (; next < end; ++next) {
+      if (std::abs(matrix.value[next]) < zero) continue;
+      matrix.index[kept] = matrix.index[next];
+      matrix.value[kept++] = matrix.value[next];
+    }
+    matrix.start[col + 1] = kept;
+  }
+  matrix.index.resize(static_cast<std::size_t>(kept));
+  matrix.value.resize(static_cast<std::size_t>(kept));
 }
 
 MipProblem make_mip_problem(const ZLPmodel& model) {

@@ -11,6 +11,10 @@ namespace zorvex {
 // the user wrote them.
 LpData make_lp_data(const ModelData& data);
 
+// Takes column bounds and one-sided row sides of at least `infinite` for infinite and leaves out matrix coefficients
+// below `zero`; magnitudes.
+void clean_lp_data(LpData& lp, double infinite, double zero);
+
 // With column types, SOS sets, priorities and the MIP start.
 MipProblem make_mip_problem(const ZLPmodel& model);
 

@@ -1,5 +1,6 @@
 #include "opt/solver_options.hpp"
 
+#include <algorithm>
 #include <cmath>
 #include <initializer_list>
 #include <string_view>
@@ -43,6 +44,11 @@ SimplexOptions simplex_options(const ZLPenv& env, double start_time) {
   options.bound_flipping = param<Param::ZORV_PAR_SIMPLEXPWRATIO>(env) != 0;
   options.partial_primal = param<Param::ZORV_PAR_PRIMALPARTIAL>(env) > 0;
   options.scale = param<Param::ScaleFlag>(env) != 0;
+  options.alternative_scaling = param<Param::ZORV_PAR_ALTSCALE>(env) != 0;
+  options.aspiration = param<Param::ZORV_PAR_ASPIRE>(env);
+  options.switch_algorithm = param<Param::ZORV_PAR_PRIMDUALSWITCH>(env) != 0;
+  const int violations = param<Param::ZORV_PAR_UNSCALEDVIO>(env);
+  options.repair_unscaled = violations == -2 || violations == 1;
   options.precision = precision_of(param<Param::Quad>(env));
   options.algorithm = param<Param::Method>(env) == 0 ? SimplexAlgorithm::kPrimal : SimplexAlgorithm::kDual;
   options.display_interval = param<Param::DisplayInterval>(env);
@@ -63,12 +69,16 @@ PresolveOptions presolve_options(const ZLPenv& env) {
   // multicommodity flows twice as many.
   options.dependent_rows = param<Param::PreDepRow>(env);
   if (options.dependent_rows < 0 && param<Param::Method>(env) != 2) options.dependent_rows = 0;
+  const double equations = param<Param::ZORV_PAR_PREMAKEEQ>(env);
+  options.make_equations = equations >= 0;
+  options.dual_effort = param<Param::ZORV_PAR_PREDUALSLACK>(env) != 0 ? 1 : std::max(0.0, equations);
   options.aggregation_fill = param<Param::AggFill>(env);
   if (param<Param::ZORV_PAR_PRELIMIT>(env) < kMaxIntParameter) options.max_steps = param<Param::ZORV_PAR_PRELIMIT>(env);
   const auto switch_off = [&](bool off, std::initializer_list<std::string_view> names) {
     if (off) options.off.insert(options.off.end(), names);
   };
   switch_off(param<Param::Aggregate>(env) == 0, {"doubleton_equation", "free_column"});
+  switch_off(param<Param::ZORV_PAR_PREBOUND>(env) == 0, {"implied_row"});
   switch_off(param<Param::PreSparsify>(env) == 0, {"sparsify"});
   switch_off(param<Param::ZORV_PAR_PREPARALLEL>(env) == 0, {"duplicate_rows", "duplicate_columns"});
   switch_off(param<Param::ZORV_PAR_PRESINGLECOL>(env) == 0, {"singleton_column"});

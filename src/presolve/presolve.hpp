@@ -23,6 +23,8 @@ struct PresolveOptions {
   double dual_feasibility_tol = 1e-6;
   int dualize = -1;  // solve the dual of what is left: -1 automatic, 0 never, 1 and 2 in two forms; see DualForm
   bool dual_reductions = true;  // reductions that keep only some optimal solutions
+  bool make_equations = true;   // rows whose multiplier has one sign by itself become equations
+  double dual_effort = 0;       // 0..1: how far conclusions about multipliers are followed up
   int dependent_rows = -1;      // search for dependent equations: 0 off, 1 with more effort
   Index aggregation_fill = 10;  // nonzeros that the elimination of one column may add
   std::int64_t max_steps = std::numeric_limits<std::int64_t>::max();  // changes after which presolve stops

@@ -21,6 +21,7 @@ namespace {
 using Side = BoundPropagation::Side;
 
 constexpr int kSweeps = 5;
+constexpr int kMoreSweeps = 45;  // at full effort
 
 // First entry of a record.
 enum Record : Index { kRowMadeEquation, kOpenedColumn };
@@ -166,7 +167,7 @@ Outcome DualBounds::settle_row(Index row) {
 }
 
 Outcome DualBounds::settle() {
-  pi_.run(kSweeps);
+  pi_.run(kSweeps + static_cast<int>(kMoreSweeps * model_.options.dual_effort));
   Outcome result = Outcome::kNone;
   for (Index col = 0; col < model_.num_cols(); ++col) {
     if (!model_.col_alive[col]) continue;
@@ -174,6 +175,7 @@ Outcome DualBounds::settle() {
     if (outcome == Outcome::kUnbounded) return outcome;
     if (outcome == Outcome::kChanged) result = outcome;
   }
+  if (!model_.options.make_equations) return result;
   for (Index row = 0; row < model_.num_rows(); ++row) {
     if (model_.row_alive[row] && settle_row(row) == Outcome::kChanged) result = Outcome::kChanged;
   }

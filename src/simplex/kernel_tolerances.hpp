@@ -36,5 +36,7 @@ struct KernelTolerances<Extended> {
 
 // Internal feasibility tolerances are this share of the user's, so that unscaling leaves room.
 inline constexpr double kToleranceShare = 0.1;
+// Smallest part of it that can be asked for.
+inline constexpr double kLeastAspiration = 1e-3;
 
 }  // namespace zorvex

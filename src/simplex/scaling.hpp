@@ -18,7 +18,7 @@ struct Scaling {
 };
 
 // All ones when the matrix is already well scaled.
-Scaling compute_scaling(const LpData& lp);
+Scaling compute_scaling(const LpData& lp, bool only_largest = false);
 Scaling unit_scaling(const LpData& lp);
 // Factors for rows appended to the model (a row-wise matrix: its columns are the rows); the others stay.
 void extend_scaling(Scaling& scaling, const SparseMatrix& rows);

@@ -90,6 +90,11 @@ std::vector<Reduced> reductions() {
       {"nonzeros cancel", nested, {{"PreSparsify", "1"}}, "5 4 20", "4 4 12"},
       {"the dual instead", maximal, {{"PreDual", "1"}}, "3 4 12", "4 7 16"},
       {"the dual with its slacks as columns", plain, {{"PreDual", "2"}}, "3 4 12", "4 11 20"},
+      {"implied rows stay",
+       with_row(plain, {{1, 1, 1, 2}, '<', 20}),  // 24 by the bounds, 19.6 by what the first row makes of them
+       {{"ZORV_PAR_PREBOUND", "0"}},
+       "3 4 12",
+       "4 4 16"},
       {"no aggregation", aggregable(), {{"Aggregate", "0"}}, "3 4 12", "4 5 19"},
   };
 }
@@ -142,6 +147,47 @@ TEST(LpParameters, OptimalityTolDecidesWhatPays) {
   }
 }
 
+struct Solved {
+  int status;
+  double x;  // of the first column, when optimal
+};
+
+TEST(LpParameters, WhatCountsAsInfiniteAsZeroAndAsSolved) {
+  const Tiny wide{.obj = {-1, 1}, .rows = {{{1, -1}, '>', 1}}, .lb = {}, .ub = {1e7, 5}};
+  const Tiny faint{.obj = {1, 1}, .rows = {{{5e-11, 0}, '>', 1}, {{1, 1}, '>', 1}}, .lb = {}, .ub = {1e12, 5}};
+  const Tiny cheap{.obj = {-2e-4, 1}, .rows = {{{1, 1}, '<', 5}}, .lb = {}, .ub = {4, 4}};
+  const Tiny steep{.obj = {1, 2}, .rows = {{{1e6, 1e6}, '>', 0.05}}};
+  const std::vector<Setting> loose{{"Presolve", "0"}, {"PerturbValue", "0"}, {"OptimalityTol", "0.01"}};
+  const struct {
+    Tiny model;
+    std::vector<Setting> without;
+    Setting with;
+    Solved before, after;
+  } facts[] = {
+      {wide, {}, {"ZORV_PAR_INFBOUND", "1e6"}, {ZLP_OPTIMAL, 1e7}, {ZLP_UNBOUNDED, 0}},
+      {faint, {}, {"ZORV_PAR_ZERO", "1e-10"}, {ZLP_OPTIMAL, 2e10}, {ZLP_INFEASIBLE, 0}},
+      {cheap, loose, {"ZORV_PAR_ASPIRE", "0.01"}, {ZLP_OPTIMAL, 0}, {ZLP_OPTIMAL, 4}},
+      {steep, {{"Presolve", "0"}}, {"ZORV_PAR_UNSCALEDVIO", "0"}, {ZLP_OPTIMAL, 5e-8}, {ZLP_OPTIMAL, 0}},
+  };
+  const Env env = quiet_env();
+  for (const auto& fact : facts) {
+    SCOPED_TRACE(fact.with.name);
+    for (const bool changed : {false, true}) {
+      const Model model = build(env.get(), fact.model);
+      ZLPenv* own = ZLPgetenv(model.get());
+      for (const Setting& each : fact.without) ASSERT_EQ(0, ZLPsetparam(own, each.name, each.value));
+      const Setting none{"OutputFlag", "0"};
+      const Setting& setting = changed ? fact.with : none;
+      ASSERT_EQ(0, ZLPsetparam(own, setting.name, setting.value));
+      ASSERT_EQ(0, ZLPoptimize(model.get()));
+      const Solved& expected = changed ? fact.after : fact.before;
+      ASSERT_EQ(expected.status, int_attr(model.get(), "Status"));
+      if (expected.status != ZLP_OPTIMAL) continue;
+      EXPECT_NEAR(expected.x, dbl_array(model.get(), "X", "NumVars")[0], 1e-9 * (1 + expected.x));
+    }
+  }
+}
+
 // Costs 1000 and 10 in the diagnostic line that follows scaling.
 TEST(LpParameters, ScalingOfObjectiveAndMatrix) {
   const Env env = quiet_env();
@@ -167,18 +213,24 @@ TEST(LpParameters, ScalingOfObjectiveAndMatrix) {
     EXPECT_NE(std::string::npos, log.find(std::string("Scaled:\n") + fact.line)) << log;
     EXPECT_NEAR(1000, dbl_attr(model.get(), "ObjVal"), 1e-6);
   }
-  for (const char* flag : {"0", "1"}) {
+  const Setting ways[] = {{"ScaleFlag", "0"}, {"ScaleFlag", "1"}, {"ZORV_PAR_ALTSCALE", "1"}};
+  std::vector<std::string> scaled;
+  for (const Setting& way : ways) {
     const Model model = build(env.get(), {.obj = {-1, -1}, .rows = {{{1e4, 1e-4}, '<', 5}, {{1e-3, 1e5}, '<', 1}}});
     ZLPenv* own = ZLPgetenv(model.get());
     for (const Setting& setting :
-         std::vector<Setting>{{"Presolve", "0"}, {"ZORV_PAR_ITEST", "1"}, {"OutputFlag", "1"}, {"ScaleFlag", flag}}) {
+         std::vector<Setting>{{"Presolve", "0"}, {"ZORV_PAR_ITEST", "1"}, {"OutputFlag", "1"}, way}) {
       ASSERT_EQ(0, ZLPsetparam(own, setting.name, setting.value));
     }
     const std::string log = printed([&] { EXPECT_EQ(0, ZLPoptimize(model.get())); });
-    const bool unscaled = log.find("MaxC= 1.00000e+00, MinC= 1.00000e+00, MaxOC") != std::string::npos;
-    EXPECT_EQ(*flag == '0', unscaled) << log;
+    const std::size_t at = log.find("MaxC=");
+    ASSERT_NE(std::string::npos, at) << log;
+    scaled.push_back(log.substr(at, log.find(", MaxOC", at) - at));
     expect_lp_quality(model.get());
   }
+  EXPECT_EQ("MaxC= 1.00000e+00, MinC= 1.00000e+00", scaled[0]);
+  EXPECT_NE(scaled[0], scaled[1]);
+  EXPECT_NE(scaled[1], scaled[2]);
 }
 
 // Norms of a start basis that brings none: ones or exact ones, seen after a solve that may not iterate.

@@ -300,6 +300,37 @@ TEST(PresolveCases, Switches) {
   EXPECT_EQ(rows_left(dependent, options), 3);
 }
 
+// pi_0 <= 1 and a chain pi_k <= pi_k-1, met from its far end, say that the last column, which pays 2 for what the last
+// row is worth, stays at zero.
+TEST(PresolveCases, EffortFollowsMultipliersAlongAChain) {
+  const int length = 12;
+  std::vector<Column> columns;
+  std::vector<Row> rows(length, Row{std::vector<double>(length + 1, 0), 1, kInf});
+  for (int link = length - 1; link >= 0; --link) {
+    const auto col = columns.size();
+    columns.push_back({link == 0 ? 1.0 : 0.0, 0, kInf});
+    rows[static_cast<std::size_t>(link)].coefficients[col] = 1;
+    if (link > 0) rows[static_cast<std::size_t>(link - 1)].coefficients[col] = -1;
+  }
+  columns.push_back({2, 0, 3});
+  rows.back().coefficients.back() = 1;
+  const LpData lp = make(columns, rows);
+  for (const double effort : {0.0, 1.0}) {
+    Presolve presolve(lp, {.make_equations = false, .dual_effort = effort, .only = "dual_bounds"});
+    EXPECT_EQ(presolve.run(StopToken()), PresolveOutcome::kReduced);
+    EXPECT_EQ(presolve.reduced().num_cols(), effort > 0 ? length : length + 1);
+  }
+}
+
+TEST(PresolveCases, BindingRowsBecomeEquationsUnlessSwitchedOff) {
+  const LpData lp = make({{1, 0, kInf}, {-2, 0, 9}}, {{{1, -1}, 4, kInf}});
+  for (const bool wanted : {false, true}) {
+    Presolve presolve(lp, {.make_equations = wanted, .only = "dual_bounds"});
+    EXPECT_EQ(presolve.run(StopToken()), PresolveOutcome::kReduced);
+    EXPECT_EQ(presolve.reduced().row_upper[0] == presolve.reduced().row_lower[0], wanted);
+  }
+}
+
 // 1 1 1 1 0 = 4 inside 2 2 2 2 1 >= 5: the multiple -2 cancels four entries and makes none.
 TEST(PresolveCases, EquationsCancelNonzeros) {
   const std::vector<Column> columns(5, Column{1, 0, 9});
