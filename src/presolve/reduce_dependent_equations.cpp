@@ -17,9 +17,11 @@ namespace {
 
 constexpr double kPivotThreshold = 0.1;  // of the largest entry of the pivot row
 // Nonzeros touched by the elimination, per nonzero of the equations that come to it: by default, and when asked for.
-constexpr std::int64_t kAutomaticWork = 10;
-constexpr std::int64_t kRequestedWork = 500;
+// Most models need less than ten; quadratic assignment some thousand, which the barrier gets back several times over.
+constexpr std::int64_t kAutomaticWork = 2000;
+constexpr std::int64_t kRequestedWork = 5000;
 constexpr std::int64_t kFreeWork = 10000;
+constexpr std::int64_t kMostWork = 50'000'000;  // under a second: nothing here looks at the time limit
 
 struct Term {
   Index index;
@@ -214,7 +216,7 @@ Outcome Elimination::run() {
   std::int64_t nonzeros = 0;
   for (const Equation& equation : equations_) nonzeros += static_cast<std::int64_t>(equation.entries.size());
   const std::int64_t share = model_.options.dependent_rows > 0 ? kRequestedWork : kAutomaticWork;
-  const std::int64_t limit = kFreeWork + share * nonzeros;
+  const std::int64_t limit = std::min(kFreeWork + share * nonzeros, kMostWork);
   Outcome result = Outcome::kNone;
   while (!order_.empty() && work_ <= limit) {
     std::size_t row = 0;

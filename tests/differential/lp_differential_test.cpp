@@ -59,6 +59,7 @@ LpDriverResult solve(const LpData& lp, const Way& way, int pricing) {
   options.presolve.level = way.presolve;
   options.want_proofs = true;
   if (way.presolve != 2) options.presolve.off = {"sparsify"};
+  if (way.presolve == 2) options.presolve.dual_effort = options.presolve.dualize = 1;
   QuietLog log;
   return solve_lp(lp, options, nullptr, {}, log);
 }
