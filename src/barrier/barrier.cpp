@@ -66,7 +66,9 @@ class Barrier {
   bool find_proof(const std::vector<double>& duals);
   bool diverges(const InteriorPointMethod& method, const Progress& progress);
   bool crawls(const Progress& progress);
-  SolveStatus restart(InteriorPointMethod& method);
+  SolveStatus restart(InteriorPointMethod& method, double dual_boost);
+  void iterate_on(InteriorPointMethod& method);
+  void try_cautiously(InteriorPointMethod& method);
   void keep_if_better(const InteriorPointMethod& method, const Progress& progress);
   void finish();
   void report_iteration(const Progress& progress);
@@ -82,6 +84,7 @@ class Barrier {
   std::unique_ptr<NewtonSystem> newton_;
   BarrierResult result_;
   double start_;
+  double told_work_ = 0;  // to the stop token
   // The best point so far, and since when.
   Iterate best_;
   Progress best_progress_;
@@ -256,28 +259,51 @@ bool Barrier::crawls(const Progress& progress) {
          residual > kCrawlingShare * history_[history_.size() - 1 - kStepsToJudge];
 }
 
-SolveStatus Barrier::restart(InteriorPointMethod& method) {
-  ++restarts_;
-  started_iteration_ = result_.iterations + 1;
+SolveStatus Barrier::restart(InteriorPointMethod& method, double dual_boost) {
+  started_iteration_ = best_iteration_ = result_.iterations + 1;
   history_.clear();
   best_merit_ = first_merit_ = kInf;
-  best_iteration_ = result_.iterations + 1;
-  return method.start(std::pow(kRestartBoost, restarts_), stop_);
+  converged_iteration_ = -1;
+  tiny_steps_ = 0;
+  return method.start(dual_boost, stop_);
 }
 
 void Barrier::iterate(InteriorPointMethod& method) {
   result_.status = method.start(1, stop_);
   if (result_.status != SolveStatus::kLoaded) return;
   print_iteration_header(log_, options_.root_log);
-  double told_work = 0;
+  iterate_on(method);
+  const bool falls_short = result_.status == SolveStatus::kNumeric && best_merit_ > 1 &&
+                           best_progress_.worst() <= BarrierTolerances::kUsable;
+  if (falls_short && options_.final_point && options_.loose_steps) try_cautiously(method);
+}
+
+// Long steps save iterations, but may lead close to a face where the Newton systems can no longer be solved. When there
+// is no crossover to make the point good, the iteration starts over with shorter ones; the better point counts.
+void Barrier::try_cautiously(InteriorPointMethod& method) {
+  const Iterate point = best_;
+  const Progress progress = best_progress_;
+  const double merit = best_merit_;
+  method.be_cautious();
+  ++result_.iterations;
+  result_.status = restart(method, 1);
+  if (result_.status == SolveStatus::kLoaded) iterate_on(method);
+  if (best_merit_ <= merit) return;
+  best_ = point;
+  best_progress_ = progress;
+  best_merit_ = merit;
+}
+
+void Barrier::iterate_on(InteriorPointMethod& method) {
   while (true) {
     const Progress progress = method.measure();
     report_iteration(progress);
     keep_if_better(method, progress);
     if (ends(method, progress)) return;
-    stop_.spend(newton_->work() - told_work);
-    told_work = newton_->work();
-    const SolveStatus status = crawls(progress) ? restart(method) : method.step(stop_);
+    stop_.spend(newton_->work() - told_work_);
+    told_work_ = newton_->work();
+    const SolveStatus status =
+        crawls(progress) ? restart(method, std::pow(kRestartBoost, ++restarts_)) : method.step(stop_);
     if (status != SolveStatus::kLoaded) {
       result_.status = status;
       return;

@@ -24,9 +24,8 @@ constexpr double kPoorStep = 0.1;          // steps shorter than this ask for an
 constexpr int kWeights = 9;                // ... which is the best of these
 constexpr double kShortStep = 0.5;         // steps shorter than this ...
 constexpr int kLeastCorrectors = 2;        // ... get so many centrality correctors, however cheap a factorization is
-constexpr double kCautiousShare = 0.95;    // of the longest step, when steps are not to go up to the bounds
-constexpr double kLongest = 1 / kCautiousShare;
-constexpr double kUnsolvedShift = 1;  // as kLeastShift, for a start that no equations were solved for
+constexpr double kLongestStep = 1.1;       // worth knowing: a share of it is still a full step
+constexpr double kUnsolvedShift = 1;       // as kLeastShift, for a start that no equations were solved for
 
 // to + weight * (corrected - to), into `to`.
 void blend(std::vector<double>& to, const std::vector<double>& corrected, double weight) {
@@ -114,6 +113,14 @@ InteriorPointMethod::InteriorPointMethod(const BarrierModel& model, NewtonSystem
   for (const double value : model.rhs) largest_rhs = std::max(largest_rhs, std::abs(value));
   primal_goal_ = BarrierTolerances::kStepGoal * largest_rhs;
   dual_goal_ = BarrierTolerances::kStepGoal;
+}
+
+void InteriorPointMethod::be_cautious() {
+  step_share_ = kCautiousShare;
+  regularization_ = BarrierTolerances::kRegularization;
+  trend_ = kFirstTrend;
+  last_solves_ = 0;
+  failed_solves_ = 0;
 }
 
 // --- starting point ---
@@ -343,8 +350,8 @@ double InteriorPointMethod::direction(const Residuals& residuals, const Targets&
 }
 
 InteriorPointMethod::Steps InteriorPointMethod::longest_steps(const Iterate& d) const {
-  const double primal = longest(iterate_.above, d.above, longest(iterate_.below, d.below, kLongest));
-  const double dual = longest(iterate_.up, d.up, longest(iterate_.low, d.low, kLongest));
+  const double primal = longest(iterate_.above, d.above, longest(iterate_.below, d.below, kLongestStep));
+  const double dual = longest(iterate_.up, d.up, longest(iterate_.low, d.low, kLongestStep));
   return steps_of(primal, dual);
 }
 
@@ -353,8 +360,8 @@ InteriorPointMethod::Steps InteriorPointMethod::longest_steps(const Iterate& d, 
   const auto along = [&](std::vector<double> Iterate::*part, double step) {
     return longest(iterate_.*part, d.*part, corrected.*part, weight, step);
   };
-  return steps_of(along(&Iterate::above, along(&Iterate::below, kLongest)),
-                  along(&Iterate::up, along(&Iterate::low, kLongest)));
+  return steps_of(along(&Iterate::above, along(&Iterate::below, kLongestStep)),
+                  along(&Iterate::up, along(&Iterate::low, kLongestStep)));
 }
 
 // Short of the boundary. Of a quadratic model both sides take the same step: the dual residual would not shrink

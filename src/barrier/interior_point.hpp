@@ -49,6 +49,8 @@ class InteriorPointMethod {
   // `dual_boost` multiplies the shift of the duals: models whose multipliers are much larger than costs suggest are
   // reached in short steps only unless they start far out.
   SolveStatus start(double dual_boost, const StopToken& stop);
+  // From the next start on steps stay well short of the bounds, with the regularization that a first start has.
+  void be_cautious();
   // One iteration: kLoaded when done, kNumeric when no step could be made, else the reason of the stop.
   SolveStatus step(const StopToken& stop);
 
@@ -58,6 +60,9 @@ class InteriorPointMethod {
   [[nodiscard]] double last_step() const { return last_step_; }       // the shorter of the last two step lengths
 
  private:
+  static constexpr double kCautiousShare = 0.95;  // of the longest step
+  static constexpr double kFirstTrend = 0.1;
+
   struct Residuals {
     std::vector<double> primal, dual, below, above;
   };
@@ -100,7 +105,7 @@ class InteriorPointMethod {
   double step_share_;            // of the longest step
   double scaled_objective_ = 1;  // magnitude of the last primal objective, at least 1 in the user's units
   double regularization_;
-  double trend_ = 0.1;  // of regularization
+  double trend_ = kFirstTrend;  // of regularization
   double last_solves_ = 0;
   Iterate iterate_;
   Residuals residuals_, zero_residuals_;
