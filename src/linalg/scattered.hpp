@@ -37,6 +37,8 @@ struct Scattered {
     dense = false;
   }
   [[nodiscard]] Index size() const { return static_cast<Index>(value.size()); }
+  // So many positions count that a loop over all of them, which the compiler can vectorize, is faster than the list.
+  [[nodiscard]] bool crowded() const { return dense || index.size() * 2 > value.size(); }
 
   // All zero again. Cost O(count) when sparse, O(n) when dense.
   void clear() {
@@ -68,5 +70,16 @@ struct Scattered {
     dense = false;
   }
 };
+
+// Calls visit(position) once for every position that counts, for some zeros as well. `visit` should not branch.
+template <class Real, class Visit>
+void for_each_entry(const Scattered<Real>& vector, Visit visit) {
+  if (vector.crowded()) {
+    const Index size = vector.size();
+    for (Index i = 0; i < size; ++i) visit(i);
+  } else {
+    for (const Index i : vector.index) visit(i);
+  }
+}
 
 }  // namespace zorvex

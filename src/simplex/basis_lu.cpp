@@ -21,6 +21,8 @@ constexpr Offset kLargestEstimate = Offset{1} << 48;
 // Work units of factorization per basis nonzero and per row (counting, peeling, assembly of both copies).
 constexpr Offset kFactorUnitsPerNonzero = 8;
 constexpr Offset kFactorUnitsPerRow = 8;
+// Time of a unit of factorization over that of a unit of solving, whose loops run without branches.
+constexpr Offset kFactorUnitCost = 2;
 constexpr Index kBaselineUpdates = 8;  // updates over which the solve cost of fresh factors is measured
 }  // namespace
 
@@ -196,7 +198,7 @@ Offset BasisLu<Real>::factor_nonzeros() const {
 
 template <class Real>
 bool BasisLu<Real>::wants_refactor() const {
-  return state_->excess > state_->factor_work;
+  return state_->excess > kFactorUnitCost * state_->factor_work;
 }
 
 template class BasisLu<double>;

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cmath>
 #include <functional>
-#include <numeric>
 
 namespace zorvex {
 
@@ -12,8 +11,9 @@ constexpr Index kAutomaticRows = 15000;   // smaller models never change their p
 constexpr double kPartialExponent = 0.6;  // length of the partial list as a power of the row count
 constexpr Index kMinPartialSize = 20;
 constexpr double kShortListFactor = 15;
-constexpr std::size_t kMinHot = 64;  // rows made hot at once, at least; up to twice as many all are
-constexpr double kHotFactor = 3;     // times the root of the list's length: balances choices against refills
+constexpr std::size_t kMinHot = 64;   // rows made hot at once, at least; up to twice as many all are
+constexpr double kHotFactor = 3;      // times the root of the list's length: balances choices against refills
+constexpr double kSamePrice = 1e-14;  // relative difference of prices that counts as rounding
 }  // namespace
 
 template <class Real>
@@ -27,9 +27,8 @@ void DualPricing<Real>::begin(int pricing) {
   const auto m = static_cast<std::size_t>(core_.m);
   if (infeasibility_.size() != m) {
     infeasibility_.assign(m, Real(0));
-    listed_.assign(m, 0);
+    state_.assign(m, kUnlisted);
     list_.clear();
-    hot_.assign(m, 0);
     hot_list_.clear();
   }
   if (mode_ == DualPricingMode::kRowCount) start_partial();
@@ -46,64 +45,65 @@ void DualPricing<Real>::start_partial() {
 
 template <class Real>
 void DualPricing<Real>::recompute() {
-  for (const Index position : list_) listed_[position] = 0;
+  cool_all();
+  for (const Index position : list_) state_[position] = kUnlisted;
   list_.clear();
   rejected_.clear();
-  cool_all();
-  std::vector<Index> all(static_cast<std::size_t>(core_.m));
-  std::iota(all.begin(), all.end(), 0);
-  refresh(all);
+  refresh_all();
   if (full_pricing_ || static_cast<Index>(list_.size()) <= partial_size_) return;
   std::nth_element(list_.begin(), list_.begin() + partial_size_, list_.end(), [this](Index a, Index b) {
     return infeasibility_[a] > infeasibility_[b] || (infeasibility_[a] == infeasibility_[b] && a < b);
   });
-  for (auto left_out = list_.begin() + partial_size_; left_out != list_.end(); ++left_out) listed_[*left_out] = 0;
+  for (auto left_out = list_.begin() + partial_size_; left_out != list_.end(); ++left_out)
+    state_[*left_out] = kUnlisted;
   list_.resize(static_cast<std::size_t>(partial_size_));
 }
 
-// Two loops without branches where these are hard to predict, then the few rows that something changes for.
+// Without branches: they would be hard to predict. Few rows have to move up.
 template <class Real>
-void DualPricing<Real>::refresh(std::span<const Index> positions) {
-  const Real* value = core_.basic_value.data();
-  const Real* lower = core_.basic_lower.data();
-  const Real* upper = core_.basic_upper.data();
-  const char* listed = listed_.data();
-  Real* infeasibility = infeasibility_.data();
-  const Real tolerance = core_.primal_tol;
-  chosen_.resize(std::max(chosen_.size(), positions.size()));
-  Index* chosen = chosen_.data();
-  std::size_t count = 0;
-  for (const Index k : positions) {
-    const Real distance = std::max<Real>(std::max<Real>(lower[k] - value[k], value[k] - upper[k]), 0);
-    const bool violated = distance > tolerance;
-    const Real violation = distance * static_cast<Real>(violated);
-    infeasibility[k] = violation * violation;
-    chosen[count] = k;
-    count += static_cast<std::size_t>(violated & (listed[k] == 0));
-  }
-  for (std::size_t i = 0; i < count; ++i) {
-    listed_[chosen_[i]] = 1;
-    list_.push_back(chosen_[i]);
-  }
-  heat(positions);
+bool DualPricing<Real>::measure(Index k) {
+  const Real value = core_.basic_value[k];
+  const Real above = std::max<Real>(core_.basic_lower[k] - value, value - core_.basic_upper[k]);
+  const Real distance = std::max<Real>(above, 0);
+  const bool violated = distance > core_.primal_tol;
+  const Real violation = distance * static_cast<Real>(violated);
+  const Real price = violation * violation;
+  infeasibility_[k] = price;
+  const State state = state_[k];
+  return (violated & (state == kUnlisted)) | ((state != kHot) & (price > hot_price_ * core_.weight[k]));
 }
 
 template <class Real>
-void DualPricing<Real>::heat(std::span<const Index> positions) {
-  const Real* infeasibility = infeasibility_.data();
-  const Real* weight = core_.weight.data();
-  const char* hot = hot_.data();
-  const Real price = hot_price_;
+void DualPricing<Real>::refresh(std::span<const Index> positions) {
   chosen_.resize(std::max(chosen_.size(), positions.size()));
-  Index* chosen = chosen_.data();
   std::size_t count = 0;
   for (const Index k : positions) {
-    chosen[count] = k;
-    count += static_cast<std::size_t>((hot[k] == 0) & (infeasibility[k] > price * weight[k]));
+    chosen_[count] = k;
+    count += static_cast<std::size_t>(measure(k));
   }
+  move_up(count);
+}
+
+template <class Real>
+void DualPricing<Real>::refresh_all() {
+  chosen_.resize(std::max(chosen_.size(), static_cast<std::size_t>(core_.m)));
+  std::size_t count = 0;
+  for (Index k = 0; k < core_.m; ++k) {
+    chosen_[count] = k;
+    count += static_cast<std::size_t>(measure(k));
+  }
+  move_up(count);
+}
+
+template <class Real>
+void DualPricing<Real>::move_up(std::size_t count) {
   for (std::size_t i = 0; i < count; ++i) {
-    hot_[chosen_[i]] = 1;
-    hot_list_.push_back(chosen_[i]);
+    const Index k = chosen_[i];
+    if (state_[k] == kUnlisted) list_.push_back(k);
+    state_[k] = kCold;
+    if (!(infeasibility_[k] > hot_price_ * core_.weight[k])) continue;
+    state_[k] = kHot;
+    hot_list_.push_back(k);
   }
 }
 
@@ -123,7 +123,7 @@ bool DualPricing<Real>::list_is_short() {
 
 template <class Real>
 void DualPricing<Real>::cool_all() {
-  for (const Index position : hot_list_) hot_[position] = 0;
+  for (const Index position : hot_list_) state_[position] = kCold;
   hot_list_.clear();
   hot_price_ = std::numeric_limits<Real>::infinity();
 }
@@ -136,30 +136,39 @@ void DualPricing<Real>::heat_best() {
   std::size_t kept = 0;
   for (const Index position : list_) {
     if (infeasibility_[position] == 0) {
-      listed_[position] = 0;
+      state_[position] = kUnlisted;
       continue;
     }
     list_[kept++] = position;
     prices_.push_back(infeasibility_[position] / core_.weight[position]);
   }
   list_.resize(kept);
-  hot_price_ = 0;
   const auto wanted = std::max(kMinHot, static_cast<std::size_t>(kHotFactor * std::sqrt(static_cast<double>(kept))));
+  Real strict = 0;
+  hot_price_ = 0;
   if (kept > 2 * wanted) {
     const auto nth = prices_.begin() + static_cast<std::ptrdiff_t>(wanted);
     std::nth_element(prices_.begin(), nth, prices_.end(), std::greater<Real>());
-    hot_price_ = *nth;
+    strict = *nth * (1 + Real(kSamePrice));
+    hot_price_ = *nth * (1 - Real(kSamePrice));
   }
-  heat(list_);
-  if (hot_list_.empty()) {  // many rows share the largest price
-    hot_price_ = 0;
-    heat(list_);
+  heat(strict, kept);
+  heat(hot_price_, wanted);  // of rows that share the price as many as are wanted: all may share it
+}
+
+// Cold rows above `price` become hot, in the order of the list, until there are `most`.
+template <class Real>
+void DualPricing<Real>::heat(Real price, std::size_t most) {
+  for (const Index position : list_) {
+    if (hot_list_.size() >= most) return;
+    if (state_[position] == kHot || !(infeasibility_[position] > price * core_.weight[position])) continue;
+    state_[position] = kHot;
+    hot_list_.push_back(position);
   }
 }
 
-// Row of the largest price in `list`, -1 when it has none above `floor`; rows that are not go from list and flags.
 template <class Real>
-Index DualPricing<Real>::best_of(std::vector<Index>& list, std::vector<char>& flag, Real floor) const {
+Index DualPricing<Real>::best_of(std::vector<Index>& list, State lower, Real floor) {
   const std::vector<Real>& weight = core_.weight;
   Index best = -1;
   Real best_value = 0;
@@ -168,7 +177,7 @@ Index DualPricing<Real>::best_of(std::vector<Index>& list, std::vector<char>& fl
   for (const Index position : list) {
     const Real value = infeasibility_[position];
     if (!(value > floor * weight[position])) {
-      flag[position] = 0;
+      state_[position] = lower;
       continue;
     }
     list[kept++] = position;
@@ -185,12 +194,12 @@ Index DualPricing<Real>::best_of(std::vector<Index>& list, std::vector<char>& fl
 template <class Real>
 Index DualPricing<Real>::choose() {
   if (full_pricing_) {
-    const Index best = best_of(hot_list_, hot_, hot_price_);
+    const Index best = best_of(hot_list_, kCold, hot_price_);
     if (best >= 0 || list_.empty()) return best;
     heat_best();
-    return best_of(hot_list_, hot_, hot_price_);
+    return best_of(hot_list_, kCold, hot_price_);
   }
-  const Index best = best_of(list_, listed_, 0);
+  const Index best = best_of(list_, kUnlisted, 0);
   if (!list_is_short()) return best;
   core_.log->sink().write("Full pricing\n");
   full_pricing_ = true;
@@ -211,14 +220,13 @@ void DualPricing<Real>::update_weights(Index position, const Scattered<Real>& al
   if (mode_ == DualPricingMode::kSteepestEdge) {
     const Real* inner = tau.value.data();
     const Real twice = 2 / pivot;
-    for (const Index k : alpha.index) {
+    for_each_entry(alpha, [=](Index k) {
       const Real updated = weight[k] + entry[k] * (entry[k] * leaving_weight - twice * inner[k]);
       weight[k] = std::max(updated, KernelTolerances<Real>::kMinWeight);
-    }
+    });
   } else {
-    for (const Index k : alpha.index) weight[k] = std::max(weight[k], entry[k] * entry[k] * leaving_weight);
+    for_each_entry(alpha, [=](Index k) { weight[k] = std::max(weight[k], entry[k] * entry[k] * leaving_weight); });
   }
-  heat(alpha.index);
   weight[position] = std::max(leaving_weight, KernelTolerances<Real>::kMinWeight);
 }
 

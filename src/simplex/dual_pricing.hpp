@@ -2,8 +2,7 @@
 //   Modes    steepest edge (exact norms), devex (reference norms), and row counts, where the weight is a fixed cost of
 //            the row and candidates come from a short list.
 //   Lists    every infeasible row is listed; those whose price may exceed `hot_price_` are hot. A choice looks at the
-//   hot
-//            rows alone and still finds the largest price; when they run out the next best of all become hot.
+//            hot rows alone and still finds the largest price; when they run out the next best of all become hot.
 //   Source   J. Forrest, D. Goldfarb, Math. Program. 57 (1992) 341-374; P. Harris, Math. Program. 5 (1973) 1-28;
 //            J. Hall, K. McKinnon, Comput. Optim. Appl. 32 (2005) 259-283, sec. 3.3 (short lists of candidates).
 #pragma once
@@ -31,17 +30,17 @@ class DualPricing {
 
   // Recomputes all infeasibilities; forgets rejected rows. O(m).
   void recompute();
-  // The basic values at these positions have changed.
+  // Basic values, bounds or weights at these positions have changed.
   void refresh(std::span<const Index> positions);
-  void refresh(Index position) { refresh(std::span(&position, 1)); }
+  void refresh_all();  // O(m)
   // Position with the largest price, or -1 when no row is infeasible (rejected ones aside).
   Index choose();
   // Leaves a row out until the next recompute().
   void reject(Index position);
   [[nodiscard]] bool has_rejected() const { return !rejected_.empty(); }
 
-  // Weight changes of one pivot. rho_norm is the exact || rho ||^2 of the pivot row, tau = B^-1 rho (steepest edge
-  // only).
+  // Weight changes of one pivot, to be followed by refresh() of alpha's positions. rho_norm is the exact || rho ||^2 of
+  // the pivot row, tau = B^-1 rho (steepest edge only).
   void update_weights(Index position, const Scattered<Real>& alpha, const Scattered<Real>& tau, Real rho_norm);
   void reset_weights();
 
@@ -55,23 +54,29 @@ class DualPricing {
   void switch_to(DualPricingMode mode);
   void start_partial();
   bool list_is_short();
-  // Makes the rows hot whose price has risen above what the other cold rows have.
-  void heat(std::span<const Index> positions);
+  // A row's place: not listed, listed, or listed and hot.
+  enum State : char { kUnlisted, kCold, kHot };
+
+  // Writes the squared violation of row k; does the row have to move up, into the list or among the hot?
+  [[nodiscard]] bool measure(Index k);
+  // Lists the first `count` rows of chosen_ and makes those hot whose price has risen above that of the cold ones.
+  void move_up(std::size_t count);
   void cool_all();
   void heat_best();
-  Index best_of(std::vector<Index>& list, std::vector<char>& flag, Real floor) const;
+  void heat(Real price, std::size_t most);
+  // Row of the largest price in `list`, -1 when it has none above `floor`; the others leave the list for `lower`.
+  Index best_of(std::vector<Index>& list, State lower, Real floor);
 
   SimplexCore<Real>& core_;
   DualPricingMode mode_ = DualPricingMode::kSteepestEdge;
   bool locked_ = false;              // the mode was asked for, or has been changed once
   bool full_pricing_ = true;         // the candidate list holds every infeasible row
   std::vector<Real> infeasibility_;  // squared, by position
-  std::vector<char> listed_;
+  std::vector<State> state_;
   std::vector<Index> list_;
   std::vector<Index> rejected_;
-  std::vector<char> hot_;
   std::vector<Index> hot_list_;
-  Real hot_price_ = std::numeric_limits<Real>::infinity();  // no cold row has a larger price
+  Real hot_price_ = std::numeric_limits<Real>::infinity();  // no cold row has a larger one, but for rounding
   std::vector<Real> prices_;                                // workspace
   std::vector<Index> chosen_;                               // workspace
   double norm_work_ = 0, row_work_ = 0;

@@ -256,7 +256,7 @@ typename DualSimplex<Real>::Step DualSimplex<Real>::iterate() {
   core_.pivot(position, choice.entering, entering_value, leaving_above_ ? Place::kUpper : Place::kLower, pivot_value);
   core_.reduced_cost[choice.entering] = 0;
   core_.reduced_cost[leaving] = -dual_step;
-  pricing_.refresh(position);
+  refresh_pricing(flipping);
   if (!cutoff_reached()) return Step::kContinue;
   return options_.trust_updates && core_.factor_valid ? Step::kCutoff : Step::kRebuild;
 }
@@ -347,13 +347,20 @@ void DualSimplex<Real>::shift_group(Index entering) {
   }
 }
 
-// x_B -= step * column, which is sparse.
+// x_B -= step * column
 template <class Real>
 void DualSimplex<Real>::move_basic(const Scattered<Real>& column, Real step) {
   Real* value = core_.basic_value.data();
   const Real* entry = column.value.data();
-  for (const Index k : column.index) value[k] -= step * entry[k];
-  pricing_.refresh(column.index);
+  for_each_entry(column, [=](Index k) { value[k] -= step * entry[k]; });
+}
+
+// Where the flips and the pivot have changed basic values; the position of the pivot is among them.
+template <class Real>
+void DualSimplex<Real>::refresh_pricing(bool flipped) {
+  if (alpha_col_.crowded() || (flipped && flip_column_.crowded())) return pricing_.refresh_all();
+  if (flipped) pricing_.refresh(flip_column_.index);
+  pricing_.refresh(alpha_col_.index);
 }
 
 // The box problem is solved: its optimum is zero exactly when the basis is dual feasible for the true bounds.

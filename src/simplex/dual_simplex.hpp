@@ -54,6 +54,7 @@ class DualSimplex {
   void apply_flips(bool weighing);
   void update_duals(Index entering, Real dual_step);
   void move_basic(const Scattered<Real>& column, Real step);
+  void refresh_pricing(bool flipped);
   void shift_group(Index entering);
   SimplexOutcome finish_phase1(bool& stopped);
   SimplexOutcome finish_phase2(bool& stopped);
