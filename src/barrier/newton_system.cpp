@@ -26,11 +26,10 @@ constexpr double kShareOfFill = 0.25;         // of the entries that columns mak
 constexpr double kMaxAssembly = 1.5e9;        // multiplications; beyond, the normal equations are not even tried
 constexpr double kPartitionerEdges = 4e6;     // at most: finding one separator cannot be stopped
 constexpr double kSecondsPerReport = 5;
-// One unit of the stop token's effort, a nonzero touched by the simplex, takes as long as this many operations of the
-// dense kernels.
-constexpr double kOperationsPerUnit = 800;
+// Effort is counted in nanoseconds, those of the crossover included.
+constexpr double kOperationsPerNanosecond = 32;
 constexpr double kVectorsPerSolve = 5;
-constexpr double kNonzerosPerUnit = 5;  // of triangular solves and products, which run through memory in order
+constexpr double kNanosecondsPerNonzero = 10;  // of triangular solves and products, which run through memory in order
 constexpr int kMaxRefinements = 3;
 constexpr int kMaxGmresIterations = 20;
 
@@ -195,7 +194,8 @@ void NewtonSystem::assemble(const std::vector<double>& theta, double regularizat
 double NewtonSystem::work_of(double factorizations, double solves) const {
   const double solve = statistics_.factor_nonzeros + static_cast<double>(model_.matrix.num_nonzeros()) +
                        kVectorsPerSolve * (model_.num_rows() + model_.num_cols());
-  return factorizations * statistics_.factor_operations / kOperationsPerUnit + solves * solve / kNonzerosPerUnit;
+  return factorizations * statistics_.factor_operations / kOperationsPerNanosecond +
+         solves * solve * kNanosecondsPerNonzero;
 }
 
 double NewtonSystem::solve(const std::vector<double>& r1, const std::vector<double>& r2, const Goal& goal,

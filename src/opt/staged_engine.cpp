@@ -39,6 +39,12 @@ class Budget {
   StopToken token_;
 };
 
+double share_of_boxed_columns(const LpData& lp) {
+  Index boxed = 0;
+  for (Index j = 0; j < lp.num_cols(); ++j) boxed += lp.col_lower[j] > -kInf && lp.col_upper[j] < kInf ? 1 : 0;
+  return static_cast<double>(boxed) / std::max<double>(1, lp.num_cols());
+}
+
 }  // namespace
 
 EngineAnswer StagedEngine::solve(const LpData& lp, const SimplexLimits& limits, const StopToken& stop, LogSink& log) {
@@ -57,14 +63,13 @@ EngineAnswer StagedEngine::solve(const LpData& lp, const SimplexLimits& limits, 
     answer.iterations = iterations;
     return answer;
   };
-  const double size = static_cast<double>(lp.num_rows()) * static_cast<double>(lp.matrix.num_nonzeros());
+  const bool is_boxed = share_of_boxed_columns(lp) >= options_.boxed_share;
+  const SimplexBudget& first = is_boxed ? options_.boxed : options_.unboxed;
   double predicted = kInf;
-  if (size > options_.small_model) {
-    budget.decide_after(options_.short_solve, [&] {
-      predicted = predict_barrier_work(lp, options_.barrier.barrier, stop);
-      return std::max(options_.short_solve, options_.simplex_share * predicted);
-    });
-  }
+  budget.decide_after(first.short_solve, [&] {
+    predicted = predict_barrier_work(lp, options_.barrier.barrier, stop);
+    return std::max(first.short_solve, first.barrier_share * predicted);
+  });
   if (run_simplex()) return simplex_answer();
 
   log.print("Barrier after %d iterations of the dual simplex\n", static_cast<int>(iterations));

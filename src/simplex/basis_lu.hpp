@@ -85,6 +85,9 @@ class BasisLu {
   [[nodiscard]] Offset factor_nonzeros() const;  // L and U as factored
   // True once solves with the grown factors cost more than a fresh factorization would save.
   [[nodiscard]] bool wants_refactor() const;
+  // Nonzeros touched since construction by solves and updates, and by factorizations.
+  [[nodiscard]] Offset solve_work() const;
+  [[nodiscard]] Offset factor_work() const;
 
  private:
   struct State;

@@ -264,11 +264,11 @@ SimplexOutcome LpSolver::State::run(const Attempt& how, bool updates, const Simp
   SimplexLimits kernel_limits = limits;  // the kernel does not know the objective's constant
   kernel_limits.objective -= data.offset;
   kernel_limits.iterations += options.first_iteration;
+  const double work_before = lp_kernel.core().work;
   const SimplexOutcome outcome = lp_kernel.run(options, kernel_limits, how.share, updates, stop, simplex_log,
                                                options.first_iteration + iterations);
   iterations += lp_kernel.core().iterations;
-  work += lp_kernel.core().work;
-  lp_kernel.core().work = 0;
+  work += lp_kernel.core().work - work_before;
   return outcome;
 }
 

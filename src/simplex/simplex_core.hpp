@@ -70,8 +70,9 @@ class SimplexCore {
   double iteration_offset = 0;
   double iterations = 0;
   double iteration_limit = kInf;
-  double work = 0;       // deterministic effort, about nonzeros touched
-  double told_work = 0;  // of it, what the stop token knows of
+  double work = 0;         // deterministic effort, about nonzeros touched
+  double price_work = 0;   // nonzeros touched by price() since construction
+  double told_effort = 0;  // what the stop token knows of
 
   // --- factorization state ---
   BasisLu<Real> lu;
@@ -154,6 +155,8 @@ class SimplexCore {
   void report_trouble();
   [[nodiscard]] bool needs_refactor() const;
   // Polls the stop token, telling it of the work since the last poll.
+  // What has been computed since construction, in units of a stop token; poll() tells it.
+  [[nodiscard]] double effort() const;
   [[nodiscard]] SolveStatus poll();
 
   [[nodiscard]] Real primal_infeasibility(Index position) const {

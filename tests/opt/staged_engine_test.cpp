@@ -19,21 +19,19 @@ namespace {
 
 struct Stages {
   const char* name;
-  double short_solve, small_model, patience;
+  double short_solve, patience;
   bool barrier, back;  // seen on a model that takes more than a few pivots
 };
 
 constexpr Stages kStages[] = {
-    {"the simplex alone", 1e9, 0, 3, false, false},
-    {"too small for the barrier", 1, 1e9, 3, false, false},
-    {"the barrier decides", 1, 0, 1e6, true, false},
-    {"the barrier runs out of patience", 1, 0, 1e-9, true, true},
+    {"the simplex alone", 1e12, 3, false, false},
+    {"the barrier decides", 1, 1e6, true, false},
+    {"the barrier runs out of patience", 1, 1e-9, true, true},
 };
 
 StagedOptions options_of(const Stages& stages) {
   StagedOptions options;
-  options.short_solve = stages.short_solve;
-  options.small_model = stages.small_model;
+  options.boxed.short_solve = options.unboxed.short_solve = stages.short_solve;
   options.barrier_patience = stages.patience;
   return options;
 }
