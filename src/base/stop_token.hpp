@@ -18,9 +18,10 @@ inline double now_seconds() {
   return std::chrono::duration<double>(Clock::now().time_since_epoch()).count();
 }
 
-// Deterministic effort of one solve among several that run at the same time, in units of about a nanosecond, so that the
-// efforts of different methods compare, and the effort that one of them needed to finish: a solve that has spent more need not go on. The same model and
-// parameters stop each solve at the same effort or not at all, whatever the clock says.
+// Deterministic effort of one solve among several that run at the same time, in units of about a nanosecond, so that
+// the efforts of different methods compare, and the effort that one of them needed to finish: a solve that has spent
+// more need not go on. The same model and parameters stop each solve at the same effort or not at all, whatever the
+// clock says.
 class WorkGauge {
  public:
   // `limit` is shared by the solves and outlives the gauge.
