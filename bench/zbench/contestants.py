@@ -22,6 +22,7 @@ class Outcome:
     cpu: float = 0.0
     peak_mb: float = 0.0
     quality: dict = field(default_factory=dict)  # violation name -> amount, where the solver tells
+    operations: dict = field(default_factory=dict)  # simplex operation -> (calls, calls times density, seconds)
     note: str = ""
 
 
@@ -99,7 +100,17 @@ class Zorvex(Contestant):
         iterations = (summary["iterations"] or 0) + (summary["barrier_iterations"] or 0)
         note = "" if status != "limit" else summary["status_name"] or ""
         return Outcome(status, summary["objective"], summary["bound"], iterations, summary["nodes"], quality=quality,
-                       note=note)
+                       operations=self.operations(text), note=note)
+
+    @staticmethod
+    def operations(text):
+        """Sums over the simplex runs of a solve, which logs them with ZORV_PAR_ITEST=1."""
+        found = {}
+        pattern = r"^Operation (\w+) +(\d+) calls, density +([\d.]+)%, +([\d.]+) seconds"
+        for name, calls, density, seconds in re.findall(pattern, text, re.MULTILINE):
+            known = found.get(name, (0, 0.0, 0.0))
+            found[name] = (known[0] + int(calls), known[1] + int(calls) * float(density) / 100, known[2] + float(seconds))
+        return found
 
 
 def number(pattern, text):

@@ -94,6 +94,24 @@ def summary_line(solver, runs, first):
             f"{show_memory(shifted_mean(memory, 0.0)):>7}{show_memory(max(memory, default=None)):>7}")
 
 
+def operations(runs, solvers):
+    """Where the simplex spent its time, over all runs of a solver; no lines without statistics."""
+    lines = []
+    for solver in solvers:
+        total = {}
+        for run in runs:
+            if run.solver != solver:
+                continue
+            for name, counts in run.outcome.operations.items():
+                total[name] = tuple(a + b for a, b in zip(total.get(name, (0, 0.0, 0.0)), counts))
+        seconds = sum(counts[2] for counts in total.values())
+        for name, (calls, filled, spent) in total.items():
+            density = f"{filled / calls:8.2%}" if calls else "       -"
+            lines.append(f"{solver:<24}{name:<12}{calls:>10} calls{density} dense{spent:>10.3f} s"
+                         f"{spent / seconds if seconds else 0:>8.1%}")
+    return lines
+
+
 def show_memory(value):
     return "-" if value is None else f"{value:.2f}"
 
