@@ -16,10 +16,7 @@
 #include "barrier/barrier_model.hpp"
 #include "barrier/newton_system.hpp"
 #include "base/stop_token.hpp"
-#include "model/model.hpp"
-#include "opt/problem_data.hpp"
-#include "presolve/presolve.hpp"
-#include "zorvex.h"
+#include "model_file.hpp"
 
 namespace zorvex {
 namespace {
@@ -87,18 +84,8 @@ void measure(const std::string& name, const LpData& lp, const Settings& settings
 }
 
 bool run(ZLPenv* env, const std::string& file, const Settings& settings, double peak) {
-  ZLPmodel* model = nullptr;
-  if (ZLPreadmodel(env, file.c_str(), &model) != 0) {
-    std::fprintf(stderr, "%s: %s\n", file.c_str(), ZLPgeterrormsg(env));
-    return false;
-  }
-  const LpData lp = make_lp_data(model->data);
-  std::string name = file.substr(file.find_last_of('/') + 1);
-  name = name.substr(0, name.find(".mps"));
-  Presolve presolve(lp, {});
-  if (presolve.run({}) == PresolveOutcome::kReduced) measure(name, presolve.reduced(), settings, peak);
-  ZLPfreemodel(model);
-  return true;
+  return with_presolved(env, file,
+                        [&](const std::string& name, const LpData& lp) { measure(name, lp, settings, peak); });
 }
 
 }  // namespace

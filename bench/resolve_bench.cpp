@@ -16,10 +16,8 @@
 
 #include "base/random_stream.hpp"
 #include "base/stop_token.hpp"
-#include "model/model.hpp"
-#include "opt/problem_data.hpp"
+#include "model_file.hpp"
 #include "simplex/lp_solver.hpp"
-#include "zorvex.h"
 
 namespace zorvex {
 namespace {
@@ -172,29 +170,28 @@ std::vector<char> candidates_of(const ModelData& data) {
   return candidate;
 }
 
-bool run(ZLPenv* env, const std::string& file, double seconds) {
-  ZLPmodel* model = nullptr;
-  if (ZLPreadmodel(env, file.c_str(), &model) != 0) {
-    std::fprintf(stderr, "%s: %s\n", file.c_str(), ZLPgeterrormsg(env));
+bool measure(const std::string& name, const ModelData& data, double seconds) {
+  const LpData lp = make_lp_data(data);
+  ResolveBench bench(lp, candidates_of(data), seconds);
+  const double start = now_seconds();
+  if (!bench.solve_root()) {
+    std::printf("%s: root status %d\n", name.c_str(), static_cast<int>(bench.solver().status()));
     return false;
   }
-  const LpData lp = make_lp_data(model->data);
-  std::string name = file.substr(file.find_last_of('/') + 1);
-  name = name.substr(0, name.find(".mps"));
-  ResolveBench bench(lp, candidates_of(model->data), seconds);
-  const double start = now_seconds();
-  const bool solved = bench.solve_root();
-  if (solved) {
-    std::printf("%-28s root   %d rows %d cols %lld nonzeros, %.0f iterations %.2f s\n", name.c_str(), lp.num_rows(),
-                lp.num_cols(), static_cast<long long>(lp.matrix.num_nonzeros()), bench.solver().iterations(),
-                now_seconds() - start);
-    bench.plunge().print(name.c_str(), "plunge");
-    bench.probe().print(name.c_str(), "probe");
-  } else {
-    std::printf("%s: root status %d\n", name.c_str(), static_cast<int>(bench.solver().status()));
-  }
-  ZLPfreemodel(model);
-  return solved;
+  std::printf("%-28s root   %d rows %d cols %lld nonzeros, %.0f iterations %.2f s\n", name.c_str(), lp.num_rows(),
+              lp.num_cols(), static_cast<long long>(lp.matrix.num_nonzeros()), bench.solver().iterations(),
+              now_seconds() - start);
+  bench.plunge().print(name.c_str(), "plunge");
+  bench.probe().print(name.c_str(), "probe");
+  return true;
+}
+
+bool run(ZLPenv* env, const std::string& file, double seconds) {
+  bool solved = false;
+  const auto body = [&](const std::string& name, const ZLPmodel& model) {
+    solved = measure(name, model.data, seconds);
+  };
+  return with_model(env, file, body) && solved;
 }
 
 }  // namespace

@@ -339,9 +339,8 @@ double predict_barrier_work(const LpData& lp, const BarrierOptions& options, con
   WorkerPool pool(1);
   NewtonSystem newton(model, pool);
   QuietLog log;
-  if (!model.is_consistent ||
-      newton.analyze(options.ordering, options.dense_segments, stop, log) != SolveStatus::kLoaded)
-    return kInf;
+  if (!model.is_consistent) return kInf;
+  if (newton.analyze(options.ordering, options.dense_segments, stop, log) != SolveStatus::kLoaded) return kInf;
   return newton.work_of(kTypicalIterations, kTypicalIterations * kSolvesPerIteration);
 }
 

@@ -22,7 +22,7 @@ constexpr Offset kLargestEstimate = Offset{1} << 48;
 constexpr Offset kFactorUnitsPerNonzero = 8;
 constexpr Offset kFactorUnitsPerRow = 8;
 // Factorizations at half the rate that balances the work take fewer iterations and less time (measured on 26 models).
-constexpr Offset kFactorUnitCost = 2;
+constexpr Offset kFactorsSpared = 2;
 constexpr Index kBaselineUpdates = 8;  // updates over which the solve cost of fresh factors is measured
 }  // namespace
 
@@ -200,7 +200,7 @@ Offset BasisLu<Real>::factor_nonzeros() const {
 
 template <class Real>
 bool BasisLu<Real>::wants_refactor() const {
-  return state_->excess > kFactorUnitCost * state_->factor_work;
+  return state_->excess > kFactorsSpared * state_->factor_work;
 }
 
 template <class Real>

@@ -288,7 +288,7 @@ bool SimplexCore<Real>::needs_refactor() const {
   return !factor_valid || lu.num_updates() >= refactor_interval || (lu.num_updates() > 10 && lu.wants_refactor());
 }
 
-// In nanoseconds, by a fit to 40 models (a quarter off in the mean): rows are priced in long runs, the entries of the
+// In nanoseconds, by a fit to 38 models (a quarter off in the mean): rows are priced in long runs, the entries of the
 // vectors are looked at several times by updates, choices and ratio tests.
 template <class Real>
 double SimplexCore<Real>::effort() const {
