@@ -54,14 +54,8 @@ SolveStatus CrossoverPush<Real>::start(const CrossoverBasis<Real>& basis, Crosso
       core_.put_nonbasic(var, own_place(var));
     }
   }
-  switch (core_.factorize()) {  // with repairs: only now is it known what is basic
-    case FactorOutcome::kInterrupted:
-      return check_limits();
-    case FactorOutcome::kNumeric:
-      return SolveStatus::kNumeric;
-    case FactorOutcome::kOk:
-      break;
-  }
+  const SolveStatus factored = factorize();  // with repairs: only now is it known what is basic
+  if (factored != SolveStatus::kLoaded) return factored;
   for (Index var = 0; var < core_.num_vars(); ++var) {
     const bool off = sides_.side[var] == Side::kOff;
     core_.reduced_cost[var] = sides_.dual[var];
@@ -100,15 +94,16 @@ SolveStatus CrossoverPush<Real>::check_limits() {
 }
 
 template <class Real>
+SolveStatus CrossoverPush<Real>::factorize() {
+  SimplexOutcome failure = SimplexOutcome::kNumeric;
+  if (core_.factorize(failure)) return SolveStatus::kLoaded;
+  return failure == SimplexOutcome::kNumeric ? SolveStatus::kNumeric : core_.stop->poll();
+}
+
+template <class Real>
 SolveStatus CrossoverPush<Real>::refactor() {
-  switch (core_.factorize()) {
-    case FactorOutcome::kInterrupted:
-      return core_.stop->poll();
-    case FactorOutcome::kNumeric:
-      return SolveStatus::kNumeric;
-    case FactorOutcome::kOk:
-      break;
-  }
+  const SolveStatus factored = factorize();
+  if (factored != SolveStatus::kLoaded) return factored;
   core_.compute_primal();
   for (Index position = 0; position < core_.m; ++position) {
     const Index var = core_.head[position];

@@ -53,7 +53,8 @@ class CrossoverPush {
   [[nodiscard]] SolveStatus remove_near_dependencies();
   [[nodiscard]] Index most_displaced() const;
   [[nodiscard]] bool exchange_for_logical(Index position);
-  SolveStatus refactor();
+  SolveStatus factorize();
+  SolveStatus refactor();  // and what follows from the factors: basic values and their bounds
   SolveStatus check_limits();
   void set_position_bounds(Index position);
   void place_off(Index var);

@@ -47,7 +47,7 @@ SimplexOutcome DualSimplex<Real>::solve() {
     recompute = true;
     Step step = Step::kContinue;
     while (step == Step::kContinue) step = iterate();
-    if (step == Step::kStopped) return stop_reason();
+    if (step == Step::kStopped) return core_.stop_reason();
     if (options_.trust_updates && !core_.fresh && finish_unrefreshed(step, outcome)) return outcome;
     if (step == Step::kNoLeaving) {
       if (!core_.fresh || pricing_.has_rejected()) {
@@ -83,25 +83,13 @@ bool DualSimplex<Real>::finish_unrefreshed(Step step, SimplexOutcome& outcome) {
   return true;
 }
 
-template <class Real>
-SimplexOutcome DualSimplex<Real>::stop_reason() const {
-  switch (core_.stop->poll()) {
-    case SolveStatus::kTimeLimit:
-      return SimplexOutcome::kTimeLimit;
-    case SolveStatus::kInterrupted:
-      return SimplexOutcome::kInterrupted;
-    default:
-      return SimplexOutcome::kIterationLimit;
-  }
-}
-
 // Fresh factors when due, values and reduced costs from scratch, log line, limits.
 template <class Real>
 SimplexOutcome DualSimplex<Real>::rebuild(bool& stopped) {
   stopped = true;
   if (core_.needs_refactor() || core_.lu.num_updates() > 0) {
     SimplexOutcome failure = SimplexOutcome::kNumeric;
-    if (!factorize(failure)) return failure;
+    if (!core_.factorize(failure)) return failure;
     if (!core_.weights_valid) {
       core_.log->sink().diagnose("Resetting Norm\n");
       ensure_weights();

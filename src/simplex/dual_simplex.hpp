@@ -42,11 +42,9 @@ class DualSimplex {
   bool start_warm();
   bool start_cold(SimplexOutcome& outcome);
   void start_iterating();
-  bool factorize(SimplexOutcome& outcome);
   SimplexOutcome rebuild(bool& stopped);
   Step iterate();
   [[nodiscard]] double patience() const;
-  [[nodiscard]] SimplexOutcome stop_reason() const;
   bool select_pivot_row(Index& position);
   bool pivot_is_trustworthy(Index position, Index entering, Real row_alpha);
   void load_tau();

@@ -55,26 +55,11 @@ bool DualSimplex<Real>::start_cold(SimplexOutcome& outcome) {
   core_.use_true_bounds();
   core_.use_true_costs();
   core_.settle_nonbasic();
-  if (!core_.factor_valid && !factorize(outcome)) return false;
+  if (!core_.factor_valid && !core_.factorize(outcome)) return false;
   ensure_weights();
   if (may_perturb_ && !core_.has_basic_columns()) perturb_costs();
   core_.compute_duals();
   if (flip_to_dual_feasibility() > 0) enter_phase1();
-  return true;
-}
-
-template <class Real>
-bool DualSimplex<Real>::factorize(SimplexOutcome& outcome) {
-  switch (core_.factorize()) {
-    case FactorOutcome::kInterrupted:
-      outcome = stop_reason();
-      return false;
-    case FactorOutcome::kNumeric:
-      outcome = SimplexOutcome::kNumeric;
-      return false;
-    case FactorOutcome::kOk:
-      break;
-  }
   return true;
 }
 

@@ -42,18 +42,6 @@ void PrimalSimplex<Real>::begin(const PrimalOptions& options) {
 }
 
 template <class Real>
-SimplexOutcome PrimalSimplex<Real>::stop_reason() const {
-  switch (core_.stop->poll()) {
-    case SolveStatus::kTimeLimit:
-      return SimplexOutcome::kTimeLimit;
-    case SolveStatus::kInterrupted:
-      return SimplexOutcome::kInterrupted;
-    default:
-      return SimplexOutcome::kIterationLimit;
-  }
-}
-
-template <class Real>
 SimplexOutcome PrimalSimplex<Real>::run(const PrimalOptions& options) {
   begin(options);
   const SimplexOutcome outcome = solve();
@@ -80,7 +68,7 @@ SimplexOutcome PrimalSimplex<Real>::solve() {
           restore_bounds();
           core_.compute_primal();
         }
-        return stop_reason();
+        return core_.stop_reason();
       case Step::kNoEntering:
         if (!core_.fresh) break;
         outcome = finish(stopped);
@@ -112,14 +100,8 @@ template <class Real>
 SimplexOutcome PrimalSimplex<Real>::rebuild(bool& stopped) {
   stopped = true;
   if (core_.needs_refactor() || core_.lu.num_updates() > 0) {
-    switch (core_.factorize()) {
-      case FactorOutcome::kInterrupted:
-        return stop_reason();
-      case FactorOutcome::kNumeric:
-        return SimplexOutcome::kNumeric;
-      case FactorOutcome::kOk:
-        break;
-    }
+    SimplexOutcome failure = SimplexOutcome::kNumeric;
+    if (!core_.factorize(failure)) return failure;
   }
   core_.compute_primal();
   if (was_feasible_ && options_.may_perturb) absorb_violations();

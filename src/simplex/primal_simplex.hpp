@@ -47,7 +47,6 @@ class PrimalSimplex {
   SimplexOutcome rebuild(bool& stopped);
   void report();
   Step iterate();
-  [[nodiscard]] SimplexOutcome stop_reason() const;
   void list_candidates();
   Index choose_entering();
   Index choose_from_section();

@@ -89,18 +89,6 @@ void QuadraticSimplex<Real>::settle() {
   }
 }
 
-template <class Real>
-SimplexOutcome QuadraticSimplex<Real>::stop_reason() const {
-  switch (core_.stop->poll()) {
-    case SolveStatus::kTimeLimit:
-      return SimplexOutcome::kTimeLimit;
-    case SolveStatus::kInterrupted:
-      return SimplexOutcome::kInterrupted;
-    default:
-      return SimplexOutcome::kIterationLimit;
-  }
-}
-
 // Before the factor is built: what stands off its bounds may become part of it.
 template <class Real>
 bool QuadraticSimplex<Real>::is_too_large() const {
@@ -134,7 +122,7 @@ SimplexOutcome QuadraticSimplex<Real>::solve() {
     while (step == Step::kContinue) step = iterate();
     switch (step) {
       case Step::kStopped:
-        return stop_reason();
+        return core_.stop_reason();
       case Step::kFailed:
         return SimplexOutcome::kNumeric;
       case Step::kUnbounded:
@@ -159,16 +147,7 @@ SimplexOutcome QuadraticSimplex<Real>::solve() {
 template <class Real>
 bool QuadraticSimplex<Real>::factorize(SimplexOutcome& outcome) {
   const Index repairs = core_.singular_events;
-  switch (core_.factorize()) {
-    case FactorOutcome::kInterrupted:
-      outcome = stop_reason();
-      return false;
-    case FactorOutcome::kNumeric:
-      outcome = SimplexOutcome::kNumeric;
-      return false;
-    case FactorOutcome::kOk:
-      break;
-  }
+  if (!core_.factorize(outcome)) return false;
   if (core_.singular_events != repairs) space_.invalidate();
   return true;
 }
@@ -183,7 +162,7 @@ SimplexOutcome QuadraticSimplex<Real>::rebuild(bool& stopped) {
   phase1_ = core_.sum_primal_infeasibility() > 0;
   if (!phase1_ || !predicted_) {
     if (is_too_large()) return SimplexOutcome::kTooLarge;
-    if (!space_.refill()) return stop_reason();
+    if (!space_.refill()) return core_.stop_reason();
     compute_gradient();
   }
   if (phase1_ && !predicted_) predict();

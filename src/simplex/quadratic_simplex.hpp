@@ -61,7 +61,6 @@ class QuadraticSimplex {
   [[nodiscard]] Real reduced_cost_of(Index var) const;
   void price();
   void report() const;
-  [[nodiscard]] SimplexOutcome stop_reason() const;
   [[nodiscard]] bool is_too_large() const;
   SimplexOutcome finish(bool& stopped);
 

@@ -306,6 +306,18 @@ SolveStatus SimplexCore<Real>::poll() {
 }
 
 template <class Real>
+SimplexOutcome SimplexCore<Real>::stop_reason() const {
+  switch (stop->poll()) {
+    case SolveStatus::kTimeLimit:
+      return SimplexOutcome::kTimeLimit;
+    case SolveStatus::kInterrupted:
+      return SimplexOutcome::kInterrupted;
+    default:
+      return SimplexOutcome::kIterationLimit;
+  }
+}
+
+template <class Real>
 Real SimplexCore<Real>::dual_infeasibility(Index var) const {
   const Real d = reduced_cost[var];
   switch (place[var]) {

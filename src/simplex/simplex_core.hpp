@@ -18,6 +18,7 @@
 #include "simplex/operation_statistics.hpp"
 #include "simplex/partitioned_rows.hpp"
 #include "simplex/simplex_log.hpp"
+#include "simplex/simplex_outcome.hpp"
 
 namespace zorvex {
 
@@ -29,8 +30,6 @@ enum class Place : std::int8_t {
   kFixed,  // working bounds are equal: never enters, kept out of pricing
   kFree,   // no bound in the way: at zero or wherever it was put
 };
-
-enum class FactorOutcome { kOk, kInterrupted, kNumeric };
 
 template <class Real>
 class SimplexCore {
@@ -129,8 +128,9 @@ class SimplexCore {
   // False: factors and heads are those of some basis in between, to be replaced.
   [[nodiscard]] bool exchange_basis(const std::vector<char>& basic, Index max_updates);
 
-  // Factors the basis, repairing singularity by logicals. Values and weights must be recomputed by the caller.
-  FactorOutcome factorize();
+  // Factors the basis, repairing singularity by logicals. Values and weights must be recomputed by the caller. False:
+  // there are no factors, and `failure` says whether numbers or a limit are the cause.
+  [[nodiscard]] bool factorize(SimplexOutcome& failure);
   // x_B from the nonbasic values, with the accuracy check every fifth factorization; may tighten `markowitz`.
   void compute_primal();
   void compute_duals();  // reduced costs from work_cost
@@ -154,10 +154,12 @@ class SimplexCore {
   // Counts trouble, forces a refactorization and raises the Markowitz tolerance to at least a half.
   void report_trouble();
   [[nodiscard]] bool needs_refactor() const;
-  // Polls the stop token, telling it of the work since the last poll.
-  // What has been computed since construction, in units of a stop token; poll() tells it.
+  // What has been computed since construction, in units of a stop token.
   [[nodiscard]] double effort() const;
+  // Polls the stop token, telling it of the effort since the last poll.
   [[nodiscard]] SolveStatus poll();
+  // The limit that ended a run: of time, by a user, or else of iterations.
+  [[nodiscard]] SimplexOutcome stop_reason() const;
 
   [[nodiscard]] Real primal_infeasibility(Index position) const {
     const Real x = basic_value[position];

@@ -32,7 +32,7 @@ double tolerance_for_violation(double violation) {
 }  // namespace
 
 template <class Real>
-FactorOutcome SimplexCore<Real>::factorize() {
+bool SimplexCore<Real>::factorize(SimplexOutcome& failure) {
   OperationStatistics::Timer timer(statistics, Operation::kFactor);
   for (;;) {
     switch (lu.factor(columns(), head, markowitz, *stop)) {
@@ -41,16 +41,20 @@ FactorOutcome SimplexCore<Real>::factorize() {
         factor_valid = true;
         work += static_cast<double>(lu.factor_nonzeros());
         timer.count(static_cast<double>(lu.factor_nonzeros()) / std::max<double>(1, static_cast<double>(m) * m));
-        return FactorOutcome::kOk;
+        return true;
       case LuStatus::kInterrupted:
         factor_valid = false;
-        return FactorOutcome::kInterrupted;
+        failure = stop_reason();
+        return false;
       case LuStatus::kSpaceTooSmall:
         lu.grow_space();
         break;
       case LuStatus::kSingular:
         factor_valid = false;
-        if (singular_events > kMaxSingularEvents) return FactorOutcome::kNumeric;
+        if (singular_events > kMaxSingularEvents) {
+          failure = SimplexOutcome::kNumeric;
+          return false;
+        }
         repair_singular_basis();
         break;
     }
