@@ -5,7 +5,7 @@
 namespace zorvex {
 
 LpRelaxation::LpRelaxation(const SearchModel& model, const SimplexOptions& options, LogSink& log)
-    : model_(&model), lp_(model.lp, options, log) {}
+    : model_(&model), options_(options), lp_(model.lp, options, log) {}
 
 void LpRelaxation::sync_bounds(Domain& domain) {
   const auto mirror = [&](Index col) {
@@ -35,6 +35,20 @@ SolveStatus LpRelaxation::solve(double objective_limit, double iteration_limit, 
     status = lp_.solve(limits, stop);
   }
   return status;
+}
+
+SolveStatus LpRelaxation::solve_by(LpEngine& engine, double objective_limit, double iteration_limit,
+                                   const StopToken& stop, LogSink& log) {
+  const EngineAnswer answer = engine.solve(lp_.data(), {iteration_limit, objective_limit}, stop, log);
+  engine_iterations_ += answer.iterations;
+  barrier_iterations_ += answer.barrier_iterations;
+  if (!answer.basis.empty()) lp_.set_basis(answer.basis);
+  return solve(objective_limit, iteration_limit - answer.iterations, stop);
+}
+
+void LpRelaxation::set_algorithm(SimplexAlgorithm algorithm) {
+  options_.algorithm = algorithm;
+  lp_.set_options(options_);
 }
 
 std::shared_ptr<const PackedBasis> LpRelaxation::save_basis() const {

@@ -12,6 +12,7 @@
 #include "mip/cut_pool.hpp"
 #include "mip/domain.hpp"
 #include "mip/node_store.hpp"
+#include "simplex/lp_engine.hpp"
 #include "simplex/lp_solver.hpp"
 
 namespace zorvex {
@@ -26,6 +27,11 @@ class LpRelaxation {
 
   // As LpSolver::solve; numerical trouble gets a second chance from the slack basis.
   SolveStatus solve(double objective_limit, double iteration_limit, const StopToken& stop);
+
+  // Lets an engine find the basis that the simplex then starts from, whatever the engine made of the problem.
+  SolveStatus solve_by(LpEngine& engine, double objective_limit, double iteration_limit, const StopToken& stop,
+                       LogSink& log);
+  void set_algorithm(SimplexAlgorithm algorithm);
 
   [[nodiscard]] std::shared_ptr<const PackedBasis> save_basis() const;
   void load_basis(const PackedBasis& basis);
@@ -44,14 +50,18 @@ class LpRelaxation {
   [[nodiscard]] double value(Index col) const { return lp_.point().x[col]; }
   [[nodiscard]] double objective() const { return lp_.objective(); }
   [[nodiscard]] double iterations() const { return lp_.iterations(); }
-  [[nodiscard]] double total_iterations() const { return lp_.total_iterations(); }
+  [[nodiscard]] double total_iterations() const { return lp_.total_iterations() + engine_iterations_; }
+  [[nodiscard]] int barrier_iterations() const { return barrier_iterations_; }
   [[nodiscard]] double work() const { return lp_.work(); }
   [[nodiscard]] LpSolver& solver() { return lp_; }
   [[nodiscard]] const std::vector<std::int64_t>& cut_ids() const { return cut_ids_; }
 
  private:
   const SearchModel* model_;
+  SimplexOptions options_;
   LpSolver lp_;
+  double engine_iterations_ = 0;  // of engines' simplexes
+  int barrier_iterations_ = 0;
   std::vector<std::int64_t> cut_ids_;  // of the rows behind the model's
   std::vector<Index> probed_;
 };

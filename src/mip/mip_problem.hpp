@@ -11,6 +11,7 @@
 #include "base/status.hpp"
 #include "base/stop_token.hpp"
 #include "linalg/lp_data.hpp"
+#include "simplex/lp_engine.hpp"
 #include "simplex/lp_solver.hpp"
 
 namespace zorvex {
@@ -58,8 +59,11 @@ struct MipOptions {
   std::string nodefile_dir = ".";
   int threads = 1;
   int root_method = -1, node_method = 1;  // parameters Method and NodeMethod: quadratic problems say when they differ
-  double psd_tol = 1e-6;                  // PSDTol
-  bool sub_mip = false;                   // quieter log, no variable-type report
+  // What finds the bases of the first and of all later relaxations of the tree; null: the simplex of `simplex`, the one
+  // that `node_method` names.
+  std::shared_ptr<LpEngine> root_engine, node_engine;
+  double psd_tol = 1e-6;  // PSDTol
+  bool sub_mip = false;   // quieter log, no variable-type report
   int cuts = -1;
   // Constraints that are not known yet may come during the search: no reduction may rely on a solution being
   // replaceable by another one that is as good.
@@ -74,6 +78,7 @@ struct MipResult {
   double bound = -1e100;     // minimisation form
   double nodes = 0;
   double iterations = 0;
+  int barrier_iterations = 0;
   std::vector<std::vector<double>> solutions;  // best first, original space
   std::vector<double> solution_objectives;     // minimisation form
 };

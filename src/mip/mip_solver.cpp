@@ -172,6 +172,7 @@ void MipSolver::State::publish(SolveStatus status) {
   if (status == SolveStatus::kUnbounded || status == SolveStatus::kInfOrUnbd) result.bound = -mip_tol::kNone;
   result.nodes = state.explored;
   result.iterations = state.total_iterations();
+  result.barrier_iterations = state.barrier_iterations + (state.lp ? state.lp->barrier_iterations() : 0);
   result.solutions.clear();
   result.solution_objectives.clear();
   for (const Incumbents::Solution& solution : state.incumbents.solutions()) {

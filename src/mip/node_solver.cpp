@@ -112,6 +112,23 @@ void NodeSolver::add_side_cuts() {
   state_.side_cuts_in_lp = state_.side_cuts.size();
 }
 
+SolveStatus NodeSolver::optimize_lp() {
+  LpEngine* engine = state_.root_solved() ? state_.options.node_engine.get() : state_.options.root_engine.get();
+  const double limit = state_.objective_limit();
+  const double iterations = state_.remaining_iterations();
+  if (engine == nullptr && state_.root_solved() && state_.options.node_method == 0) {
+    // Elsewhere the objective of a solve that was stopped early has to be a bound.
+    state_.lp->set_algorithm(SimplexAlgorithm::kPrimal);
+    const SolveStatus status = state_.lp->solve(limit, iterations, state_.stop);
+    state_.lp->set_algorithm(SimplexAlgorithm::kDual);
+    return status;
+  }
+  if (engine == nullptr) return state_.lp->solve(limit, iterations, state_.stop);
+  QuietLog quiet;
+  LogSink& log = state_.root_solved() ? static_cast<LogSink&>(quiet) : state_.root_log;
+  return state_.lp->solve_by(*engine, limit, iterations, state_.stop, log);
+}
+
 NodeSolver::Step NodeSolver::solve_lp(Node& node) {
   add_side_cuts();
   restore_lp();
@@ -120,7 +137,7 @@ NodeSolver::Step NodeSolver::solve_lp(Node& node) {
   if (lp_basis_ != node.basis && node.basis && !learnt_) lp.load_basis(*node.basis);
   const double started = now_seconds();
   lp_basis_.reset();
-  lp_status_ = lp.solve(state_.objective_limit(), state_.remaining_iterations(), state_.stop);
+  lp_status_ = optimize_lp();
   if (node.root() && !state_.root_solved()) after_root_lp(node, lp_status_, now_seconds() - started);
   switch (lp_status_) {
     case SolveStatus::kOptimal:
@@ -147,6 +164,7 @@ void NodeSolver::after_root_lp(Node& node, SolveStatus status, double seconds) {
   if (stopped) return;
   state_.root_log.close();
   state_.root_iterations = lp.total_iterations();
+  lp.set_algorithm(SimplexAlgorithm::kDual);
 }
 
 NodeSolver::Step NodeSolver::relax(Node& node) {

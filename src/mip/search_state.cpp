@@ -90,6 +90,7 @@ void SearchState::sync_cutoff() {
 void SearchState::make_lp() {
   SimplexOptions simplex = options.simplex;
   simplex.root_log = true;
+  if (root_solved()) simplex.algorithm = SimplexAlgorithm::kDual;
   simplex.log_start_time = start_time - time_offset;
   simplex.display_interval = options.display_interval;
   lp = std::make_unique<LpRelaxation>(model, simplex, root_log);
@@ -105,6 +106,7 @@ void SearchState::learn_from_probing() {
 
 void SearchState::restart_root() {
   sub_iterations += lp->total_iterations();
+  barrier_iterations += lp->barrier_iterations();
   cuts = CutPool();
   pending_global.clear();
   domain.reload();

@@ -109,6 +109,7 @@ struct SearchState {
   double lost_bound = mip_tol::kNone;    // least bound of a subtree that was given up
   double root_bound = -mip_tol::kNone;   // of the root while it is not finished; kNone afterwards
   double explored = 0;
+  int barrier_iterations = 0;       // of relaxations before a restart
   double root_iterations = -1;      // negative until the root relaxation was solved
   double sub_iterations = 0;        // simplex iterations of finished sub-searches and dropped LPs
   double strong_iterations = 0;     // of strong branching

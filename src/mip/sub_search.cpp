@@ -133,6 +133,8 @@ SubSearchResult run_sub_search(SearchState& state, const SubSearch& search) {
   options.improve_start_time = mip_tol::kNone;
   options.rins = 0;
   options.simplex.root_log = false;
+  options.simplex.algorithm = SimplexAlgorithm::kDual;
+  options.root_engine = options.node_engine = nullptr;
   PollingHooks polling(options.hooks);
   options.hooks = &polling;
   const double now = now_seconds();

@@ -41,6 +41,15 @@ std::unique_ptr<LpEngine> quadratic_simplex(const ZLPenv& env, const LpDriverOpt
   return std::make_unique<QuadraticSimplexEngine>(simplex, make_barrier_options(env, options.sense, start_time), start);
 }
 
+// Relaxations need a basis, whatever Crossover says.
+std::shared_ptr<LpEngine> basis_by_barrier(const ZLPenv& env, const LpDriverOptions& options, double start_time,
+                                           bool root) {
+  BarrierEngineOptions barrier = make_barrier_options(env, options.sense, start_time);
+  barrier.barrier.root_log = barrier.crossover.root_log = root;
+  if (barrier.crossover.crossover == 0) barrier.crossover.crossover = -1;
+  return std::make_shared<BarrierEngine>(barrier);
+}
+
 // Null when no basis is wanted after a barrier: the simplex then has no rival.
 std::unique_ptr<LpEngine> staged(const ZLPenv& env, const LpDriverOptions& options, double start_time) {
   StagedOptions stages;
@@ -67,6 +76,16 @@ std::unique_ptr<LpEngine> choose_engine(const ZLPenv& env, const LpData& lp, con
   if (wanted && start.empty()) return sifting(env, options, start_time);
   if (options.method == kAutomatic && start.empty()) return staged(env, options, start_time);
   return nullptr;
+}
+
+std::shared_ptr<LpEngine> choose_root_engine(const ZLPenv& env, const LpDriverOptions& options, double start_time) {
+  if (options.method >= kConcurrent) return concurrent(env, options, start_time);
+  return options.method == kBarrier ? basis_by_barrier(env, options, start_time, true) : nullptr;
+}
+
+std::shared_ptr<LpEngine> choose_node_engine(const ZLPenv& env, const LpDriverOptions& options, double start_time) {
+  if (param<Param::NodeMethod>(env) != kBarrier) return nullptr;
+  return basis_by_barrier(env, options, start_time, false);
 }
 
 }  // namespace zorvex

@@ -149,6 +149,7 @@ void report_search(ZLPmodel& model, const MipResult& result, int error, double s
 }
 
 int solve_integer(ZLPmodel& model, std::shared_ptr<void> kept, const Call& call) {
+  if (!model.data.quadratic.empty()) report_quadratic_method(model);
   auto search = std::static_pointer_cast<KeptSearch>(std::move(kept));
   if (search == nullptr) {
     MipProblem problem = make_mip_problem(model);
@@ -158,6 +159,11 @@ int solve_integer(ZLPmodel& model, std::shared_ptr<void> kept, const Call& call)
   MipOptions options = make_mip_options(*model.env, model.data.sense, call.start_time);
   options.hooks = call.hooks;
   options.threads = kSearchThreads;
+  if (model.data.quadratic.empty()) {
+    const LpDriverOptions relaxation = make_lp_options(*model.env, model.data.sense, call.start_time);
+    options.root_engine = choose_root_engine(*model.env, relaxation, call.start_time);
+    options.node_engine = choose_node_engine(*model.env, relaxation, call.start_time);
+  }
   const MipResult& result = search->solver.run(options, &model.env->terminate, call.start_time);
   const int error = call.code(result.error);
   if (error == kErrorQNotPsd) return error;  // no search, no report

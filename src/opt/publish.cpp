@@ -177,6 +177,7 @@ void publish_mip(ZLPmodel& model, const MipResult& result) {
   solution.solved = true;
   solution.iter_count = result.iterations;
   solution.node_count = result.nodes;
+  solution.bar_iter_count = result.barrier_iterations;
   set_bound(solution, sense * result.bound);
   model.warm.drop_basis();  // a tree search ends at no particular basis
   for (std::size_t k = 0; k < result.solutions.size(); ++k) {

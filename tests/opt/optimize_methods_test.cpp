@@ -44,6 +44,30 @@ class OptimizeThreadsMethods : public ::testing::Test {
   Env env_ = quiet_env();
 };
 
+// The first relaxation by every method, the others by every method: the optimum of the search does not change.
+TEST_F(OptimizeThreadsMethods, TreeSearchesTakeTheMethodsOfTheirRelaxations) {
+  double expected = 0;
+  bool first = true;
+  for (const auto& [method, node_method] : {std::pair{-1, 1}, {0, 1}, {2, 1}, {3, 1}, {4, 1}, {1, 0}, {1, 2}}) {
+    SCOPED_TRACE("Method " + std::to_string(method) + " NodeMethod " + std::to_string(node_method));
+    const Model model = wide(WideKind::kCovering, 12, 40);
+    for (int col = 0; col < 40; ++col) ASSERT_EQ(0, ZLPsetcharattrelement(model.get(), "VType", col, 'I'));
+    set(model.get(), "Method", method);
+    set(model.get(), "NodeMethod", node_method);
+    set(model.get(), "Crossover", 0);
+    ASSERT_EQ(0, ZLPsetintparam(ZLPgetenv(model.get()), "OutputFlag", 1));
+    const std::string log = printed([&] { EXPECT_EQ(0, ZLPoptimize(model.get())); });
+    EXPECT_EQ(ZLP_OPTIMAL, int_attr(model.get(), "Status"));
+    if (first) expected = dbl_attr(model.get(), "ObjVal");
+    first = false;
+    EXPECT_NEAR(expected, dbl_attr(model.get(), "ObjVal"), 1e-4 * std::abs(expected));
+    EXPECT_EQ(method == 2, log.find("Root barrier log...") != std::string::npos) << log;
+    if (method < 3) {
+      EXPECT_EQ(method == 2 || node_method == 2, int_attr(model.get(), "BarIterCount") > 0);
+    }
+  }
+}
+
 // Everything that a user sees of an optimum.
 struct Outcome {
   int status, barrier_iterations;
