@@ -16,6 +16,12 @@ EngineAnswer solve_by_simplex(const LpData& lp, const SimplexOptions& options, c
   return answer_of(solver);
 }
 
+// Whether a crossover was asked for that cannot be run. A proof that there is no solution leaves nothing to ask for.
+bool lacks_point(SolveStatus status) {
+  return status != SolveStatus::kOptimal && status != SolveStatus::kSuboptimal && status != SolveStatus::kInfeasible &&
+         status != SolveStatus::kCutoff;
+}
+
 EngineAnswer interior_answer(BarrierResult&& result) {
   EngineAnswer answer;
   answer.status = result.status;
@@ -36,6 +42,8 @@ EngineAnswer BarrierEngine::solve(const LpData& lp, const SimplexLimits& limits,
   BarrierResult result = solve_barrier(lp, barrier, stop, log);
   const int barrier_iterations = result.iterations;
   const bool has_point = result.status == SolveStatus::kOptimal || result.status == SolveStatus::kSuboptimal;
+  const bool wants_basis = !lp.is_quadratic() && options_.crossover.crossover != 0;
+  if (wants_basis && result.error == kOk && lacks_point(result.status)) report_no_point(log);
   EngineAnswer answer;
   if (result.error != kOk || (!has_point && result.status != SolveStatus::kNumeric)) {
     answer = interior_answer(std::move(result));

@@ -145,7 +145,7 @@ void Crossover::solve_from(const Basis& basis, SimplexAlgorithm algorithm) {
 CrossoverResult Crossover::run() {
   if (point_.x.size() != static_cast<std::size_t>(lp_.num_cols()) ||
       point_.pi.size() != static_cast<std::size_t>(lp_.num_rows())) {
-    log_.write("Barrier solution isn't available for crossover\n");
+    report_no_point(log_);
     return std::move(result_);
   }
   log_.print("  Building initial crossover basis %33.0fs\n",
@@ -165,6 +165,8 @@ CrossoverResult Crossover::run() {
 }
 
 }  // namespace
+
+void report_no_point(LogSink& log) { log.write("Barrier solution isn't available for crossover\n"); }
 
 CrossoverResult run_crossover(const LpData& lp, const InteriorPoint& point, const CrossoverOptions& options,
                               const SimplexLimits& limits, const StopToken& stop, LogSink& log) {

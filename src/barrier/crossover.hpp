@@ -46,6 +46,9 @@ struct CrossoverResult : EngineAnswer {
   Index primal_infeasibilities = 0, dual_infeasibilities = 0;  // variables, that the pushes left to the simplex
 };
 
+// Logs that there is nothing to start a crossover from.
+void report_no_point(LogSink& log);
+
 // limits.iterations counts the pivots of this call. The stop token is polled at every push.
 CrossoverResult run_crossover(const LpData& lp, const InteriorPoint& point, const CrossoverOptions& options,
                               const SimplexLimits& limits, const StopToken& stop, LogSink& log);

@@ -111,7 +111,7 @@ EngineAnswer Sifting::run() {
   } else {
     report_end(0);
   }
-  if (answer_.status == SolveStatus::kLoaded) solve_whole(basis);
+  if (answer_.status == SolveStatus::kLoaded && answer_.error == kOk) solve_whole(basis);
   return std::move(answer_);
 }
 
@@ -119,33 +119,30 @@ void Sifting::sift(WorkingSet& set) {
   int iteration = 0;
   for (;; ++iteration) {
     const Next next = solve_sub_problem(set);
-    if (next != Next::kPrice) break;
-    const Index added = add_columns(set);
+    const Index added = next == Next::kPrice ? add_columns(set) : 0;
     report(iteration);
     note_progress();
-    if (added == 0 || iteration * stalled_ > kMaxStalledIterations) {
-      ++iteration;
-      break;
-    }
+    if (added == 0 || iteration * stalled_ > kMaxStalledIterations) break;
   }
-  report_end(iteration);
+  report_end(iteration + 1);
   if (interior_) basis_from_interior(set);
 }
 
 // kDone: the whole model has to be looked at; kStopped: the answer is set.
 Sifting::Next Sifting::solve_sub_problem(WorkingSet& set) {
   const LpData sub = set.sub_problem();
-  interior_ = false;
-  if (method_ != SiftMethod::kBarrier || !solve_by_barrier(sub)) return solve_by_simplex(sub, set);
-  interior_ = true;
+  interior_ = method_ == SiftMethod::kBarrier && solve_by_barrier(sub);
+  if (answer_.error != kOk) return Next::kStopped;
+  if (!interior_) return solve_by_simplex(sub, set);
   return take_feasible(objective_at(sub, sub_point_.x));
 }
 
-// False when the barrier found no optimum: the simplex finds out why.
+// False when the barrier found no optimum: the simplex finds out why, unless an error has ended it.
 bool Sifting::solve_by_barrier(const LpData& sub) {
   QuietLog quiet;
   BarrierResult result = solve_barrier(sub, options_.barrier, stop_, quiet);
   answer_.barrier_iterations += result.iterations;
+  answer_.error = result.error;
   if (result.status != SolveStatus::kOptimal) return false;
   sub_point_ = std::move(result.point);
   return true;
@@ -312,8 +309,10 @@ void Sifting::solve_whole(const Basis& basis) {
   if (close && !basis.empty()) solver.set_basis(basis);
   solver.solve({limits_.iterations - answer_.iterations, limits_.objective}, stop_);
   const double before = answer_.iterations;
+  const int barrier_iterations = answer_.barrier_iterations;
   answer_ = answer_of(solver);
   answer_.iterations += before;
+  answer_.barrier_iterations = barrier_iterations;
 }
 
 }  // namespace

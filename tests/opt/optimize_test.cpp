@@ -454,6 +454,9 @@ TEST(Optimize, QuadraticMipModels) {
     EXPECT_EQ(ZLP_OPTIMAL, int_attr(model.get(), "Status"));
     EXPECT_NEAR(curvature > 0 ? 2 : 0, dbl_attr(model.get(), "ObjVal"), kTol);
     EXPECT_NEAR(dbl_attr(model.get(), "ObjVal"), dbl_attr(model.get(), "ObjBound"), kTol);
+    const std::string concurrent =
+        "WARNING: Concurrent optimizer not supported for QP models\n         Using dual simplex\n";
+    EXPECT_EQ(curvature < 0, log.find(concurrent) != std::string::npos) << log;
     const std::string wanted = std::string("WARNING: ") + (curvature > 0 ? "Barrier" : "Concurrent") +
                                " not supported for solving MIQP root relaxation\n"
                                "         Using dual simplex\n"
@@ -498,6 +501,12 @@ TEST(Optimize, BarrierWithAndWithoutCrossover) {
     EXPECT_LT(0, int_attr(model.get(), "BarIterCount"));
     int status = 0;
     EXPECT_EQ(crossover == 0 ? 10005 : 0, ZLPgetintattrelement(model.get(), "VBasis", 0, &status));
+    ASSERT_EQ(0, ZLPsetintparam(ZLPgetenv(model.get()), "BarIterLimit", 1));
+    ASSERT_EQ(0, ZLPsetintparam(ZLPgetenv(model.get()), "OutputFlag", 1));
+    const std::string log = printed([&] { EXPECT_EQ(0, ZLPoptimize(model.get())); });
+    EXPECT_EQ(ZLP_ITERATION_LIMIT, int_attr(model.get(), "Status"));
+    EXPECT_EQ(crossover != 0, log.find("\n\nBarrier solution isn't available for crossover\n") != std::string::npos)
+        << log;
   }
 }
 
