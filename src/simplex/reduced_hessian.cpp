@@ -18,12 +18,26 @@ void rotate(Real cosine, Real sine, Real* upper, Real* lower, std::size_t count)
   }
 }
 
+// Several sums side by side: one alone waits for each addition to end.
+template <class Real>
+Real dot(const Real* a, const Real* b, std::size_t count) {
+  constexpr std::size_t kLanes = 8;
+  Real sum[kLanes] = {};
+  std::size_t j = 0;
+  for (; j + kLanes <= count; j += kLanes) {
+    for (std::size_t lane = 0; lane < kLanes; ++lane) sum[lane] += a[j + lane] * b[j + lane];
+  }
+  for (; j < count; ++j) sum[0] += a[j] * b[j];
+  return ((sum[0] + sum[4]) + (sum[1] + sum[5])) + ((sum[2] + sum[6]) + (sum[3] + sum[7]));
+}
+
 }  // namespace
 
 template <class Real>
 void ReducedHessian<Real>::solve_transposed(std::vector<Real>& x) const {
   for (std::size_t i = 0; i < rows_.size(); ++i) {
     const std::vector<Real>& row = rows_[i];
+    if (x[i] == 0) continue;
     x[i] /= row[0];
     const Real xi = x[i];
     for (std::size_t j = 1; j < row.size(); ++j) x[i + j] -= row[j] * xi;
@@ -34,9 +48,7 @@ template <class Real>
 void ReducedHessian<Real>::solve(std::vector<Real>& x) const {
   for (std::size_t i = rows_.size(); i-- > 0;) {
     const std::vector<Real>& row = rows_[i];
-    Real sum = x[i];
-    for (std::size_t j = 1; j < row.size(); ++j) sum -= row[j] * x[i + j];
-    x[i] = sum / row[0];
+    x[i] = (x[i] - dot(row.data() + 1, x.data() + i + 1, row.size() - 1)) / row[0];
   }
 }
 
