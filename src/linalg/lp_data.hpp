@@ -25,6 +25,12 @@ struct LpData {
   [[nodiscard]] bool is_quadratic() const { return quadratic.num_nonzeros() > 0; }
   [[nodiscard]] Index num_rows() const { return matrix.num_rows; }
   [[nodiscard]] Index num_cols() const { return matrix.num_cols; }
+  // Share of the columns with two finite bounds; 0 without columns.
+  [[nodiscard]] double boxed_share() const {
+    Index boxed = 0;
+    for (Index col = 0; col < num_cols(); ++col) boxed += col_lower[col] > -kInf && col_upper[col] < kInf ? 1 : 0;
+    return num_cols() == 0 ? 0 : static_cast<double>(boxed) / num_cols();
+  }
 };
 
 }  // namespace zorvex

@@ -39,12 +39,6 @@ class Budget {
   StopToken token_;
 };
 
-double share_of_boxed_columns(const LpData& lp) {
-  Index boxed = 0;
-  for (Index j = 0; j < lp.num_cols(); ++j) boxed += lp.col_lower[j] > -kInf && lp.col_upper[j] < kInf ? 1 : 0;
-  return static_cast<double>(boxed) / std::max<double>(1, lp.num_cols());
-}
-
 }  // namespace
 
 EngineAnswer StagedEngine::solve(const LpData& lp, const SimplexLimits& limits, const StopToken& stop, LogSink& log) {
@@ -63,8 +57,8 @@ EngineAnswer StagedEngine::solve(const LpData& lp, const SimplexLimits& limits, 
     answer.iterations = iterations;
     return answer;
   };
-  const bool is_boxed = share_of_boxed_columns(lp) >= options_.boxed_share;
-  const SimplexBudget& first = is_boxed ? options_.boxed : options_.unboxed;
+  const bool is_boxed = lp.boxed_share() >= options_.boxed_share;
+  const SimplexBudget& first = dual_form_ ? options_.dual_form : is_boxed ? options_.boxed : options_.unboxed;
   double predicted = kInf;
   budget.decide_after(first.short_solve, [&] {
     predicted = predict_barrier_work(lp, options_.barrier.barrier, stop);

@@ -24,7 +24,8 @@ struct StagedOptions {
   double boxed_share = 0.6;  // of the columns from which a model counts as boxed
   SimplexBudget boxed{5e8, 1};
   SimplexBudget unboxed{8e7, 0.1};
-  double barrier_patience = 4;  // times its prediction that the barrier may cost
+  SimplexBudget dual_form{5e8, 1};  // hardly a column of a dual has two bounds
+  double barrier_patience = 4;      // times its prediction that the barrier may cost
 };
 
 class StagedEngine final : public LpEngine {
@@ -35,12 +36,14 @@ class StagedEngine final : public LpEngine {
     options_.simplex.sense = sense;
     options_.barrier.barrier.sense = options_.barrier.crossover.simplex.sense = sense;
   }
+  void set_dual_form(bool dual_form) override { dual_form_ = dual_form; }
   EngineAnswer solve(const LpData& lp, const SimplexLimits& limits, const StopToken& stop, LogSink& log) override;
   [[nodiscard]] bool has_own_report() const override { return false; }
   void report_without_solve(SolveStatus, double, double, LogSink&) override {}
 
  private:
   StagedOptions options_;
+  bool dual_form_ = false;
 };
 
 }  // namespace zorvex

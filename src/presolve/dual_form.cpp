@@ -4,6 +4,23 @@
 #include <cmath>
 
 namespace zorvex {
+namespace {
+
+constexpr Index kTallRows = 1000;  // below, either is quick
+// Rows per column. Columns with two bounds make for long steps of the dual simplex, to which the dual of the model has
+// no counterpart: such a model has to be taller, and its columns so long that solves with its own basis matrices fill.
+constexpr double kTall = 2, kTallBoxed = 3;
+constexpr double kBoxedShare = 0.8;  // of the columns from which a model counts as boxed
+constexpr double kLongColumn = 20;   // nonzeros
+
+}  // namespace
+
+bool dual_pays(const LpData& primal) {
+  if (primal.num_rows() < kTallRows || primal.num_rows() <= kTall * primal.num_cols()) return false;
+  if (primal.boxed_share() < kBoxedShare) return true;
+  const double nonzeros = static_cast<double>(primal.matrix.num_nonzeros());
+  return primal.num_rows() > kTallBoxed * primal.num_cols() && nonzeros >= kLongColumn * primal.num_cols();
+}
 
 DualForm::DualForm(const LpData& primal, DualRows rows) : primal_(primal), rows_(rows) {
   dual_.matrix.num_rows = primal.num_cols();

@@ -18,6 +18,9 @@ enum class DualRows {
   kEquations,     // reduced costs are columns of their own, the dual rows equations
 };
 
+// True if solving the dual is likely to be quicker: with many more rows than columns its basis matrices are smaller.
+[[nodiscard]] bool dual_pays(const LpData& primal);
+
 class DualForm {
  public:
   // The primal must outlive this; it has crossing bounds nowhere and no quadratic terms.

@@ -37,7 +37,7 @@ class LpDriver {
   EngineAnswer solve_reduced(const Presolve& presolve);
   EngineAnswer solve_dual(const DualForm& dual);
   EngineAnswer solve_as_chosen(const LpData& lp);
-  void set_sense(int sense);
+  void take_form(int sense, bool dual_form);
   void finish_reduced(const Presolve& presolve, const EngineAnswer& answer);
   void finish_without_basis(SolveStatus status);
   EngineAnswer solve_with_engine(const LpData& lp);
@@ -70,15 +70,8 @@ PresolvePoint presolve_point(const EngineAnswer& answer) {
   return {point.x, point.row_activity, point.pi, point.reduced_cost, answer.basis};
 }
 
-// Basis matrices have the order of the rows: with many more rows than columns the dual has the smaller ones. Of 13
-// relaxations with 2.5 to 165 times as many rows the dual takes 0.74 (automatic method), 0.60 (primal simplex) and 0.88
-// times (barrier) the time of the model itself, below that about as often more as less, on flat models a third more.
-constexpr double kTall = 3;
-constexpr Index kTallRows = 1000;  // below, either is quick
-
 bool dual_is_wanted(const PresolveOptions& options, const LpData& reduced) {
-  if (options.dualize >= 0) return options.dualize > 0;
-  return reduced.num_rows() >= kTallRows && reduced.num_rows() > kTall * reduced.num_cols();
+  return options.dualize < 0 ? dual_pays(reduced) : options.dualize > 0;
 }
 
 LpDriverResult LpDriver::run() {
@@ -160,9 +153,9 @@ EngineAnswer LpDriver::solve_reduced(const Presolve& presolve) {
 // By way of the dual; the answer speaks of the primal. kInfOrUnbd if the dual proves infeasible.
 EngineAnswer LpDriver::solve_dual(const DualForm& dual) {
   const double cutoff = std::exchange(options_.cutoff, kInf);  // says nothing about the dual's bounds
-  set_sense(-options_.sense);
+  take_form(-options_.sense, true);
   EngineAnswer answer = solve_as_chosen(dual.lp());
-  set_sense(options_.sense);
+  take_form(options_.sense, false);
   options_.cutoff = cutoff;
   switch (answer.status) {
     case SolveStatus::kInfeasible:
@@ -186,9 +179,11 @@ EngineAnswer LpDriver::solve_dual(const DualForm& dual) {
   return answer;
 }
 
-void LpDriver::set_sense(int sense) {
+void LpDriver::take_form(int sense, bool dual_form) {
   options_.simplex.sense = sense;
-  if (options_.engine != nullptr) options_.engine->set_sense(sense);
+  if (options_.engine == nullptr) return;
+  options_.engine->set_sense(sense);
+  options_.engine->set_dual_form(dual_form);
 }
 
 EngineAnswer LpDriver::solve_as_chosen(const LpData& lp) {

@@ -41,6 +41,8 @@ class LpEngine {
   virtual ~LpEngine() = default;
   // +1 or -1: objective values in the log are multiplied by it. For models that are not in the user's sense.
   virtual void set_sense(int sense) = 0;
+  // True: the models to come are duals of what the user wants solved, and have the shape of one. False at first.
+  virtual void set_dual_form(bool) {}
   virtual EngineAnswer solve(const LpData& lp, const SimplexLimits& limits, const StopToken& stop, LogSink& log) = 0;
   // Presolve left nothing to solve: `objective` is in the user's sense. Closing lines of the engine's own kind, if
   // it has any.

@@ -74,6 +74,15 @@ TEST(StagedEngine, StagesLimitsAndInterrupts) {
     EXPECT_EQ(engine.solve(lp, {}, {nullptr, now_seconds() - 1}, log).status, SolveStatus::kTimeLimit) << stages.name;
     EXPECT_EQ(engine.solve(lp, {.iterations = 3}, {}, log).status, SolveStatus::kIterationLimit) << stages.name;
   }
+  StagedOptions options = options_of(kStages[0]);
+  options.dual_form = {1, 0};
+  StagedEngine engine(options);
+  for (const bool dual_form : {false, true}) {  // a budget of its own, whatever bounds the columns have
+    TextLog log;
+    engine.set_dual_form(dual_form);
+    EXPECT_EQ(engine.solve(lp, {}, {}, log).status, SolveStatus::kOptimal);
+    EXPECT_EQ(log.has("Barrier after"), dual_form);
+  }
 }
 
 }  // namespace

@@ -68,5 +68,40 @@ TEST(DualForm, GivesThePrimalsAnswer) {
   }
 }
 
+// Columns with `length` nonzeros, of which `boxed` have a second bound.
+LpData tall_lp(Index rows, Index cols, Index length, Index boxed) {
+  LpData lp;
+  lp.matrix.num_rows = rows;
+  const std::vector<double> value(static_cast<std::size_t>(length), 1.0);
+  std::vector<Index> index(value.size());
+  for (Index col = 0; col < cols; ++col) {
+    for (Index k = 0; k < length; ++k) index[k] = k;
+    lp.matrix.append_col(index.data(), value.data(), length);
+    lp.cost.push_back(1);
+    lp.col_lower.push_back(0);
+    lp.col_upper.push_back(col < boxed ? 1 : kInf);
+  }
+  lp.row_lower.assign(static_cast<std::size_t>(rows), 1);
+  lp.row_upper.assign(static_cast<std::size_t>(rows), kInf);
+  return lp;
+}
+
+TEST(DualForm, PaysForTallModels) {
+  const struct {
+    const char* fact;
+    Index rows, cols, length, boxed;
+    bool pays;
+  } facts[] = {{"small", 900, 10, 20, 0, false},
+               {"flat", 1000, 500, 20, 0, false},
+               {"tall", 1001, 500, 3, 0, true},
+               {"tall with boxed columns", 1001, 500, 30, 400, false},
+               {"taller with long boxed columns", 1501, 500, 20, 400, true},
+               {"taller with short boxed columns", 1501, 500, 19, 400, false},
+               {"taller with a few short open columns", 1501, 500, 3, 399, true}};
+  for (const auto& fact : facts) {
+    EXPECT_EQ(fact.pays, dual_pays(tall_lp(fact.rows, fact.cols, fact.length, fact.boxed))) << fact.fact;
+  }
+}
+
 }  // namespace
 }  // namespace zorvex
