@@ -4,6 +4,8 @@
 #include <cmath>
 #include <utility>
 
+#include "presolve/row_multiples.hpp"
+
 namespace zorvex {
 
 namespace {
@@ -138,16 +140,10 @@ EquationCancelling::Step EquationCancelling::best_step(Index equation) {
     }
   }
   std::sort(ratios_.begin(), ratios_.end());
-  Step best;
-  for (std::size_t first = 0; first < ratios_.size();) {
-    std::size_t last = first + 1;
-    while (last < ratios_.size() && ratios_[last] - ratios_[first] <= kSameRatio * std::abs(ratios_[first])) ++last;
-    const double size = std::abs(ratios_[first]);
-    const Index gain = static_cast<Index>(last - first) - fill;
-    if (gain > best.gain && size <= kMaxMultiplier && size >= 1 / kMaxMultiplier) best = {ratios_[first], gain};
-    first = last;
-  }
-  return best;
+  const CommonRatio best = most_common_ratio(ratios_, kSameRatio, [](double ratio) {
+    return std::abs(ratio) <= kMaxMultiplier && std::abs(ratio) >= 1 / kMaxMultiplier;
+  });
+  return {best.ratio, std::max(best.count - fill, 0)};
 }
 
 void EquationCancelling::subtract(Index row, Index equation, double multiplier) {

@@ -75,7 +75,10 @@ Scattered<Real> unit_vector(Index size, Index at) {
 }  // namespace
 
 const LpData& FinalBasis::data() {
-  if (!lp_) lp_ = make_lp_data(model_.data);
+  if (!lp_) {
+    lp_ = make_lp_data(model_.data);
+    clean_lp_data(*lp_, param<Param::ZORV_PAR_INFBOUND>(*model_.env), param<Param::ZORV_PAR_ZERO>(*model_.env));
+  }
   return *lp_;
 }
 

@@ -46,6 +46,7 @@ SimplexOptions simplex_options(const ZLPenv& env, double start_time) {
   options.scale = param<Param::ScaleFlag>(env) != 0;
   options.alternative_scaling = param<Param::ZORV_PAR_ALTSCALE>(env) != 0;
   options.aspiration = param<Param::ZORV_PAR_ASPIRE>(env);
+  options.end_factorization = param<Param::ZORV_PAR_SIMPLEXENDFAC>(env) != 0;
   options.switch_algorithm = param<Param::ZORV_PAR_PRIMDUALSWITCH>(env) != 0;
   const int violations = param<Param::ZORV_PAR_UNSCALEDVIO>(env);
   options.repair_unscaled = violations == -2 || violations == 1;
@@ -71,7 +72,15 @@ PresolveOptions presolve_options(const ZLPenv& env) {
   if (options.dependent_rows < 0 && param<Param::Method>(env) != 2) options.dependent_rows = 0;
   const double equations = param<Param::ZORV_PAR_PREMAKEEQ>(env);
   options.make_equations = equations >= 0;
-  options.dual_effort = param<Param::ZORV_PAR_PREDUALSLACK>(env) != 0 ? 1 : std::max(0.0, equations);
+  const bool conservative = options.level == 1;
+  const bool aggressive = options.level == 2;
+  const auto wanted = [&](int value) { return value < 0 ? aggressive : value > 0; };
+  const bool more_duals = aggressive || param<Param::ZORV_PAR_PREDUALSLACK>(env) != 0;
+  options.dual_effort = more_duals ? 1 : std::max(0.0, equations);
+  options.implied_equations = wanted(param<Param::ZORV_PAR_IMPLICITEQ>(env));
+  options.cancelling = param<Param::PreSparsify>(env) != 0             ? Cancelling::kFull
+                       : wanted(param<Param::ZORV_PAR_PRESUBROW>(env)) ? Cancelling::kContained
+                                                                       : Cancelling::kOff;
   options.aggregation_fill = param<Param::AggFill>(env);
   if (param<Param::ZORV_PAR_PRELIMIT>(env) < kMaxIntParameter) options.max_steps = param<Param::ZORV_PAR_PRELIMIT>(env);
   const auto switch_off = [&](bool off, std::initializer_list<std::string_view> names) {
@@ -79,7 +88,8 @@ PresolveOptions presolve_options(const ZLPenv& env) {
   };
   switch_off(param<Param::Aggregate>(env) == 0, {"doubleton_equation", "free_column"});
   switch_off(param<Param::ZORV_PAR_PREBOUND>(env) == 0, {"implied_row"});
-  switch_off(param<Param::PreSparsify>(env) == 0, {"sparsify"});
+  switch_off(!wanted(param<Param::ZORV_PAR_PRETWOROWS>(env)), {"two_rows"});
+  switch_off(conservative, {"implied_row", "dual_bounds"});
   switch_off(param<Param::ZORV_PAR_PREPARALLEL>(env) == 0, {"duplicate_rows", "duplicate_columns"});
   switch_off(param<Param::ZORV_PAR_PRESINGLECOL>(env) == 0, {"singleton_column"});
   return options;

@@ -94,6 +94,11 @@ void Changes::remove_row(Index row) {
   ++steps_;
 }
 
+void Changes::drop_row(Index row) {
+  log_.begin(kRedundantRow).index(row).entries(model_.matrix.row(row), &PresolveMatrix::Entry::col);
+  remove_row(row);
+}
+
 void Changes::remove_column(Index col) {
   work_.add(model_.matrix.col_length(col) + 1);
   const auto range = model_.matrix.col(col);

@@ -54,6 +54,8 @@ class Changes {
 
   // Takes the row out; its undo is the caller's record.
   void remove_row(Index row);
+  // Takes out a row that what is left implies, with a record of its own: it comes back basic, without a multiplier.
+  void drop_row(Index row);
   // Takes the column out as if it were zero; its undo is the caller's record.
   void remove_column(Index col);
   // Takes the column out at `value`, moving its terms into sides and offset, with a record of its own. `status` is

@@ -1,6 +1,7 @@
 #include "presolve/presolve.hpp"
 
 #include <algorithm>
+#include <array>
 #include <cassert>
 #include <cmath>
 
@@ -27,6 +28,7 @@ struct Presolve::State {
   PresolveOutcome run(const StopToken& stop);
   Outcome run_passes(const StopToken& stop);
   Outcome run_dirty(const StopToken& stop);
+  void choose_reductions();
   Outcome apply(Trigger trigger, Index target);
   [[nodiscard]] bool out_of_work();
   [[nodiscard]] bool nothing_new(std::size_t reduction) const;
@@ -46,6 +48,7 @@ struct Presolve::State {
   PresolveStatistics statistics;
   std::vector<Index> original_cols, original_rows;
   std::vector<double> farkas;
+  std::array<std::vector<std::size_t>, 3> active;  // per trigger: places in the registry of what may run
   std::vector<std::int64_t> looked_at;  // per reduction: steps when it last looked at the whole model, -1 never
   bool stopped = false;
 };
@@ -62,19 +65,23 @@ bool Presolve::State::nothing_new(std::size_t reduction) const {
   return static_cast<double>(changes->steps() - looked_at[reduction]) <= kWorthAnotherRound * left;
 }
 
-// All reductions of the trigger on one target, until it is gone or one of them decides the model.
-Outcome Presolve::State::apply(Trigger trigger, Index target) {
-  const int level = options.level < 0 ? 1 : options.level;
-  bool changed = false;
+void Presolve::State::choose_reductions() {
   const auto registry = reduction_registry();
   for (std::size_t k = 0; k < registry.size(); ++k) {
-    const Reduction* reduction = registry[k];
-    if (reduction->trigger != trigger || reduction->min_level > level) continue;
-    if (reduction->dual && !options.dual_reductions) continue;
-    if (!options.only.empty() && options.only != reduction->name) continue;
-    if (std::find(options.off.begin(), options.off.end(), reduction->name) != options.off.end()) continue;
+    const Reduction& reduction = *registry[k];
+    if (reduction.dual && !options.dual_reductions) continue;
+    if (!options.only.empty() && options.only != reduction.name) continue;
+    if (std::find(options.off.begin(), options.off.end(), reduction.name) != options.off.end()) continue;
+    active[static_cast<std::size_t>(reduction.trigger)].push_back(k);
+  }
+}
+
+// All reductions of the trigger on one target, until it is gone or one of them decides the model.
+Outcome Presolve::State::apply(Trigger trigger, Index target) {
+  bool changed = false;
+  for (const std::size_t k : active[static_cast<std::size_t>(trigger)]) {
     if (trigger == Trigger::kRound && nothing_new(k)) continue;
-    const Outcome outcome = reduction->find(*model, target, *changes);
+    const Outcome outcome = reduction_registry()[k]->find(*model, target, *changes);
     if (trigger == Trigger::kRound) looked_at[k] = changes->steps();
     if (outcome != Outcome::kNone) ++statistics.applied[k].count;
     if (outcome == Outcome::kInfeasible || outcome == Outcome::kUnbounded) return outcome;
@@ -152,6 +159,7 @@ PresolveOutcome Presolve::State::run(const StopToken& stop) {
   changes = std::make_unique<Changes>(*model);
   for (const Reduction* reduction : reduction_registry()) statistics.applied.push_back({reduction->name, 0});
   looked_at.assign(statistics.applied.size(), -1);
+  choose_reductions();
   if (!bounds_make_sense()) {
     build_proof();
     return PresolveOutcome::kInfeasible;

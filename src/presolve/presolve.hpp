@@ -16,16 +16,22 @@
 
 namespace zorvex {
 
+// Multiples of equations added to other rows to cancel nonzeros: never, where the row has all columns of the equation,
+// or wherever fewer nonzeros are left.
+enum class Cancelling { kOff, kContained, kFull };
+
 struct PresolveOptions {
   int level = -1;       // -1 automatic, 0 off, 1 conservative, 2 aggressive
   int max_passes = -1;  // -1 automatic
   double primal_feasibility_tol = 1e-6;
   double dual_feasibility_tol = 1e-6;
   int dualize = -1;  // solve the dual of what is left: -1 automatic, 0 never, 1 and 2 in two forms; see DualForm
-  bool dual_reductions = true;  // reductions that keep only some optimal solutions
-  bool make_equations = true;   // rows whose multiplier has one sign by itself become equations
-  double dual_effort = 0;       // 0..1: how far conclusions about multipliers are followed up
-  int dependent_rows = -1;      // search for dependent equations: 0 off, 1 with more effort
+  bool dual_reductions = true;     // reductions that keep only some optimal solutions
+  bool make_equations = true;      // rows whose multiplier has one sign by itself become equations
+  double dual_effort = 0;          // 0..1: how far conclusions about multipliers are followed up
+  int dependent_rows = -1;         // search for dependent equations: 0 off, 1 with more effort
+  bool implied_equations = false;  // inequalities that can only hold with equality become equations
+  Cancelling cancelling = Cancelling::kFull;
   Index aggregation_fill = 10;  // nonzeros that the elimination of one column may add
   std::int64_t max_steps = std::numeric_limits<std::int64_t>::max();  // changes after which presolve stops
   std::string_view only = {};                                         // name of the one reduction to run; empty for all

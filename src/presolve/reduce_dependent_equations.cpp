@@ -232,8 +232,7 @@ Outcome Elimination::run() {
       }
       if (outcome == Outcome::kChanged) {
         const Index gone = equations_[row].row;
-        changes_.record(kDependentEquations).index(gone).entries(model_.matrix.row(gone), &PresolveMatrix::Entry::col);
-        changes_.remove_row(gone);
+        changes_.drop_row(gone);
         result = outcome;
       }
     }
@@ -251,13 +250,6 @@ static Outcome find(const PresolveModel& model, Index, Changes& changes) {
   return Elimination(model, changes).run();
 }
 
-static void undo(UndoReader& record, PostsolvePoint& point) {
-  const Index row = record.index();
-  point.activity[row] = record.entries().dot(point.x);
-  point.pi[row] = 0;
-  point.row_status[row] = BasisStatus::kBasic;
-}
-
-const Reduction kDependentEquations{"dependent_equations", Trigger::kRound, false, 1, find, undo};
+const Reduction kDependentEquations{"dependent_equations", Trigger::kRound, false, find, nullptr};
 
 }  // namespace zorvex

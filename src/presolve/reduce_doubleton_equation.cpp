@@ -112,6 +112,6 @@ static void undo(UndoReader& record, PostsolvePoint& point) {
   point.col_status[kept] = BasisStatus::kBasic;
 }
 
-const Reduction kDoubletonEquation{"doubleton_equation", Trigger::kRow, false, 1, find, undo};
+const Reduction kDoubletonEquation{"doubleton_equation", Trigger::kRow, false, find, undo};
 
 }  // namespace zorvex

@@ -132,6 +132,6 @@ static void undo(UndoReader& record, PostsolvePoint& point) {
   point.col_status[gone] = basic || at_bound(split.gone_status) ? split.gone_status : BasisStatus::kNonbasicFree;
 }
 
-const Reduction kDuplicateColumns{"duplicate_columns", Trigger::kRound, false, 1, find, undo};
+const Reduction kDuplicateColumns{"duplicate_columns", Trigger::kRound, false, find, undo};
 
 }  // namespace zorvex

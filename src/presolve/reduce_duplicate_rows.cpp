@@ -78,6 +78,6 @@ static void undo(UndoReader& record, PostsolvePoint& point) {
   point.row_status[kept] = BasisStatus::kBasic;
 }
 
-const Reduction kDuplicateRows{"duplicate_rows", Trigger::kRound, false, 1, find, undo};
+const Reduction kDuplicateRows{"duplicate_rows", Trigger::kRound, false, find, undo};
 
 }  // namespace zorvex

@@ -30,6 +30,6 @@ static Outcome find(const PresolveModel& model, Index col, Changes& changes) {
   return Outcome::kChanged;
 }
 
-const Reduction kEmptyColumn{"empty_column", Trigger::kColumn, false, 1, find, nullptr};
+const Reduction kEmptyColumn{"empty_column", Trigger::kColumn, false, find, nullptr};
 
 }  // namespace zorvex

@@ -24,6 +24,6 @@ static void undo(UndoReader& record, PostsolvePoint& point) {
   point.row_status[row] = BasisStatus::kBasic;
 }
 
-const Reduction kEmptyRow{"empty_row", Trigger::kRow, false, 1, find, undo};
+const Reduction kEmptyRow{"empty_row", Trigger::kRow, false, find, undo};
 
 }  // namespace zorvex

@@ -34,6 +34,6 @@ static void undo(UndoReader& record, PostsolvePoint& point) {
   }
 }
 
-const Reduction kFixedColumn{"fixed_column", Trigger::kColumn, false, 1, find, undo};
+const Reduction kFixedColumn{"fixed_column", Trigger::kColumn, false, find, undo};
 
 }  // namespace zorvex

@@ -75,6 +75,6 @@ static void undo(UndoReader& record, PostsolvePoint& point) {
   point.row_status[row] = direction > 0 ? BasisStatus::kAtLower : BasisStatus::kAtUpper;
 }
 
-const Reduction kForcingRow{"forcing_row", Trigger::kRow, false, 1, find, undo};
+const Reduction kForcingRow{"forcing_row", Trigger::kRow, false, find, undo};
 
 }  // namespace zorvex

@@ -74,6 +74,6 @@ static void undo(UndoReader& record, PostsolvePoint& point) {
   }
 }
 
-const Reduction kFreeColumn{"free_column", Trigger::kColumn, false, 1, find, undo};
+const Reduction kFreeColumn{"free_column", Trigger::kColumn, false, find, undo};
 
 }  // namespace zorvex

@@ -1,12 +1,12 @@
 // reduce_redundant_row.cpp: what the column bounds say about a row's activity. A row whose sides can never bind goes, a
-// side that never binds becomes infinite, a row that can never hold proves infeasibility.
+// side that never binds becomes infinite, a row that can never hold proves infeasibility. Also the undo of every other
+// row that goes through Changes::drop_row.
 //   Source   E. Andersen, K. Andersen, Math. Program. 71 (1995) 221-245, section 3.2.
 #include "base/tolerances.hpp"
 #include "presolve/changes.hpp"
 #include "presolve/reduction.hpp"
 
 namespace zorvex {
-extern const Reduction kRedundantRow;
 
 // Beyond what any point within the feasibility tolerance of all bounds could reach.
 static bool is_infeasible(const PresolveModel& model, const Activity& activity, double magnitude, Index row) {
@@ -37,8 +37,7 @@ static Outcome find(const PresolveModel& model, Index row, Changes& changes) {
   const bool lower_holds = lower == -kInf || activity.min() >= low_side;
   const bool upper_holds = upper == kInf || activity.max() <= high_side;
   if (lower_holds && upper_holds) {
-    changes.record(kRedundantRow).index(row).entries(model.matrix.row(row), &PresolveMatrix::Entry::col);
-    changes.remove_row(row);
+    changes.drop_row(row);
     return Outcome::kChanged;
   }
   // An equation with one idle side is a forcing row in the making: dropping the side would hide it.
@@ -54,6 +53,6 @@ static void undo(UndoReader& record, PostsolvePoint& point) {
   point.row_status[row] = BasisStatus::kBasic;
 }
 
-const Reduction kRedundantRow{"redundant_row", Trigger::kRow, false, 1, find, undo};
+const Reduction kRedundantRow{"redundant_row", Trigger::kRow, false, find, undo};
 
 }  // namespace zorvex

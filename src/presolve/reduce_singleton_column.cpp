@@ -150,6 +150,6 @@ static void undo(UndoReader& record, PostsolvePoint& point) {
   point.activity[row] = rest + Extended(a) * point.x[col];
 }
 
-const Reduction kSingletonColumn{"singleton_column", Trigger::kColumn, false, 1, find, undo};
+const Reduction kSingletonColumn{"singleton_column", Trigger::kColumn, false, find, undo};
 
 }  // namespace zorvex

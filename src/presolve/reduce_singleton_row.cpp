@@ -66,6 +66,6 @@ static void undo(UndoReader& record, PostsolvePoint& point) {
   point.row_status[row] = a > 0 ? side : opposite(side);
 }
 
-const Reduction kSingletonRow{"singleton_row", Trigger::kRow, false, 1, find, undo};
+const Reduction kSingletonRow{"singleton_row", Trigger::kRow, false, find, undo};
 
 }  // namespace zorvex

@@ -9,6 +9,7 @@
 #include "base/tolerances.hpp"
 #include "presolve/changes.hpp"
 #include "presolve/reduction.hpp"
+#include "presolve/row_multiples.hpp"
 
 namespace zorvex {
 extern const Reduction kSparsify;
@@ -16,78 +17,31 @@ extern const Reduction kSparsify;
 namespace {
 
 constexpr Index kMaxEquationLength = 50;
-constexpr Index kMaxColumnLength = 100;  // longer columns are not searched for partners
-
-// An entry next to one of the equation's: the multiple of the equation that would cancel it.
-struct Meeting {
-  Index row;
-  double factor;
-};
-
-class Canceller {
- public:
-  Canceller(const PresolveModel& model, Changes& changes) : model_(model), changes_(changes) {}
-  bool use(Index equation);
-
- private:
-  void meet(Index equation);
-  // Nonzeros that the row loses, those it gains taken off.
-  [[nodiscard]] Index saved(Index equation, const Meeting& candidate) const;
-
-  const PresolveModel& model_;
-  Changes& changes_;
-  std::vector<Meeting> meetings_;
-};
-
-void Canceller::meet(Index equation) {
-  meetings_.clear();
-  for (const auto& own : model_.matrix.row(equation)) {
-    if (model_.matrix.col_length(own.col) > kMaxColumnLength) continue;
-    for (const auto& other : model_.matrix.col(own.col)) {
-      if (other.row != equation) meetings_.push_back({other.row, -other.value / own.value});
-    }
-  }
-  changes_.work().add(static_cast<std::int64_t>(meetings_.size()));
-  std::sort(meetings_.begin(), meetings_.end(),
-            [](const Meeting& a, const Meeting& b) { return a.row != b.row ? a.row < b.row : a.factor < b.factor; });
-}
-
-Index Canceller::saved(Index equation, const Meeting& candidate) const {
-  changes_.work().add(model_.matrix.row_length(equation) + model_.matrix.row_length(candidate.row));
+// Nonzeros that the row loses, those it gains taken off; none where the options allow no gains.
+Index saved(const PresolveModel& model, Index equation, const RowMultiple& multiple, Changes& changes) {
+  changes.work().add(model.matrix.row_length(equation) + model.matrix.row_length(multiple.row));
   std::vector<std::pair<Index, double>> own;
-  for (const auto& entry : model_.matrix.row(equation)) own.emplace_back(entry.col, entry.value);
+  for (const auto& entry : model.matrix.row(equation)) own.emplace_back(entry.col, entry.value);
   std::sort(own.begin(), own.end());
   Index cancelled = 0;
   Index shared = 0;
-  for (const auto& entry : model_.matrix.row(candidate.row)) {
+  for (const auto& entry : model.matrix.row(multiple.row)) {
     const auto at = std::lower_bound(own.begin(), own.end(), std::pair(entry.col, -kInf));
     if (at == own.end() || at->first != entry.col) continue;
     ++shared;
-    const double change = candidate.factor * at->second;
+    const double change = multiple.factor * at->second;
     if (std::abs(entry.value + change) <= PresolveTolerances::kCancel * std::abs(change)) ++cancelled;
   }
-  return cancelled - (static_cast<Index>(own.size()) - shared);
+  const Index gained = static_cast<Index>(own.size()) - shared;
+  return gained > 0 && model.options.cancelling == Cancelling::kContained ? 0 : cancelled - gained;
 }
 
-bool Canceller::use(Index equation) {
-  meet(equation);
+bool use(const PresolveModel& model, Index equation, RowMultiples& multiples, Changes& changes) {
   bool changed = false;
-  for (std::size_t begin = 0, end = 0; begin < meetings_.size(); begin = end) {
-    // The multiple that cancels most entries of this row.
-    Meeting best = meetings_[begin];
-    std::size_t most = 0;
-    for (std::size_t first = begin; end < meetings_.size() && meetings_[end].row == best.row; ++end) {
-      const double gap = meetings_[end].factor - meetings_[first].factor;
-      if (gap > PresolveTolerances::kCancel * std::abs(meetings_[end].factor)) first = end;
-      if (end - first + 1 > most) {
-        most = end - first + 1;
-        best = meetings_[end];
-      }
-    }
-    if (most < 2 || std::abs(best.factor) > 1 / PresolveTolerances::kPivotShare) continue;
-    if (saved(equation, best) <= 0) continue;
-    changes_.record(kSparsify).index(best.row).index(equation).real(best.factor);
-    changes_.add_equation(best.row, equation, best.factor);
+  for (const RowMultiple& multiple : multiples.of(equation)) {
+    if (saved(model, equation, multiple, changes) <= 0) continue;
+    changes.record(kSparsify).index(multiple.row).index(equation).real(multiple.factor);
+    changes.add_equation(multiple.row, equation, multiple.factor);
     changed = true;
   }
   return changed;
@@ -96,12 +50,13 @@ bool Canceller::use(Index equation) {
 }  // namespace
 
 static Outcome find(const PresolveModel& model, Index, Changes& changes) {
-  Canceller canceller(model, changes);
+  if (model.options.cancelling == Cancelling::kOff) return Outcome::kNone;
+  RowMultiples multiples(model, changes.work(), 1 / PresolveTolerances::kPivotShare);
   bool changed = false;
   for (Index row = 0; row < model.num_rows(); ++row) {
     const Index length = model.matrix.row_length(row);
     if (!model.row_alive[row] || !model.is_equation(row) || length < 2 || length > kMaxEquationLength) continue;
-    changed = canceller.use(row) || changed;
+    changed = use(model, row, multiples, changes) || changed;
   }
   return changed ? Outcome::kChanged : Outcome::kNone;
 }
@@ -117,6 +72,6 @@ static void undo(UndoReader& record, PostsolvePoint& point) {
   if (!equation_rests && point.row_status[row] != BasisStatus::kBasic) point.exact_basis = false;
 }
 
-const Reduction kSparsify{"sparsify", Trigger::kRound, false, 1, find, undo};
+const Reduction kSparsify{"sparsify", Trigger::kRound, false, find, undo};
 
 }  // namespace zorvex

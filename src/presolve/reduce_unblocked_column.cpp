@@ -92,6 +92,6 @@ static void undo(UndoReader& record, PostsolvePoint& point) {
   }
 }
 
-const Reduction kUnblockedColumn{"unblocked_column", Trigger::kColumn, true, 1, find, undo};
+const Reduction kUnblockedColumn{"unblocked_column", Trigger::kColumn, true, find, undo};
 
 }  // namespace zorvex

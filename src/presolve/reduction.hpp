@@ -21,15 +21,15 @@ enum class Trigger { kRow, kColumn, kRound };
 struct Reduction {
   const char* name;
   Trigger trigger;
-  bool dual;      // keeps only some optimal solutions or reasons with costs; off without dual reductions
-  int min_level;  // smallest PresolveOptions::level it runs at (automatic counts as 1)
+  bool dual;  // keeps only some optimal solutions or reasons with costs; off without dual reductions
   // Looks first and then either leaves everything alone or goes all the way; changes take effect at once.
   Outcome (*find)(const PresolveModel& model, Index target, Changes& changes);
   // Restores the rows and columns that one record removed: x, activity, pi, reduced cost, status. Null: writes none.
   void (*undo)(UndoReader& record, PostsolvePoint& point);
 };
 
-// Owners of the records that Changes::fix_column and Changes::substitute write.
+// Owners of the records that Changes::drop_row, Changes::fix_column and Changes::substitute write.
+extern const Reduction kRedundantRow;
 extern const Reduction kFixedColumn;
 extern const Reduction kFreeColumn;
 

@@ -286,7 +286,8 @@ bool LpSolver::State::attempt(const Attempt& how, const SimplexLimits& limits, c
   }
   use_exact = how.extended;
   if (!how.extended) scaled = how.scaled;
-  return accept<Real>(run<Real>(how, false, limits, stop, simplex_log));
+  const bool updates = !options.end_factorization && &how == kAttempts;
+  return accept<Real>(run<Real>(how, updates, limits, stop, simplex_log));
 }
 
 // The usual case of a chain of solves. False: not that case, or the answer did not stand up to the check.

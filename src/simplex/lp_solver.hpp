@@ -33,6 +33,7 @@ struct SimplexOptions {
   bool alternative_scaling = false;  // largest entries to one, without regard to the smallest
   double aspiration = 1;             // share of the usual share of the tolerances that the kernel works to
   bool switch_algorithm = true;      // what one algorithm leaves open the other may finish
+  bool end_factorization = true;     // an optimum's values come from a fresh factorization
   bool repair_unscaled = true;       // optima of the scaled model that violate the model as given are worked on
   Precision precision = Precision::kAutomatic;
   SimplexAlgorithm algorithm = SimplexAlgorithm::kDual;

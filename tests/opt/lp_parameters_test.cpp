@@ -32,6 +32,7 @@ struct Reduced {
   std::vector<Setting> settings;  // on top of those that leave nothing else to do
   const char* without;            // what is left before the settings
   const char* with;
+  std::vector<Setting> both_times = {};
 };
 
 // A model that no reduction gets anywhere with: a cycle of dense inequalities over boxed columns.
@@ -78,6 +79,11 @@ std::vector<Reduced> reductions() {
   Tiny maximal = plain;
   maximal.sense = -1;
   for (double& cost : maximal.obj) cost = -cost;
+  const Tiny contained = with_row(with_row(plain, {{1, 1, 0, 1}, '=', 4}), {{2, 2, 1, 2}, '<', 13});
+  // Lower bounds of 1 on the first two columns by the others' bounds, and a sum of at most 2.
+  Tiny squeezed =
+      with_row(with_row(with_row(plain, {{1, 0, -1, 0}, '>', 0}), {{0, 1, 0, -1}, '>', 0}), {{1, 1, 0, 0}, '<', 2});
+  squeezed.lb = {0, 0, 1, 1};
   const Tiny nested = with_row(with_row(plain, {{1, 1, 1, 1}, '=', 6}), {{2, 2, 2, 3}, '<', 15});
   return {
       {"presolve off", twin, {{"Presolve", "0"}}, "3 4 12", "off"},
@@ -96,6 +102,21 @@ std::vector<Reduced> reductions() {
        "3 4 12",
        "4 4 16"},
       {"no aggregation", aggregable(), {{"Aggregate", "0"}}, "3 4 12", "4 5 19"},
+      // With the first row: its side and at most 6 more.
+      {"a row that another one implies goes",
+       with_row(plain, {{2, 3, 1, 6}, '<', 25}),
+       {{"ZORV_PAR_PRETWOROWS", "1"}},
+       "4 4 16",
+       "3 4 12"},
+      {"a contained equation is subtracted", contained, {{"ZORV_PAR_PRESUBROW", "1"}}, "5 4 19", "4 4 11"},
+      {"a row that can only bind is an equation",
+       squeezed,
+       {{"ZORV_PAR_IMPLICITEQ", "1"}},
+       "3 4 6",
+       "",
+       {{"ZORV_PAR_DUALREDUCTION", "0"}}},
+      {"conservative", with_row(plain, {{1, 1, 1, 2}, '<', 20}), {{"Presolve", "1"}}, "3 4 12", "4 4 16"},
+      {"aggressive", with_row(plain, {{2, 3, 1, 6}, '<', 25}), {{"Presolve", "2"}}, "4 4 16", "3 4 12"},
   };
 }
 
@@ -104,8 +125,12 @@ TEST(LpParameters, PresolveSwitches) {
   for (const Reduced& each : reductions()) {
     SCOPED_TRACE(each.fact);
     const Model before = build(env.get(), each.model);
-    EXPECT_EQ(each.without, presolved(before.get()));
     const Model after = build(env.get(), each.model);
+    for (const Setting& setting : each.both_times) {
+      ASSERT_EQ(0, ZLPsetparam(ZLPgetenv(before.get()), setting.name, setting.value));
+      ASSERT_EQ(0, ZLPsetparam(ZLPgetenv(after.get()), setting.name, setting.value));
+    }
+    EXPECT_EQ(each.without, presolved(before.get()));
     for (const Setting& setting : each.settings) {
       ASSERT_EQ(0, ZLPsetparam(ZLPgetenv(after.get()), setting.name, setting.value));
     }
@@ -157,6 +182,8 @@ TEST(LpParameters, WhatCountsAsInfiniteAsZeroAndAsSolved) {
   const Tiny faint{.obj = {1, 1}, .rows = {{{5e-11, 0}, '>', 1}, {{1, 1}, '>', 1}}, .lb = {}, .ub = {1e12, 5}};
   const Tiny cheap{.obj = {-2e-4, 1}, .rows = {{{1, 1}, '<', 5}}, .lb = {}, .ub = {4, 4}};
   const Tiny steep{.obj = {1, 2}, .rows = {{{1e6, 1e6}, '>', 0.05}}};
+  const Tiny open{.obj = {-1, 1}, .rows = {{{1, -1}, '>', 1}}};
+  const std::vector<Setting> dual_alone{{"Presolve", "0"}, {"Method", "1"}};
   const std::vector<Setting> loose{{"Presolve", "0"}, {"PerturbValue", "0"}, {"OptimalityTol", "0.01"}};
   const struct {
     Tiny model;
@@ -167,6 +194,8 @@ TEST(LpParameters, WhatCountsAsInfiniteAsZeroAndAsSolved) {
       {wide, {}, {"ZORV_PAR_INFBOUND", "1e6"}, {ZLP_OPTIMAL, 1e7}, {ZLP_UNBOUNDED, 0}},
       {faint, {}, {"ZORV_PAR_ZERO", "1e-10"}, {ZLP_OPTIMAL, 2e10}, {ZLP_INFEASIBLE, 0}},
       {cheap, loose, {"ZORV_PAR_ASPIRE", "0.01"}, {ZLP_OPTIMAL, 0}, {ZLP_OPTIMAL, 4}},
+      // Only the primal simplex can tell that there is no bound.
+      {open, dual_alone, {"ZORV_PAR_PRIMDUALSWITCH", "0"}, {ZLP_UNBOUNDED, 0}, {ZLP_NUMERIC, 0}},
       {steep, {{"Presolve", "0"}}, {"ZORV_PAR_UNSCALEDVIO", "0"}, {ZLP_OPTIMAL, 5e-8}, {ZLP_OPTIMAL, 0}},
   };
   const Env env = quiet_env();
@@ -300,12 +329,15 @@ Tiny knapsack() {
   return tiny;
 }
 
-// Iterations and log lines of a solve without presolve.
+// Iterations, log lines and, among the diagnostics, pivot rows computed by a solve without presolve.
 struct Path {
   double iterations, objective;
   std::ptrdiff_t lines;
+  int rows = 0;
   std::string log;
-  bool operator==(const Path& other) const { return iterations == other.iterations && lines == other.lines; }
+  bool operator==(const Path& other) const {
+    return iterations == other.iterations && lines == other.lines && rows == other.rows;
+  }
 };
 
 Path path_of(const Tiny& tiny, const std::vector<Setting>& settings) {
@@ -322,11 +354,14 @@ Path path_of(const Tiny& tiny, const std::vector<Setting>& settings) {
   expect_lp_quality(model.get());
   path.iterations = dbl_attr(model.get(), "IterCount");
   path.lines = std::count(path.log.begin(), path.log.end(), '\n');
+  const std::size_t at = path.log.find("Operation price");
+  if (at != std::string::npos) std::sscanf(path.log.c_str() + at, "Operation price %d", &path.rows);
   return path;
 }
 
 TEST(LpParameters, HiddenSwitchesOfTheSimplex) {
   const double flow = path_of(degenerate(), {}).iterations;
+  const Setting statistics{"ZORV_PAR_ITEST", "1"};
   const struct {
     const char* fact;
     Tiny model;
@@ -336,6 +371,7 @@ TEST(LpParameters, HiddenSwitchesOfTheSimplex) {
   } facts[] = {
       {"no bound flipping", knapsack(), {}, {"ZORV_PAR_SIMPLEXPWRATIO", "0"}, 5, 40},
       {"partial pricing", degenerate(), {{"Method", "0"}}, {"ZORV_PAR_PRIMALPARTIAL", "1"}, 2, 1000},
+      {"values of the last update are final", degenerate(), {statistics}, {"ZORV_PAR_SIMPLEXENDFAC", "0"}, flow, flow},
       {"lines by iterations", degenerate(), {}, {"ZORV_PAR_SDISPINTERVAL", "1"}, flow, flow},
   };
   for (const auto& fact : facts) {
