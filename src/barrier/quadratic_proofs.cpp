@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "linalg/symmetric_matrix.hpp"
 #include "simplex/answer_check.hpp"
 
 namespace zorvex {
@@ -27,25 +28,13 @@ LpData recession_model(const LpData& lp) {
   for (Index row = 0; row < lp.num_rows(); ++row) {
     recede(lp.row_lower[row], lp.row_upper[row], cone.row_lower, cone.row_upper, kInf);
   }
-  SparseMatrix symmetric = lp.quadratic.transpose();  // row-wise: its columns are the rows of Q
+  const SparseMatrix symmetric = symmetric_from_lower(lp.quadratic);
   SparseMatrix q;
   q.num_rows = lp.num_cols();
-  std::vector<Index> index;
-  std::vector<double> value;
   for (Index row = 0; row < lp.num_cols(); ++row) {
-    index.clear();
-    value.clear();
-    for (Offset k = symmetric.begin(row); k < symmetric.end(row); ++k) {
-      index.push_back(symmetric.index[k]);
-      value.push_back(symmetric.value[k]);
-    }
-    for (Offset k = lp.quadratic.begin(row); k < lp.quadratic.end(row); ++k) {
-      if (lp.quadratic.index[k] == row) continue;
-      index.push_back(lp.quadratic.index[k]);
-      value.push_back(lp.quadratic.value[k]);
-    }
-    if (index.empty()) continue;
-    q.append_col(index.data(), value.data(), static_cast<Index>(index.size()));
+    if (symmetric.col_length(row) == 0) continue;
+    const Offset begin = symmetric.begin(row);
+    q.append_col(symmetric.index.data() + begin, symmetric.value.data() + begin, symmetric.col_length(row));
     cone.row_lower.push_back(0);
     cone.row_upper.push_back(0);
   }

@@ -117,6 +117,7 @@ int solve_continuous(ZLPmodel& model, const Call& call) {
   clean(lp, env);
   const Basis start = param<Param::ZORV_PAR_WARMBASIS>(env) == 0 ? Basis() : make_start_basis(model);
   LpDriverOptions options = make_lp_options(env, model.data.sense, call.start_time);
+  if (lp.is_quadratic() && param<Param::ZORV_PAR_QPREDUCE>(env) == 0) options.presolve.level = 0;
   if (!start.empty()) take_start_precision(model, options, log);
   if (param<Param::ZORV_PAR_WRITEPREMODEL>(env) != 0) {
     options.dump_presolved = [&model](const LpData& reduced) { dump_presolved(*model.env, reduced, model.data.sense); };

@@ -118,7 +118,23 @@ void Changes::fix_column(Index col, double value, BasisStatus status) {
       .entries(model_.matrix.col(col), &PresolveMatrix::Entry::row);
   for (const auto& entry : model_.matrix.col(col)) shift_sides(entry.row, -Extended(entry.value) * value);
   model_.offset += Extended(model_.cost[col]) * value;
+  fix_quadratic_terms(col, value);
   remove_column(col);
+}
+
+// Products with the column become costs of the others.
+void Changes::fix_quadratic_terms(Index col, double value) {
+  const SparseMatrix& q = model_.quadratic;
+  if (!model_.is_quadratic(col) || value == 0) return;
+  for (Offset k = q.begin(col); k < q.end(col); ++k) {
+    const Index other = q.index[k];
+    if (other == col) {
+      model_.offset += Extended(q.value[k]) / 2 * value * value;
+    } else if (model_.col_alive[other]) {
+      shift_cost(other, q.value[k] * value);
+    }
+  }
+  work_.add(q.col_length(col));
 }
 
 // row += factor * source.

@@ -88,6 +88,7 @@ class Changes {
   void erase_entry(Index node);
   void add_multiple(Index row, Index source, double factor);
   void shift_sides(Index row, Extended amount);
+  void fix_quadratic_terms(Index col, double value);
 
   PresolveModel& model_;
   UndoLog log_;

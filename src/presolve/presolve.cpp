@@ -36,11 +36,13 @@ struct Presolve::State {
   void build_reduced();
   void build_proof();
   [[nodiscard]] std::vector<double> lift_proof(const std::vector<Changes::ProofTerm>& terms) const;
+  void place(PostsolvePoint& point) const;
   [[nodiscard]] PostsolvePoint expand(const PresolvePoint& point) const;
   [[nodiscard]] PresolvePoint finish(const PostsolvePoint& point) const;
   void undo_all(PostsolvePoint& point) const;
 
   const LpData& original;
+  const bool is_quadratic = original.is_quadratic();
   PresolveOptions options;
   std::unique_ptr<PresolveModel> model;
   std::unique_ptr<Changes> changes;
@@ -70,6 +72,7 @@ void Presolve::State::choose_reductions() {
   for (std::size_t k = 0; k < registry.size(); ++k) {
     const Reduction& reduction = *registry[k];
     if (reduction.dual && !options.dual_reductions) continue;
+    if (reduction.linear_only && is_quadratic) continue;
     if (!options.only.empty() && options.only != reduction.name) continue;
     if (std::find(options.off.begin(), options.off.end(), reduction.name) != options.off.end()) continue;
     active[static_cast<std::size_t>(reduction.trigger)].push_back(k);
@@ -80,8 +83,10 @@ void Presolve::State::choose_reductions() {
 Outcome Presolve::State::apply(Trigger trigger, Index target) {
   bool changed = false;
   for (const std::size_t k : active[static_cast<std::size_t>(trigger)]) {
+    const Reduction& reduction = *reduction_registry()[k];
     if (trigger == Trigger::kRound && nothing_new(k)) continue;
-    const Outcome outcome = reduction_registry()[k]->find(*model, target, *changes);
+    if (trigger == Trigger::kColumn && model->is_quadratic(target) && &reduction != &kFixedColumn) continue;
+    const Outcome outcome = reduction.find(*model, target, *changes);
     if (trigger == Trigger::kRound) looked_at[k] = changes->steps();
     if (outcome != Outcome::kNone) ++statistics.applied[k].count;
     if (outcome == Outcome::kInfeasible || outcome == Outcome::kUnbounded) return outcome;
@@ -205,6 +210,11 @@ void Presolve::State::build_reduced() {
     reduced.col_upper.push_back(model->col_upper[col]);
   }
   reduced.offset = static_cast<double>(model->offset);
+  if (is_quadratic) {
+    SparseMatrix q = original.quadratic;
+    q.compress(model->col_alive.data(), model->col_alive.data());
+    if (q.num_nonzeros() > 0) reduced.quadratic = std::move(q);
+  }
   statistics.rows_removed = original.num_rows() - reduced.num_rows();
   statistics.cols_removed = original.num_cols() - reduced.num_cols();
   statistics.nonzeros_removed = original.matrix.num_nonzeros() - reduced.matrix.num_nonzeros();
@@ -224,15 +234,17 @@ PostsolvePoint Presolve::State::expand(const PresolvePoint& point) const {
   full.activity.assign(rows, 0);
   full.row_status.assign(rows, BasisStatus::kBasic);
   full.exact_basis = point.exact_basis;
+  full.interior = point.basis.col.empty() && reduced.num_cols() > 0;
+  if (is_quadratic) full.quadratic = &model->quadratic;
   for (std::size_t k = 0; k < original_rows.size(); ++k) {
     full.pi[original_rows[k]] = point.pi[k];
     full.row_status[original_rows[k]] = point.basis.row.empty() ? BasisStatus::kBasic : point.basis.row[k];
   }
+  for (Index j = 0; j < reduced.num_cols(); ++j) full.x[original_cols[j]] = point.x[j];
   for (Index j = 0; j < reduced.num_cols(); ++j) {
     const Index col = original_cols[j];
-    full.x[col] = point.x[j];
     full.col_status[col] = point.basis.col.empty() ? BasisStatus::kNonbasicFree : point.basis.col[j];
-    Extended d = reduced.cost[j];
+    Extended d = full.gradient(col, reduced.cost[j]);
     for (Offset k = reduced.matrix.begin(j); k < reduced.matrix.end(j); ++k) {
       const Index row = original_rows[reduced.matrix.index[k]];
       full.activity[row] += Extended(reduced.matrix.value[k]) * point.x[j];
@@ -240,7 +252,26 @@ PostsolvePoint Presolve::State::expand(const PresolvePoint& point) const {
     }
     full.reduced_cost[col] = full.col_status[col] == BasisStatus::kBasic ? 0 : static_cast<double>(d);
   }
+  if (full.interior) place(full);
   return full;
+}
+
+// By the signs of the multipliers: what a removed row or column has taken part in goes back to it, and the products
+// with the distances to bounds and sides add up to the same sum.
+void Presolve::State::place(PostsolvePoint& point) const {
+  const auto placed = [](double lower, double upper, double dual, BasisStatus between) {
+    return dual > 0 && lower > -kInf  ? BasisStatus::kAtLower
+           : dual < 0 && upper < kInf ? BasisStatus::kAtUpper
+                                      : between;
+  };
+  for (Index j = 0; j < reduced.num_cols(); ++j) {
+    point.col_status[original_cols[j]] = placed(reduced.col_lower[j], reduced.col_upper[j],
+                                                point.reduced_cost[original_cols[j]], BasisStatus::kNonbasicFree);
+  }
+  for (Index i = 0; i < reduced.num_rows(); ++i) {
+    point.row_status[original_rows[i]] =
+        placed(reduced.row_lower[i], reduced.row_upper[i], point.pi[original_rows[i]], BasisStatus::kBasic);
+  }
 }
 
 void Presolve::State::undo_all(PostsolvePoint& point) const {
@@ -261,7 +292,7 @@ PresolvePoint Presolve::State::finish(const PostsolvePoint& point) const {
   result.exact_basis = point.exact_basis;
   std::vector<Extended> activity(point.pi.size(), 0);
   for (Index col = 0; col < original.num_cols(); ++col) {
-    Extended d = original.cost[col];
+    Extended d = point.gradient(col, original.cost[col]);
     for (Offset k = original.matrix.begin(col); k < original.matrix.end(col); ++k) {
       const Index row = original.matrix.index[k];
       activity[row] += Extended(original.matrix.value[k]) * point.x[col];

@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include "base/tolerances.hpp"
+#include "linalg/symmetric_matrix.hpp"
 
 namespace zorvex {
 namespace {
@@ -36,6 +37,7 @@ PresolveModel::PresolveModel(const LpData& lp, const PresolveOptions& presolve_o
       col_alive(cost.size(), 1),
       activity(row_lower.size()),
       options(presolve_options) {
+  if (lp.is_quadratic()) quadratic = symmetric_from_lower(lp.quadratic);
   for (Index row = 0; row < num_rows(); ++row) activity[row] = fresh_activity(row);
 }
 

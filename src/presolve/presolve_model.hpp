@@ -31,11 +31,14 @@ class PresolveModel {
   std::vector<double> cost, col_lower, col_upper, row_lower, row_upper;
   Extended offset;
   std::vector<char> row_alive, col_alive;
+  SparseMatrix quadratic;          // all of Q, columns that are gone included; no columns when the model is linear
   std::vector<Activity> activity;  // kept up to date with every change
   PresolveOptions options;
 
   [[nodiscard]] Index num_rows() const { return static_cast<Index>(row_lower.size()); }
   [[nodiscard]] Index num_cols() const { return static_cast<Index>(cost.size()); }
+  // The objective's curvature has to do with the column: its cost is not all there is to its reduced cost.
+  [[nodiscard]] bool is_quadratic(Index col) const { return quadratic.num_cols > 0 && quadratic.col_length(col) > 0; }
   [[nodiscard]] bool is_equation(Index row) const { return row_lower[row] == row_upper[row]; }
 
   // Activity summed afresh, free of what the running sums have drifted; `magnitude` is the sum of |a_ij|.

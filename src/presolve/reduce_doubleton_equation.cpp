@@ -13,6 +13,7 @@ extern const Reduction kDoubletonEquation;
 
 // True if the column may be eliminated by its entry in a row whose other entry is `other`.
 static bool good_pivot(const PresolveModel& model, const PresolveMatrix::Entry& pivot, double other) {
+  if (model.is_quadratic(pivot.col)) return false;
   double largest = std::abs(other);
   for (const auto& entry : model.matrix.col(pivot.col)) largest = std::max(largest, std::abs(entry.value));
   return std::abs(pivot.value) >= PresolveTolerances::kPivotShare * largest;
@@ -107,7 +108,7 @@ static void undo(UndoReader& record, PostsolvePoint& point) {
   point.row_status[row] = side_of_sign(point.pi[row]);
   point.reduced_cost[out] = -a * shift;
   point.col_status[out] = out_side;
-  point.x[out] = out_side == BasisStatus::kAtLower ? out_lower : out_upper;
+  if (!point.interior) point.x[out] = out_side == BasisStatus::kAtLower ? out_lower : out_upper;
   d = 0;
   point.col_status[kept] = BasisStatus::kBasic;
 }

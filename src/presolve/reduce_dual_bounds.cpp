@@ -211,6 +211,6 @@ static void undo(UndoReader& record, PostsolvePoint& point) {
   if (at_bound(point.row_status[row])) point.row_status[row] = side;
 }
 
-const Reduction kDualBounds{"dual_bounds", Trigger::kRound, true, find, undo};
+const Reduction kDualBounds{"dual_bounds", Trigger::kRound, true, find, undo, true};
 
 }  // namespace zorvex

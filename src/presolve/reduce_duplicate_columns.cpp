@@ -75,6 +75,7 @@ struct Column {
   [[nodiscard]] bool holds(double x) const {
     return x >= lower - conclusion_slack(x) && x <= upper + conclusion_slack(x);
   }
+  [[nodiscard]] double nearest(double x) const { return std::min(std::max(x, lower), upper); }
 };
 
 struct Split {
@@ -120,8 +121,13 @@ static void undo(UndoReader& record, PostsolvePoint& point) {
     const BasisStatus other = factor > 0 ? side : opposite(side);
     point.col_status[kept] = side;
     point.col_status[gone] = other;
+    const double sum = point.x[kept];
     point.x[kept] = side == BasisStatus::kAtLower ? kept_bounds.lower : kept_bounds.upper;
     point.x[gone] = other == BasisStatus::kAtLower ? gone_bounds.lower : gone_bounds.upper;
+    if (point.interior) {
+      point.x[kept] = kept_bounds.nearest(sum - factor * point.x[gone]);
+      point.x[gone] = gone_bounds.nearest((sum - point.x[kept]) / factor);
+    }
     return;
   }
   const bool basic = point.col_status[kept] == BasisStatus::kBasic;
@@ -132,6 +138,6 @@ static void undo(UndoReader& record, PostsolvePoint& point) {
   point.col_status[gone] = basic || at_bound(split.gone_status) ? split.gone_status : BasisStatus::kNonbasicFree;
 }
 
-const Reduction kDuplicateColumns{"duplicate_columns", Trigger::kRound, false, find, undo};
+const Reduction kDuplicateColumns{"duplicate_columns", Trigger::kRound, false, find, undo, true};
 
 }  // namespace zorvex

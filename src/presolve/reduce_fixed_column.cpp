@@ -24,8 +24,8 @@ static void undo(UndoReader& record, PostsolvePoint& point) {
   const double value = record.real();
   const double cost = record.real();
   const RecordedEntries entries = record.entries();
-  const double d = static_cast<double>(point.cost(cost) - entries.dot(point.pi));
   point.x[col] = value;
+  const double d = static_cast<double>(point.gradient(col, cost) - entries.dot(point.pi));
   point.reduced_cost[col] = d;
   point.col_status[col] = status;
   if (status == BasisStatus::kBasic || (point.farkas && d != 0)) point.col_status[col] = side_of_sign(d);

@@ -133,6 +133,8 @@ static void undo(UndoReader& record, PostsolvePoint& point) {
     // At its reduced lower side lower - high the row has used up the slack: t = high; likewise above.
     const BasisStatus side = point.side(point.row_status[row], reduced_pi, lower - high == upper - low);
     restored = {side == BasisStatus::kAtLower ? high : low, opposite(side), side};
+    if (point.interior)
+      restored.t = std::min(std::max(restored.t, lower - rest), form == kSlack ? upper - rest : lower - rest);
   }
   if (restored.row != BasisStatus::kBasic) {
     if (form == kEquation) restored.row = side_of_sign(point.pi[row]);
@@ -143,8 +145,8 @@ static void undo(UndoReader& record, PostsolvePoint& point) {
   point.col_status[col] = at_bound(restored.col) && a < 0 ? opposite(restored.col) : restored.col;
   const double value = static_cast<double>(restored.t / a);
   point.x[col] = std::min(std::max(value, col_lower), col_upper);
-  if (point.col_status[col] == BasisStatus::kBasic) point.reduced_cost[col] = 0;
-  if (at_bound(point.col_status[col]) && !point.farkas) {
+  if (point.col_status[col] == BasisStatus::kBasic && !point.interior) point.reduced_cost[col] = 0;
+  if (at_bound(point.col_status[col]) && !point.farkas && !point.interior) {
     point.x[col] = point.col_status[col] == BasisStatus::kAtLower ? col_lower : col_upper;
   }
   point.activity[row] = rest + Extended(a) * point.x[col];

@@ -26,6 +26,9 @@ struct Reduction {
   Outcome (*find)(const PresolveModel& model, Index target, Changes& changes);
   // Restores the rows and columns that one record removed: x, activity, pi, reduced cost, status. Null: writes none.
   void (*undo)(UndoReader& record, PostsolvePoint& point);
+  // Takes the costs of many columns for their gradients: not for quadratic objectives. (A reduction of one column is
+  // not tried on columns of Q, except to fix them; one of rows has to know what it may do to them.)
+  bool linear_only = false;
 };
 
 // Owners of the records that Changes::drop_row, Changes::fix_column and Changes::substitute write.

@@ -29,8 +29,10 @@ class LpDriver {
 
  private:
   [[nodiscard]] bool presolve_wanted() const {
-    const bool starts_afresh = options_.engine != nullptr || warm_start_ == nullptr || warm_start_->empty();
-    return options_.presolve.level != 0 && starts_afresh && !lp_.is_quadratic();
+    const bool has_start = warm_start_ != nullptr && !warm_start_->empty();
+    const bool starts_afresh =
+        lp_.is_quadratic() ? options_.engine != nullptr && !has_start : options_.engine != nullptr || !has_start;
+    return options_.presolve.level != 0 && starts_afresh;
   }
   bool solve_presolved();
   void report_presolve(const LpData& reduced, PresolveOutcome outcome, double seconds);
@@ -45,6 +47,7 @@ class LpDriver {
   bool finish_from(const Presolve& presolve, const PresolvePoint& reduced_point);
   bool lift_proof(const Presolve& presolve, const EngineAnswer& answer);
   void solve_original(const Basis* basis);
+  void solve_without_presolve(const Basis* basis);
   [[nodiscard]] bool there_is_a_point() const;
   void take(const LpSolver& solver);
   [[nodiscard]] bool is_exact_optimum() const;
@@ -79,7 +82,9 @@ LpDriverResult LpDriver::run() {
     if (options_.method > 1 && options_.engine == nullptr) {
       log_.write("Warning: barrier is not available, using dual simplex\n");
     }
-    if (!(presolve_wanted() ? solve_presolved() : solve_given())) solve_original(warm_start_);
+    const bool presolved = presolve_wanted();
+    if (presolved && !solve_presolved()) solve_without_presolve(warm_start_);
+    if (!presolved && !solve_given()) solve_original(warm_start_);
   } catch (const std::bad_alloc&) {
     result_ = {};
     result_.error = kErrorOutOfMemory;
@@ -102,8 +107,12 @@ void LpDriver::report_presolve(const LpData& reduced, PresolveOutcome outcome, d
     log_.write("Presolve: All rows and columns removed\n");
   } else if (outcome == PresolveOutcome::kReduced) {
     if (options_.dump_presolved) options_.dump_presolved(reduced);
-    log_.print("Presolved: %d rows, %d columns, %lld nonzeros\n\n", reduced.num_rows(), reduced.num_cols(),
+    log_.print("Presolved: %d rows, %d columns, %lld nonzeros\n", reduced.num_rows(), reduced.num_cols(),
                static_cast<long long>(reduced.matrix.num_nonzeros()));
+    if (reduced.is_quadratic()) {
+      log_.print("Presolved model has %d quadratic terms\n", static_cast<int>(reduced.quadratic.num_nonzeros()));
+    }
+    log_.write("\n");
   }
 }
 
@@ -111,7 +120,8 @@ void LpDriver::report_presolve(const LpData& reduced, PresolveOutcome outcome, d
 bool LpDriver::solve_presolved() {
   Presolve presolve(lp_, options_.presolve);
   const PresolveOutcome outcome = presolve.run(stop_);
-  if (outcome == PresolveOutcome::kReduced && dual_is_wanted(options_.presolve, presolve.reduced())) {
+  if (outcome == PresolveOutcome::kReduced && !presolve.reduced().is_quadratic() &&
+      dual_is_wanted(options_.presolve, presolve.reduced())) {
     dual_.emplace(presolve.reduced(), options_.presolve.dualize == 2 ? DualRows::kEquations : DualRows::kInequalities);
   }
   report_presolve(dual_ ? dual_->lp() : presolve.reduced(), outcome, now_seconds() - start_);
@@ -219,7 +229,7 @@ void LpDriver::finish_reduced(const Presolve& presolve, const EngineAnswer& answ
       break;
     case SolveStatus::kInfeasible:
     case SolveStatus::kUnbounded:
-      if (!lift_proof(presolve, answer)) solve_original(nullptr);
+      if (!lift_proof(presolve, answer)) solve_without_presolve(nullptr);
       return;
     case SolveStatus::kNumeric:
       if (!solve_given()) solve_original(nullptr);
@@ -232,6 +242,8 @@ void LpDriver::finish_reduced(const Presolve& presolve, const EngineAnswer& answ
   result_.point = {std::move(full.x), std::move(full.row_activity), std::move(full.pi), std::move(full.reduced_cost)};
   if (answer.basis.empty()) {
     finish_without_basis(answer.status);
+    // The absolute tolerances can be missed by a hair on the way back.
+    if (lp_.is_quadratic() && answer.status == SolveStatus::kOptimal && result_.status != answer.status) solve_given();
     return;
   }
   result_.basis = std::move(full.basis);
@@ -276,7 +288,7 @@ bool LpDriver::finish_from(const Presolve& presolve, const PresolvePoint& reduce
   result_.basis = std::move(full.basis);
   if (!full.exact_basis || !is_exact_optimum()) {
     const Basis start = result_.basis;
-    solve_original(&start);
+    solve_without_presolve(&start);
     return true;
   }
   result_.status = SolveStatus::kOptimal;
@@ -295,8 +307,14 @@ bool LpDriver::lift_proof(const Presolve& presolve, const EngineAnswer& answer) 
   const std::vector<Index>& cols = presolve.original_cols();
   for (std::size_t j = 0; j < cols.size(); ++j) result_.ray[cols[j]] = answer.ray[j];
   if (!is_improving_ray(lp_, result_.ray)) return false;
-  const PresolvePoint full = presolve.postsolve(presolve_point(answer));
-  return is_feasible(lp_, full.x, options_.simplex.primal_feasibility_tol);
+  PresolvePoint full = presolve.postsolve(presolve_point(answer));
+  result_.point = {std::move(full.x), std::move(full.row_activity), std::move(full.pi), std::move(full.reduced_cost)};
+  return is_feasible(lp_, result_.point.x, options_.simplex.primal_feasibility_tol);
+}
+
+// Only the engine knows what to do about a quadratic objective that is not quite convex.
+void LpDriver::solve_without_presolve(const Basis* basis) {
+  if (!lp_.is_quadratic() || !solve_given()) solve_original(basis);
 }
 
 void LpDriver::solve_original(const Basis* basis) {
