@@ -2,6 +2,7 @@
 
 #include <cassert>
 #include <cmath>
+#include <utility>
 
 #include "base/tolerances.hpp"
 #include "presolve/reduction.hpp"
@@ -137,18 +138,38 @@ void Changes::fix_quadratic_terms(Index col, double value) {
   work_.add(q.col_length(col));
 }
 
+// The node of the row in each column of `source`, into position_. By the columns when they are shorter than the row;
+// true if not: other columns of the row have theirs, too.
+bool Changes::locate(Index row, Index source) {
+  Offset lengths = 0;
+  for (const auto& entry : model_.matrix.row(source)) lengths += model_.matrix.col_length(entry.col);
+  if (lengths < model_.matrix.row_length(row)) {
+    for (const auto& entry : model_.matrix.row(source)) {
+      const auto range = model_.matrix.col(entry.col);
+      for (auto it = range.begin(); it != range.end(); ++it) {
+        if ((*it).row == row) position_[entry.col] = it.node();
+      }
+    }
+    work_.add(lengths);
+    return false;
+  }
+  const auto range = model_.matrix.row(row);
+  for (auto it = range.begin(); it != range.end(); ++it) position_[(*it).col] = it.node();
+  work_.add(model_.matrix.row_length(row));
+  return true;
+}
+
 // row += factor * source.
 void Changes::add_multiple(Index row, Index source, double factor) {
-  const auto target = model_.matrix.row(row);
-  for (auto it = target.begin(); it != target.end(); ++it) position_[(*it).col] = it.node();
-  work_.add(model_.matrix.row_length(row) + model_.matrix.row_length(source));
+  const bool whole_row = locate(row, source);
+  work_.add(model_.matrix.row_length(source));
   Activity& activity = model_.activity[row];
   for (Index node = model_.matrix.first_in_row(source); node >= 0; node = model_.matrix.entry(node).next_in_row) {
     const Index col = model_.matrix.entry(node).col;
     const double lower = model_.col_lower[col];
     const double upper = model_.col_upper[col];
     const Extended change = Extended(factor) * model_.matrix.entry(node).value;
-    const Index at = position_[col];
+    const Index at = std::exchange(position_[col], -1);
     dirty_cols_.push(col);
     if (at < 0) {
       const double value = static_cast<double>(change);
@@ -158,7 +179,6 @@ void Changes::add_multiple(Index row, Index source, double factor) {
     }
     const double value = cancelling_sum(model_.matrix.entry(at).value, change);
     if (value == 0) {
-      position_[col] = -1;
       erase_entry(at);
     } else {
       activity.add(model_.matrix.entry(at).value, lower, upper, -1);
@@ -166,6 +186,7 @@ void Changes::add_multiple(Index row, Index source, double factor) {
       model_.matrix.set_value(at, value);
     }
   }
+  if (!whole_row) return;
   for (const auto& entry : model_.matrix.row(row)) position_[entry.col] = -1;
 }
 

@@ -86,6 +86,7 @@ class Changes {
 
  private:
   void erase_entry(Index node);
+  [[nodiscard]] bool locate(Index row, Index source);
   void add_multiple(Index row, Index source, double factor);
   void shift_sides(Index row, Extended amount);
   void fix_quadratic_terms(Index col, double value);

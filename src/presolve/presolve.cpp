@@ -19,6 +19,8 @@ constexpr int kPollInterval = 1024;          // rows and columns looked at betwe
 constexpr double kWorthAnotherPass = 0.002;  // share of what is left that a pass must have removed
 // Changes, as a share of the rows and columns left, before a reduction looks at the whole model again.
 constexpr double kWorthAnotherRound = 0.002;
+// The same for one that found less than kWorthAnotherRound the last time.
+constexpr double kWorthSecondChance = 0.05;
 
 }  // namespace
 
@@ -32,6 +34,8 @@ struct Presolve::State {
   Outcome apply(Trigger trigger, Index target);
   [[nodiscard]] bool out_of_work();
   [[nodiscard]] bool nothing_new(std::size_t reduction) const;
+  void note_look(std::size_t reduction, std::int64_t found);
+  [[nodiscard]] double size_left() const;  // rows and columns
   [[nodiscard]] bool bounds_make_sense();
   void build_reduced();
   void build_proof();
@@ -52,6 +56,7 @@ struct Presolve::State {
   std::vector<double> farkas;
   std::array<std::vector<std::size_t>, 3> active;  // per trigger: places in the registry of what may run
   std::vector<std::int64_t> looked_at;  // per reduction: steps when it last looked at the whole model, -1 never
+  std::vector<char> idle;               // per reduction: hardly found anything then
   bool stopped = false;
 };
 
@@ -60,11 +65,19 @@ bool Presolve::State::out_of_work() {
   return changes->work().total() > kWorkPerSize * (size + 1000) || changes->steps() >= options.max_steps;
 }
 
+void Presolve::State::note_look(std::size_t reduction, std::int64_t found) {
+  looked_at[reduction] = changes->steps();
+  idle[reduction] = static_cast<double>(found) <= kWorthAnotherRound * size_left();
+}
+
+double Presolve::State::size_left() const {
+  return static_cast<double>(model->num_rows()) + model->num_cols() - changes->rows_removed() - changes->cols_removed();
+}
+
 bool Presolve::State::nothing_new(std::size_t reduction) const {
   if (looked_at[reduction] < 0) return false;
-  const Index removed = changes->rows_removed() + changes->cols_removed();
-  const double left = static_cast<double>(model->num_rows()) + model->num_cols() - removed;
-  return static_cast<double>(changes->steps() - looked_at[reduction]) <= kWorthAnotherRound * left;
+  const double due = idle[reduction] ? kWorthSecondChance : kWorthAnotherRound;
+  return static_cast<double>(changes->steps() - looked_at[reduction]) <= due * size_left();
 }
 
 void Presolve::State::choose_reductions() {
@@ -86,8 +99,9 @@ Outcome Presolve::State::apply(Trigger trigger, Index target) {
     const Reduction& reduction = *reduction_registry()[k];
     if (trigger == Trigger::kRound && nothing_new(k)) continue;
     if (trigger == Trigger::kColumn && model->is_quadratic(target) && &reduction != &kFixedColumn) continue;
+    const std::int64_t steps = changes->steps();
     const Outcome outcome = reduction.find(*model, target, *changes);
-    if (trigger == Trigger::kRound) looked_at[k] = changes->steps();
+    if (trigger == Trigger::kRound) note_look(k, changes->steps() - steps);
     if (outcome != Outcome::kNone) ++statistics.applied[k].count;
     if (outcome == Outcome::kInfeasible || outcome == Outcome::kUnbounded) return outcome;
     changed = changed || outcome == Outcome::kChanged;
@@ -164,6 +178,7 @@ PresolveOutcome Presolve::State::run(const StopToken& stop) {
   changes = std::make_unique<Changes>(*model);
   for (const Reduction* reduction : reduction_registry()) statistics.applied.push_back({reduction->name, 0});
   looked_at.assign(statistics.applied.size(), -1);
+  idle.assign(statistics.applied.size(), 0);
   choose_reductions();
   if (!bounds_make_sense()) {
     build_proof();
