@@ -7,24 +7,6 @@
 #include "linalg/symmetric_matrix.hpp"
 
 namespace zorvex {
-namespace {
-
-void add_term(Extended& sum, Index& infinite, double value, double bound, int sign) {
-  const Extended term = Extended(value) * bound;
-  if (std::abs(term) < PresolveTolerances::kHugeBound) {
-    sum += sign * term;
-  } else {
-    infinite += sign;
-  }
-}
-
-}  // namespace
-
-void Activity::add(double value, double lower, double upper, int sign) {
-  add_term(finite_min, infinite_min, value, value > 0 ? lower : upper, sign);
-  add_term(finite_max, infinite_max, value, value > 0 ? upper : lower, sign);
-}
-
 PresolveModel::PresolveModel(const LpData& lp, const PresolveOptions& presolve_options)
     : matrix(lp.matrix),
       cost(lp.cost),

@@ -2,8 +2,10 @@
 //   Space    indices of the original model; dead rows and columns keep their slots.
 #pragma once
 
+#include <cmath>
 #include <vector>
 
+#include "base/tolerances.hpp"
 #include "base/types.hpp"
 #include "linalg/lp_data.hpp"
 #include "presolve/presolve.hpp"
@@ -20,7 +22,20 @@ struct Activity {
   [[nodiscard]] double min() const { return infinite_min > 0 ? -kInf : static_cast<double>(finite_min); }
   [[nodiscard]] double max() const { return infinite_max > 0 ? kInf : static_cast<double>(finite_max); }
   // Adds (sign 1) or takes back (sign -1) the term value * [lower, upper].
-  void add(double value, double lower, double upper, int sign);
+  void add(double value, double lower, double upper, int sign) {
+    add_term(finite_min, infinite_min, value, value > 0 ? lower : upper, sign);
+    add_term(finite_max, infinite_max, value, value > 0 ? upper : lower, sign);
+  }
+
+ private:
+  static void add_term(Extended& sum, Index& infinite, double value, double bound, int sign) {
+    const double size = std::abs(value * bound);
+    if (size < PresolveTolerances::kHugeBound) {
+      sum += sign * (Extended(value) * bound);
+    } else {
+      infinite += sign;
+    }
+  }
 };
 
 class PresolveModel {
