@@ -281,5 +281,18 @@ TEST(Condition, AgreesWithDenseFigures) {
   EXPECT_GT(close, 0.8 * checked);
 }
 
+// What the solve took for infinite limits no range.
+TEST(Sensitivity, BoundsThatCountAsInfinite) {
+  const Env env = quiet_env();
+  for (const bool infinite : {false, true}) {
+    const Model model = build(env.get(), {.obj = {1, 1}, .rows = {{{1, -1}, '>', 2}}, .lb = {}, .ub = {1e7, 5}});
+    if (infinite) {
+      ASSERT_EQ(0, ZLPsetdblparam(ZLPgetenv(model.get()), "ZORV_PAR_INFBOUND", 1e6));
+    }
+    ASSERT_EQ(0, ZLPoptimize(model.get()));
+    EXPECT_EQ(infinite ? 1e100 : 1e7, dbl_array(model.get(), "SARHSUp", "NumConstrs")[0]);
+  }
+}
+
 }  // namespace
 }  // namespace zorvex::testing

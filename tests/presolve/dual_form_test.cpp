@@ -5,32 +5,14 @@
 
 #include <cmath>
 
-#include "base/quality.hpp"
 #include "support/dense_lp.hpp"
-#include "support/problem_view.hpp"
+#include "support/optimal_point.hpp"
 #include "support/random_lp.hpp"
 
 namespace zorvex {
 namespace {
 
 using oracle::DenseLpResult;
-using oracle::view_of;
-
-void expect_same_optimum(const LpData& lp, const PresolvePoint& point, double objective) {
-  const PrimalQuality primal = measure_primal(view_of(lp), point.x, point.row_activity);
-  EXPECT_LT(primal.bound.max, 1e-8) << "column " << primal.bound.at;
-  EXPECT_LT(primal.row.max, 1e-8) << "row " << primal.row.at;
-  EXPECT_NEAR(primal.objective + lp.offset, objective, 1e-7 * std::max(1.0, std::abs(objective)));
-  const DualQuality dual = measure_dual(view_of(lp), point.pi, point.reduced_cost, point.x);
-  EXPECT_LT(dual.sign.max, 1e-8) << "at " << dual.sign.at;
-  EXPECT_LT(dual.residual.max, 1e-9) << "column " << dual.residual.at;
-  EXPECT_LT(dual.complementarity.max, 1e-7) << "at " << dual.complementarity.at;
-  std::vector<double> x, activity, pi;
-  ASSERT_TRUE(oracle::point_of_basis(lp, point.basis, point.x, x, activity));
-  for (std::size_t j = 0; j < x.size(); ++j) EXPECT_NEAR(x[j], point.x[j], 1e-7) << "column " << j;
-  ASSERT_TRUE(oracle::duals_of_basis(lp, point.basis, pi));
-  for (std::size_t i = 0; i < pi.size(); ++i) EXPECT_NEAR(pi[i], point.pi[i], 1e-7) << "row " << i;
-}
 
 // Random models have every kind of row and bound, and in part neither solution nor bound.
 TEST(DualForm, GivesThePrimalsAnswer) {
@@ -48,8 +30,7 @@ TEST(DualForm, GivesThePrimalsAnswer) {
           ++optimal;
           ASSERT_EQ(SolveStatus::kOptimal, expected.status);
           EXPECT_NEAR(found.objective, -expected.objective, 1e-7 * std::max(1.0, std::abs(expected.objective)));
-          const PresolvePoint point{found.x, found.row_activity, found.pi, found.reduced_cost, found.basis};
-          expect_same_optimum(lp, dual.primal_point(point), expected.objective);
+          oracle::expect_optimal(lp, dual.primal_point(oracle::point_of(found)), expected.objective);
           break;
         }
         case SolveStatus::kUnbounded:
