@@ -129,23 +129,6 @@ TEST(Barrier, QuadraticModelsMeetTheirOptimalityConditions) {
   EXPECT_EQ(undecided, 0);
 }
 
-SparseMatrix lower_of(const std::vector<std::vector<double>>& q) {
-  SparseMatrix lower;
-  const auto n = static_cast<Index>(q.size());
-  lower.num_rows = n;
-  for (Index col = 0; col < n; ++col) {
-    std::vector<Index> rows;
-    std::vector<double> values;
-    for (Index row = col; row < n; ++row) {
-      if (q[row][col] == 0) continue;
-      rows.push_back(row);
-      values.push_back(q[row][col]);
-    }
-    lower.append_col(rows.data(), values.data(), static_cast<Index>(rows.size()));
-  }
-  return lower;
-}
-
 // A separable model of free columns, more than a dense reduced Hessian should have.
 TEST(QuadraticEngine, TooManySuperbasicsGoToTheBarrier) {
   constexpr Index kCols = 3200;
@@ -191,7 +174,7 @@ TEST(Convexity, AdjustmentsOfSmallMatrices) {
       {"negative", {{-3, 0}, {0, -2}}, 3, 3, 2},
   };
   for (const Case& each : cases) {
-    const ConvexityCheck check = check_convexity(lower_of(each.q), {});
+    const ConvexityCheck check = check_convexity(oracle::lower_of(each.q), {});
     EXPECT_EQ(check.stopped, SolveStatus::kLoaded) << each.what;
     EXPECT_GE(check.largest, each.low * (1 - 1e-12)) << each.what;
     EXPECT_LE(check.largest, each.high * (1 + 1e-12)) << each.what;
@@ -228,7 +211,7 @@ LpData two_columns(double q) {
   lp.cost = {-1, -1};
   lp.col_lower = {0, 0};
   lp.col_upper = {10, 10};
-  lp.quadratic = lower_of({{1, 0}, {0, q}});
+  lp.quadratic = oracle::lower_of({{1, 0}, {0, q}});
   return lp;
 }
 

@@ -2,6 +2,23 @@
 
 namespace zorvex::oracle {
 
+SparseMatrix lower_of(const std::vector<std::vector<double>>& q) {
+  SparseMatrix lower;
+  const auto n = static_cast<Index>(q.size());
+  lower.num_rows = n;
+  for (Index col = 0; col < n; ++col) {
+    std::vector<Index> rows;
+    std::vector<double> values;
+    for (Index row = col; row < n; ++row) {
+      if (q[row][col] == 0) continue;
+      rows.push_back(row);
+      values.push_back(q[row][col]);
+    }
+    lower.append_col(rows.data(), values.data(), static_cast<Index>(rows.size()));
+  }
+  return lower;
+}
+
 void add_convex_q(RandomStream& random, LpData& lp) {
   const Index n = lp.num_cols();
   std::vector<std::vector<double>> q(static_cast<std::size_t>(n), std::vector<double>(static_cast<std::size_t>(n), 0));
@@ -13,18 +30,7 @@ void add_convex_q(RandomStream& random, LpData& lp) {
       for (Index j = 0; j < n; ++j) q[i][j] += factor[i] * factor[j];
     }
   }
-  lp.quadratic = {};
-  lp.quadratic.num_rows = n;
-  for (Index col = 0; col < n; ++col) {
-    std::vector<Index> rows;
-    std::vector<double> values;
-    for (Index row = col; row < n; ++row) {
-      if (q[row][col] == 0) continue;
-      rows.push_back(row);
-      values.push_back(q[row][col]);
-    }
-    lp.quadratic.append_col(rows.data(), values.data(), static_cast<Index>(rows.size()));
-  }
+  lp.quadratic = lower_of(q);
 }
 
 std::vector<double> gradient_of(const LpData& lp, const std::vector<double>& x) {

@@ -6,6 +6,9 @@
 
 namespace zorvex::oracle {
 
+// Lower triangle, zeros left out, of a dense symmetric matrix.
+SparseMatrix lower_of(const std::vector<std::vector<double>>& q);
+
 // Gives the model a random positive semi-definite Q of any rank: a sum of outer products of sparse vectors with small
 // integers.
 void add_convex_q(RandomStream& random, LpData& lp);
