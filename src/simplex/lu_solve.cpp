@@ -12,6 +12,7 @@ constexpr float kSearchShare = 0.10F;  // a visited node costs several times mor
 constexpr float kUntracked = 0.30F;    // predicted density of the result from which lists do not pay
 constexpr float kDenseResult = 0.30F;  // results above are handed out as dense
 constexpr float kMemory = 0.75F;       // weight of the past in the running means
+constexpr Index kAhead = 4;            // nodes fetched into the cache before their turn
 constexpr Index kAlwaysPlain = 32;     // stages up to this length never search
 constexpr Offset kNodesPerUnit = 4;    // nodes a plain loop skips at the cost of one nonzero touched
 
@@ -308,6 +309,11 @@ Index LuSolve<Real>::search(const Graph& graph, Real* x) {
   Index count = 0;
   Index visited = 0;
   for (Index k = top; k < m_; ++k) {
+    if (k + kAhead < m_) {
+      const Index begin = graph.range[reached_[k + kAhead]].begin;
+      __builtin_prefetch(graph.index + begin);
+      __builtin_prefetch(graph.value + begin);
+    }
     const Index node = reached_[k];
     mark_[node] = 0;
     Real v = x[node];
