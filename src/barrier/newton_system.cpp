@@ -17,9 +17,12 @@ constexpr Index kDenseLength = 40;
 constexpr Index kMaxDenseCols = 1000;
 // Factorizations below this many operations are not worth a second opinion on ordering or on what to keep.
 constexpr double kCheapFactor = 2e7;
-// The partitioner takes about a second per million edges of the graph: as long as this many operations for each, a
-// third of which it may save in every iteration.
-constexpr double kOperationsPerEdge = 600;
+// The partitioner takes two to three seconds per million edges of the graph: as long as some 20 factorizations of this
+// many operations for each.
+constexpr double kOperationsPerEdge = 3000;
+constexpr double kMuchSparser =
+    0.75;                          // of the edges: of two graphs the partitioner does better on one so much sparser,
+constexpr double kComparable = 4;  // where the other does not take so many times less by minimum degree
 constexpr double kDenseAssembly = 20;         // multiplications per nonzero of A that make normal equations suspicious
 constexpr double kOperationsPerAssembly = 4;  // of the factor, for one of the assembly
 constexpr double kShareOfFill = 0.25;         // of the entries that columns make, those that do not coincide
@@ -60,8 +63,10 @@ Index dense_length(const BarrierModel& model) {
 
 struct NewtonSystem::Candidate {
   std::unique_ptr<NormalMatrix> matrix;
+  SymmetricPattern pattern;
   EliminationTree tree;
   double operations = kInf;
+  bool ordered_twice = false;
 };
 
 // Free columns without curvature of their own, and those that Q ties to others.
@@ -80,39 +85,20 @@ std::vector<char> NewtonSystem::must_keep() const {
   return kept;
 }
 
-NewtonSystem::Candidate NewtonSystem::make_candidate(const std::vector<char>& kept, int ordering,
+// Ordered by minimum degree.
+NewtonSystem::Candidate NewtonSystem::make_candidate(const std::vector<char>& kept,
                                                      const std::function<bool()>& go_on) const {
   Candidate candidate;
   if (NormalMatrix::assembly_work(model_, kept) > kMaxAssembly || !go_on()) return candidate;
   candidate.matrix = std::make_unique<NormalMatrix>(model_, kept);
-  const SymmetricPattern pattern = pattern_of_lower(candidate.matrix->lower());
-  if (ordering != 1) {
-    candidate.tree = make_elimination_tree(pattern, order_minimum_degree(pattern));
-    candidate.operations = candidate.tree.factor_operations();
-  }
-  const auto edges = static_cast<double>(pattern.index.size());
-  const bool second_opinion = ordering == -1 &&
-                              candidate.operations > std::max(kCheapFactor, kOperationsPerEdge * edges) &&
-                              edges < kPartitionerEdges;
-  if (ordering == 1 || second_opinion) {
-    std::vector<Index> order;
-    if (order_nested_dissection(pattern, go_on, order)) {
-      EliminationTree tree = make_elimination_tree(pattern, order);
-      const double operations = tree.factor_operations();
-      if (operations < candidate.operations) {
-        candidate.tree = std::move(tree);
-        candidate.operations = operations;
-      }
-    } else if (ordering == 1 && go_on()) {
-      candidate.tree = make_elimination_tree(pattern, order_minimum_degree(pattern));
-      candidate.operations = candidate.tree.factor_operations();
-    }
-  }
+  candidate.pattern = pattern_of_lower(candidate.matrix->lower());
+  candidate.tree = make_elimination_tree(candidate.pattern, order_minimum_degree(candidate.pattern));
+  candidate.operations = candidate.tree.factor_operations();
   return candidate;
 }
 
 // With `kept` and with all columns but singletons kept, which leaves the choice of what to eliminate first to the
-// ordering.
+// ordering. The partitioner, which costs more than all else here, orders one of the two.
 NewtonSystem::Candidate NewtonSystem::cheapest_candidate(const std::vector<char>& kept, int ordering,
                                                          const std::function<bool()>& go_on) const {
   std::vector<char> all = kept;
@@ -128,13 +114,37 @@ NewtonSystem::Candidate NewtonSystem::cheapest_candidate(const std::vector<char>
   const bool costly = assembly > kDenseAssembly * static_cast<double>(model_.matrix.num_nonzeros());
   Candidate other;
   if (costly) {
-    other = make_candidate(all, ordering, go_on);
+    other = make_candidate(all, go_on);
+    if (other.operations >= least) order_again(other, ordering, go_on);
     if (other.operations < least) return other;
   }
-  Candidate best = make_candidate(kept, ordering, go_on);
-  if (best.operations <= kCheapFactor) return best;
-  if (!costly) other = make_candidate(all, ordering, go_on);
-  return other.operations < BarrierTolerances::kAugmentedPays * best.operations ? std::move(other) : std::move(best);
+  Candidate best = make_candidate(kept, go_on);
+  if (best.operations > kCheapFactor && !costly) other = make_candidate(all, go_on);
+  const bool other_is_sparse =
+      other.operations < kComparable * best.operations &&
+      static_cast<double>(other.pattern.index.size()) < kMuchSparser * static_cast<double>(best.pattern.index.size());
+  order_again(other_is_sparse ? other : best, ordering, go_on);
+  Candidate& chosen = other.operations < BarrierTolerances::kAugmentedPays * best.operations ? other : best;
+  if (ordering == 1) order_again(chosen, ordering, go_on);
+  return std::move(chosen);
+}
+
+// The partitioner's ordering, where it is asked for or promises to pay, and better than minimum degree or asked for.
+void NewtonSystem::order_again(Candidate& candidate, int ordering, const std::function<bool()>& go_on) const {
+  if (candidate.matrix == nullptr || candidate.ordered_twice || ordering == 0) return;
+  const auto edges = static_cast<double>(candidate.pattern.index.size());
+  if (ordering == -1) {
+    const bool worthwhile = candidate.operations > std::max(kCheapFactor, kOperationsPerEdge * edges);
+    if (!worthwhile || edges >= kPartitionerEdges) return;
+  }
+  candidate.ordered_twice = true;
+  std::vector<Index> order;
+  if (!order_nested_dissection(candidate.pattern, go_on, order)) return;
+  EliminationTree tree = make_elimination_tree(candidate.pattern, order);
+  const double operations = tree.factor_operations();
+  if (ordering == -1 && operations >= candidate.operations) return;
+  candidate.tree = std::move(tree);
+  candidate.operations = operations;
 }
 
 SolveStatus NewtonSystem::analyze(int ordering, bool dense_segments, const StopToken& stop, LogSink& log) {

@@ -57,10 +57,10 @@ class NewtonSystem {
  private:
   struct Candidate;
   [[nodiscard]] std::vector<char> must_keep() const;
-  [[nodiscard]] Candidate make_candidate(const std::vector<char>& kept, int ordering,
-                                         const std::function<bool()>& go_on) const;
+  [[nodiscard]] Candidate make_candidate(const std::vector<char>& kept, const std::function<bool()>& go_on) const;
   [[nodiscard]] Candidate cheapest_candidate(const std::vector<char>& kept, int ordering,
                                              const std::function<bool()>& go_on) const;
+  void order_again(Candidate& candidate, int ordering, const std::function<bool()>& go_on) const;
   void solve_regularized(const std::vector<double>& r1, const std::vector<double>& r2, std::vector<double>& dv,
                          std::vector<double>& dy);
   double residuals(const std::vector<double>& r1, const std::vector<double>& r2, const std::vector<double>& dv,

@@ -10,7 +10,7 @@ namespace zorvex {
 
 namespace {
 constexpr double kListShare = 0.35;  // entries met, over columns, from which a result without list is cheaper
-constexpr std::size_t kAhead = 4;   // rows fetched into the cache before their turn
+constexpr std::size_t kAhead = 4;    // rows fetched into the cache before their turn
 }  // namespace
 
 template <class Real>
