@@ -130,7 +130,11 @@ bool Barrier::prepare() {
   }
   newton_ = std::make_unique<NewtonSystem>(model_, pool_);
   const double begin = now_seconds();
-  result_.status = newton_->analyze(options_.ordering, options_.dense_segments, stop_, log_);
+  if (options_.plan != nullptr && options_.plan->kept.size() == static_cast<std::size_t>(model_.num_cols())) {
+    newton_->analyze_as_planned(options_.plan, options_.dense_segments);
+  } else {
+    result_.status = newton_->analyze(options_.ordering, options_.dense_segments, stop_, log_);
+  }
   if (result_.status != SolveStatus::kLoaded) return false;
   log_.print("Ordering time: %.2fs\n", now_seconds() - begin);
   report_statistics();
@@ -334,14 +338,14 @@ BarrierResult solve_barrier(const LpData& lp, const BarrierOptions& options, con
   return Barrier(lp, options, stop, log).run();
 }
 
-double predict_barrier_work(const LpData& lp, const BarrierOptions& options, const StopToken& stop) {
+BarrierPrediction predict_barrier(const LpData& lp, const BarrierOptions& options, const StopToken& stop) {
   const BarrierModel model = make_barrier_model(lp, options.primal_feasibility_tol);
   WorkerPool pool(1);
   NewtonSystem newton(model, pool);
   QuietLog log;
-  if (!model.is_consistent) return kInf;
-  if (newton.analyze(options.ordering, options.dense_segments, stop, log) != SolveStatus::kLoaded) return kInf;
-  return newton.work_of(kTypicalIterations, kTypicalIterations * kSolvesPerIteration);
+  if (!model.is_consistent) return {};
+  if (newton.analyze(options.ordering, options.dense_segments, stop, log) != SolveStatus::kLoaded) return {};
+  return {newton.work_of(kTypicalIterations, kTypicalIterations * kSolvesPerIteration), newton.plan()};
 }
 
 }  // namespace zorvex

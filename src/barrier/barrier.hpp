@@ -7,6 +7,8 @@
 //            275-302.
 #pragma once
 
+#include <memory>
+
 #include "base/log_sink.hpp"
 #include "base/status.hpp"
 #include "base/stop_token.hpp"
@@ -14,6 +16,8 @@
 #include "simplex/lp_solver.hpp"
 
 namespace zorvex {
+
+struct FactorPlan;
 
 // Read once from the parameters; see the parameter table for meanings.
 struct BarrierOptions {
@@ -35,6 +39,7 @@ struct BarrierOptions {
   int sense = 1;                         // objective values are multiplied by it when printed
   bool root_log = false;                 // print the log as that of a root relaxation
   double log_start_time = 0;             // now_seconds() at which the surrounding solve began; 0: at the call
+  std::shared_ptr<const FactorPlan> plan = nullptr;  // of a prediction for the same model; null: ordered anew
 };
 
 // `point` is in the space of the given model with the signs of LpPoint, d = c + Qx - A'pi. It is set whenever there was
@@ -63,8 +68,13 @@ struct BarrierResult {
 // Prints statistics block, iteration log and closing lines to `log`.
 BarrierResult solve_barrier(const LpData& lp, const BarrierOptions& options, const StopToken& stop, LogSink& log);
 
-// Effort that a solve would take, in units of the stop token; by the analysis of the factor for a typical number of
-// iterations. Infinite when there is none to predict: stopped, or the model is obviously infeasible.
-double predict_barrier_work(const LpData& lp, const BarrierOptions& options, const StopToken& stop);
+// Effort that a solve would take, in units of the stop token, by the analysis of the factor for a typical number of
+// iterations, and what the solve need not find out again. Infinite, without plan, when there is none to predict:
+// stopped, or the model is obviously infeasible.
+struct BarrierPrediction {
+  double work = kInf;
+  std::shared_ptr<const FactorPlan> plan;
+};
+BarrierPrediction predict_barrier(const LpData& lp, const BarrierOptions& options, const StopToken& stop);
 
 }  // namespace zorvex

@@ -4,7 +4,6 @@
 #include <cmath>
 
 #include "base/tolerances.hpp"
-#include "linalg/elimination_tree.hpp"
 #include "linalg/gmres.hpp"
 
 namespace zorvex {
@@ -62,6 +61,7 @@ Index dense_length(const BarrierModel& model) {
 }  // namespace
 
 struct NewtonSystem::Candidate {
+  std::vector<char> kept;
   std::unique_ptr<NormalMatrix> matrix;
   SymmetricPattern pattern;
   EliminationTree tree;
@@ -90,6 +90,7 @@ NewtonSystem::Candidate NewtonSystem::make_candidate(const std::vector<char>& ke
                                                      const std::function<bool()>& go_on) const {
   Candidate candidate;
   if (NormalMatrix::assembly_work(model_, kept) > kMaxAssembly || !go_on()) return candidate;
+  candidate.kept = kept;
   candidate.matrix = std::make_unique<NormalMatrix>(model_, kept);
   candidate.pattern = pattern_of_lower(candidate.matrix->lower());
   candidate.tree = make_elimination_tree(candidate.pattern, order_minimum_degree(candidate.pattern));
@@ -147,7 +148,7 @@ void NewtonSystem::order_again(Candidate& candidate, int ordering, const std::fu
   candidate.operations = operations;
 }
 
-SolveStatus NewtonSystem::analyze(int ordering, bool dense_segments, const StopToken& stop, LogSink& log) {
+void NewtonSystem::note_quadratic_diagonal() {
   q_diagonal_.assign(static_cast<std::size_t>(model_.num_cols()), 0);
   const SparseMatrix& q = model_.quadratic;
   for (Index col = 0; col < q.num_cols; ++col) {
@@ -155,13 +156,17 @@ SolveStatus NewtonSystem::analyze(int ordering, bool dense_segments, const StopT
       if (q.index[k] == col) q_diagonal_[col] = q.value[k];
     }
   }
-  const std::vector<char> necessary = must_keep();
+}
+
+SolveStatus NewtonSystem::analyze(int ordering, bool dense_segments, const StopToken& stop, LogSink& log) {
+  note_quadratic_diagonal();
   const Index dense = dense_length(model_);
-  std::vector<char> kept = necessary;
+  std::vector<char> kept = must_keep();
+  int dense_cols = 0;
   for (Index col = 0; col < model_.num_structurals; ++col) {
     if (kept[col] || model_.matrix.col_length(col) < dense) continue;
     kept[col] = 1;
-    ++statistics_.dense_cols;
+    ++dense_cols;
   }
   const double begin = now_seconds();
   double told = begin;
@@ -175,14 +180,26 @@ SolveStatus NewtonSystem::analyze(int ordering, bool dense_segments, const StopT
   };
   Candidate best = cheapest_candidate(kept, ordering, go_on);
   if (const SolveStatus status = stop.poll(); status != SolveStatus::kLoaded) return status;
-  matrix_ = std::move(best.matrix);
-  SymbolicFactor symbolic = analyze_factor(matrix_->lower(), best.tree, dense_segments);
+  plan_ = std::make_shared<const FactorPlan>(FactorPlan{std::move(best.kept), std::move(best.tree), dense_cols});
+  analyze_factor_of(std::move(best.matrix), dense_segments);
+  return SolveStatus::kLoaded;
+}
+
+void NewtonSystem::analyze_as_planned(std::shared_ptr<const FactorPlan> plan, bool dense_segments) {
+  note_quadratic_diagonal();
+  plan_ = std::move(plan);
+  analyze_factor_of(std::make_unique<NormalMatrix>(model_, plan_->kept), dense_segments);
+}
+
+void NewtonSystem::analyze_factor_of(std::unique_ptr<NormalMatrix> matrix, bool dense_segments) {
+  matrix_ = std::move(matrix);
+  SymbolicFactor symbolic = analyze_factor(matrix_->lower(), plan_->tree, dense_segments);
+  statistics_.dense_cols = plan_->dense_cols;
   statistics_.normal_nonzeros = matrix_->normal_nonzeros();
   statistics_.factor_nonzeros = symbolic.exact_nonzeros;
   statistics_.factor_operations = symbolic.operations;
   statistics_.bytes = symbolic.bytes();
   factor_ = std::make_unique<SupernodalFactor>(std::move(symbolic), pool_);
-  return SolveStatus::kLoaded;
 }
 
 SolveStatus NewtonSystem::factor(const std::vector<double>& theta, double regularization, const StopToken& stop) {

@@ -11,6 +11,7 @@
 #include "barrier/normal_matrix.hpp"
 #include "base/log_sink.hpp"
 #include "base/stop_token.hpp"
+#include "linalg/elimination_tree.hpp"
 #include "linalg/supernodal_factor.hpp"
 
 namespace zorvex {
@@ -23,6 +24,13 @@ struct NewtonStatistics {
   double bytes = 0;
 };
 
+// What the analysis of a model found out at some cost, good for every Newton system of that model.
+struct FactorPlan {
+  std::vector<char> kept;  // of each column of the barrier model: stays in the reduced matrix
+  EliminationTree tree;    // of the reduced matrix
+  int dense_cols;          // kept for their length
+};
+
 class NewtonSystem {
  public:
   // `model` and `pool` outlive this.
@@ -31,6 +39,9 @@ class NewtonSystem {
   // Chooses kept columns and ordering (`ordering`, `dense_segments` as BarrierOptions) and analyses the factor. kLoaded
   // unless stopped. Tells `log` from time to time how long the ordering has taken.
   SolveStatus analyze(int ordering, bool dense_segments, const StopToken& stop, LogSink& log);
+  // The same with the choices of another system of an equal model.
+  void analyze_as_planned(std::shared_ptr<const FactorPlan> plan, bool dense_segments);
+  [[nodiscard]] const std::shared_ptr<const FactorPlan>& plan() const { return plan_; }  // of the last analysis
   [[nodiscard]] const NewtonStatistics& statistics() const { return statistics_; }
 
   // theta: num_cols entries, zero for free columns. kLoaded unless stopped. `regularization` is added to the Hessian
@@ -56,11 +67,13 @@ class NewtonSystem {
 
  private:
   struct Candidate;
+  void note_quadratic_diagonal();
   [[nodiscard]] std::vector<char> must_keep() const;
   [[nodiscard]] Candidate make_candidate(const std::vector<char>& kept, const std::function<bool()>& go_on) const;
   [[nodiscard]] Candidate cheapest_candidate(const std::vector<char>& kept, int ordering,
                                              const std::function<bool()>& go_on) const;
   void order_again(Candidate& candidate, int ordering, const std::function<bool()>& go_on) const;
+  void analyze_factor_of(std::unique_ptr<NormalMatrix> matrix, bool dense_segments);
   void solve_regularized(const std::vector<double>& r1, const std::vector<double>& r2, std::vector<double>& dv,
                          std::vector<double>& dy);
   double residuals(const std::vector<double>& r1, const std::vector<double>& r2, const std::vector<double>& dv,
@@ -68,6 +81,7 @@ class NewtonSystem {
   void improve_by_gmres(std::vector<double>& dv, std::vector<double>& dy);
 
   const BarrierModel& model_;
+  std::shared_ptr<const FactorPlan> plan_;
   WorkerPool& pool_;
   NewtonStatistics statistics_;
   std::unique_ptr<NormalMatrix> matrix_;

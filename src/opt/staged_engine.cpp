@@ -59,18 +59,19 @@ EngineAnswer StagedEngine::solve(const LpData& lp, const SimplexLimits& limits, 
   };
   const bool is_boxed = lp.boxed_share() >= options_.boxed_share;
   const SimplexBudget& first = dual_form_ ? options_.dual_form : is_boxed ? options_.boxed : options_.unboxed;
-  double predicted = kInf;
+  BarrierPrediction prediction;
   budget.decide_after(first.short_solve, [&] {
-    predicted = predict_barrier_work(lp, options_.barrier.barrier, stop);
-    return std::max(first.short_solve, first.barrier_share * predicted);
+    prediction = predict_barrier(lp, options_.barrier.barrier, stop);
+    return std::max(first.short_solve, first.barrier_share * prediction.work);
   });
   if (run_simplex()) return simplex_answer();
 
   log.print("Barrier after %d iterations of the dual simplex\n", static_cast<int>(iterations));
-  budget.allow(options_.barrier_patience * predicted);
+  budget.allow(options_.barrier_patience * prediction.work);
   rest.iterations = limits.iterations - iterations;
   BarrierEngineOptions barrier = options_.barrier;
   barrier.simplex_rescues = false;
+  barrier.barrier.plan = prediction.plan;
   EngineAnswer answer = BarrierEngine(barrier).solve(lp, rest, budget.token(), log);
   iterations += answer.iterations;
   answer.iterations = iterations;

@@ -268,7 +268,10 @@ typename PrimalSimplex<Real>::Step PrimalSimplex<Real>::iterate() {
   if (!confirm_reduced_cost(entering)) {
     if (!core_.fresh) return Step::kRebuild;
     note_candidate(entering);
-    if (core_.dual_infeasibility(entering) == 0) return Step::kContinue;
+    if (core_.dual_infeasibility(entering) == 0) {
+      core_.log->sink().diagnose("Error:FindCbarMax\n");
+      return Step::kContinue;
+    }
   }
   const Real direction = core_.reduced_cost[entering] < 0 ? Real(1) : Real(-1);
   const Real own_range = core_.work_upper[entering] - core_.work_lower[entering];
