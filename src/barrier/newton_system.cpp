@@ -19,9 +19,10 @@ constexpr double kCheapFactor = 2e7;
 // The partitioner takes two to three seconds per million edges of the graph: as long as some 20 factorizations of this
 // many operations for each.
 constexpr double kOperationsPerEdge = 3000;
-constexpr double kMuchSparser =
-    0.75;                          // of the edges: of two graphs the partitioner does better on one so much sparser,
-constexpr double kComparable = 4;  // where the other does not take so many times less by minimum degree
+// Of two graphs the partitioner does better on the one with so small a share of the other's edges, unless that takes
+// kComparable times the operations by minimum degree.
+constexpr double kMuchSparser = 0.75;
+constexpr double kComparable = 4;
 constexpr double kDenseAssembly = 20;         // multiplications per nonzero of A that make normal equations suspicious
 constexpr double kOperationsPerAssembly = 4;  // of the factor, for one of the assembly
 constexpr double kShareOfFill = 0.25;         // of the entries that columns make, those that do not coincide
@@ -116,7 +117,7 @@ NewtonSystem::Candidate NewtonSystem::cheapest_candidate(const std::vector<char>
   Candidate other;
   if (costly) {
     other = make_candidate(all, go_on);
-    if (other.operations >= least) order_again(other, ordering, go_on);
+    if (ordering == 1 || other.operations >= least) order_again(other, ordering, go_on);
     if (other.operations < least) return other;
   }
   Candidate best = make_candidate(kept, go_on);
