@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "barrier/barrier_log.hpp"
+#include "barrier/convexity.hpp"
 #include "barrier/quadratic_proofs.hpp"
 
 namespace zorvex {
@@ -64,6 +65,8 @@ EngineAnswer BarrierEngine::solve(const LpData& lp, const SimplexLimits& limits,
   answer.barrier_iterations = barrier_iterations;
   return answer;
 }
+
+bool BarrierEngine::admits_presolve(const LpData& lp, const StopToken& stop) { return is_convex(lp, stop); }
 
 void BarrierEngine::report_without_solve(SolveStatus status, double objective, double seconds, LogSink& log) {
   print_presolved_away(log, status, objective, seconds);

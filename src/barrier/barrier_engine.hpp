@@ -20,6 +20,7 @@ class BarrierEngine final : public LpEngine {
 
   void set_sense(int sense) override { options_.barrier.sense = options_.crossover.simplex.sense = sense; }
   EngineAnswer solve(const LpData& lp, const SimplexLimits& limits, const StopToken& stop, LogSink& log) override;
+  [[nodiscard]] bool admits_presolve(const LpData& lp, const StopToken& stop) override;
   void report_without_solve(SolveStatus status, double objective, double seconds, LogSink& log) override;
 
  private:

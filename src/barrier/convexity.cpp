@@ -192,9 +192,19 @@ ConvexityCheck RepairingFactor::run(const StopToken& stop) {
   return check;
 }
 
+bool is_nonnegative_diagonal(const SparseMatrix& lower) {
+  for (Index col = 0; col < lower.num_cols; ++col) {
+    for (Offset k = lower.begin(col); k < lower.end(col); ++k) {
+      if (lower.index[k] != col || !(lower.value[k] >= 0)) return false;
+    }
+  }
+  return true;
+}
+
 }  // namespace
 
 ConvexityCheck check_convexity(const SparseMatrix& lower, const StopToken& stop) {
+  if (is_nonnegative_diagonal(lower)) return {};
   const SparseMatrix q = with_full_diagonal(lower);
   const SymmetricPattern pattern = pattern_of_lower(q);
   const EliminationTree tree = make_elimination_tree(pattern, order_minimum_degree(pattern));
@@ -202,6 +212,12 @@ ConvexityCheck check_convexity(const SparseMatrix& lower, const StopToken& stop)
   const bool convex = is_clearly_convex(q, tree, stop, check.stopped);
   if (convex || check.stopped != SolveStatus::kLoaded) return check;
   return RepairingFactor(q, tree).run(stop);
+}
+
+bool is_convex(const LpData& lp, const StopToken& stop) {
+  if (!lp.is_quadratic()) return true;
+  const ConvexityCheck check = check_convexity(lp.quadratic, stop);
+  return check.stopped == SolveStatus::kLoaded && check.largest == 0;
 }
 
 void add_to_diagonal(SparseMatrix& lower, const std::vector<double>& amount) {

@@ -18,8 +18,13 @@ struct ConvexityCheck {
 };
 
 // `lower`: lower triangle of the symmetric matrix, diagonal entries may be missing. Adjustments that rounding explains
-// are zero. Cost: one sparse factorization, in the doubtful case a second one column by column.
+// are zero. Cost: signs where Q is diagonal, else one sparse factorization, in the doubtful case a second one column by
+// column.
 ConvexityCheck check_convexity(const SparseMatrix& lower, const StopToken& stop);
+
+// Whether the objective is convex as it is. Presolve may fix the columns in which another one is not, and what is to be
+// said about the model must not depend on that. False also when stopped.
+bool is_convex(const LpData& lp, const StopToken& stop);
 
 // lower + diag(amount); entries of a column stay in increasing order.
 void add_to_diagonal(SparseMatrix& lower, const std::vector<double>& amount);

@@ -26,4 +26,6 @@ EngineAnswer QuadraticSimplexEngine::solve(const LpData& lp, const SimplexLimits
   return answer;
 }
 
+bool QuadraticSimplexEngine::admits_presolve(const LpData& lp, const StopToken& stop) { return is_convex(lp, stop); }
+
 }  // namespace zorvex

@@ -16,6 +16,7 @@ class QuadraticSimplexEngine final : public LpEngine {
     simplex_.sense = barrier_.barrier.sense = barrier_.crossover.simplex.sense = sense;
   }
   EngineAnswer solve(const LpData& lp, const SimplexLimits& limits, const StopToken& stop, LogSink& log) override;
+  [[nodiscard]] bool admits_presolve(const LpData& lp, const StopToken& stop) override;
   [[nodiscard]] bool has_own_report() const override { return false; }
   void report_without_solve(SolveStatus, double, double, LogSink&) override {}
 

@@ -89,7 +89,8 @@ LpDriverResult LpDriver::run() {
     if (options_.method > 1 && options_.engine == nullptr) {
       log_.write("Warning: barrier is not available, using dual simplex\n");
     }
-    const bool presolved = presolve_wanted();
+    const bool presolved =
+        presolve_wanted() && (options_.engine == nullptr || options_.engine->admits_presolve(lp_, stop_));
     if (presolved && !solve_presolved()) solve_without_presolve(warm_start_);
     if (!presolved && !solve_given()) solve_original(warm_start_);
   } catch (const std::bad_alloc&) {
@@ -264,6 +265,7 @@ void LpDriver::finish_without_basis(SolveStatus status) {
   result_.objective = objective_at(lp_, result_.point.x);
   const bool claims = status == SolveStatus::kOptimal || status == SolveStatus::kSuboptimal;
   result_.status = !claims ? status : is_exact_optimum() ? SolveStatus::kOptimal : SolveStatus::kSuboptimal;
+  if (result_.status != status) reported_ = false;  // the engine's closing lines do not say so
 }
 
 // The model as given, by the engine. False when there is none.

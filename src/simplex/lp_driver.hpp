@@ -49,7 +49,8 @@ struct LpDriverResult {
   std::vector<double> ray;  // kUnbounded
 };
 
-// A quadratic model needs an engine that can solve it; presolve leaves it alone. `warm_start` may be null; engines
+// A quadratic model needs an engine that can solve it; presolve runs only
+// where the engine admits it. `warm_start` may be null; engines
 // ignore it. The log gets presolve lines, iteration log, summary and status line; pass a QuietLog to
 // suppress them (sub-solves).
 LpDriverResult solve_lp(const LpData& lp, const LpDriverOptions& options, const Basis* warm_start,

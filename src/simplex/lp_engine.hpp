@@ -44,6 +44,8 @@ class LpEngine {
   // True: the models to come are duals of what the user wants solved, and have the shape of one. False at first.
   virtual void set_dual_form(bool) {}
   virtual EngineAnswer solve(const LpData& lp, const SimplexLimits& limits, const StopToken& stop, LogSink& log) = 0;
+  // False: presolve must leave the model alone, which is then the engine's to solve or to refuse.
+  [[nodiscard]] virtual bool admits_presolve(const LpData&, const StopToken&) { return true; }
   // Presolve left nothing to solve: `objective` is in the user's sense. Closing lines of the engine's own kind, if
   // it has any.
   [[nodiscard]] virtual bool has_own_report() const { return true; }

@@ -424,6 +424,20 @@ TEST(Optimize, QuadraticModelsThatCannotBeSolved) {
   EXPECT_EQ(10020, ZLPoptimize(concave.get()));
   EXPECT_STREQ("Q not positive semi-definite (PSD)", ZLPgetmerrormsg(concave.get()));
   EXPECT_EQ(ZLP_LOADED, int_attr(concave.get(), "Status"));
+  // The only column with negative curvature is fixed: presolve could take it away, what is said must not depend on
+  // that.
+  for (const int method : {1, 2}) {
+    for (const int presolve : {-1, 0}) {
+      const Model fixed = build(env.get(), {1, {1, 1}, {{{1, 1}, '>', 1}}});
+      const int ind[] = {0, 1};
+      const double val[] = {2, -2};
+      ASSERT_EQ(0, ZLPaddqpterms(fixed.get(), 2, ind, ind, val));
+      ASSERT_EQ(0, ZLPsetdblattrelement(fixed.get(), "UB", 1, 0));
+      ASSERT_EQ(0, ZLPsetintparam(ZLPgetenv(fixed.get()), "Method", method));
+      ASSERT_EQ(0, ZLPsetintparam(ZLPgetenv(fixed.get()), "Presolve", presolve));
+      EXPECT_EQ(10020, ZLPoptimize(fixed.get())) << method << ' ' << presolve;
+    }
+  }
   // minimise x^2 - y: falls along y.
   const Model unbounded = build(env.get(), {1, {0, -1}, {{{1, 1}, '>', 1}}});
   const int first = 0;

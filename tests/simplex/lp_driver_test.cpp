@@ -210,6 +210,48 @@ TEST(LpDriver, EngineThatFailsOnThePresolvedModelGetsTheModelAsGiven) {
   }
 }
 
+// Says that it found and reported an optimum without a basis, at x = (at, 0).
+class ClaimingEngine final : public LpEngine {
+ public:
+  explicit ClaimingEngine(double at) : at_(at) {}
+  void set_sense(int) override {}
+  EngineAnswer solve(const LpData&, const SimplexLimits&, const StopToken&, LogSink& log) override {
+    log.write("Optimal objective claimed\n");
+    EngineAnswer answer;
+    answer.status = SolveStatus::kOptimal;
+    answer.point = {{at_}, {at_}, {1}, {0}};
+    answer.reported = true;
+    return answer;
+  }
+  void report_without_solve(SolveStatus, double, double, LogSink&) override {}
+
+ private:
+  double at_;
+};
+
+TEST(LpDriver, ClosingLinesAgreeWithTheStatusThatAClaimEndsWith) {
+  LpData lp;  // minimise x, x >= 1 as a row
+  lp.matrix.num_rows = 1;
+  const Index row = 0;
+  const double one = 1;
+  lp.matrix.append_col(&row, &one, 1);
+  lp.cost = {1};
+  lp.col_lower = {-kInf};
+  lp.col_upper = {kInf};
+  lp.row_lower = {1};
+  lp.row_upper = {kInf};
+  for (const double at : {1.0, 0.999}) {
+    ClaimingEngine engine(at);
+    LpDriverOptions options;
+    options.engine = &engine;
+    options.presolve.level = 0;
+    TextLog log;
+    const bool holds = at == 1;
+    EXPECT_EQ(solve_lp(lp, options, nullptr, {}, log).status, holds ? SolveStatus::kOptimal : SolveStatus::kSuboptimal);
+    EXPECT_EQ(log.has("Sub-optimal termination - objective 9.99000000e-01\n"), !holds) << log.text();
+  }
+}
+
 TEST(SimplexLog, PacesLinesAndPrintsEachIterationOnce) {
   TextLog text;
   SimplexLog::Settings settings;
