@@ -112,12 +112,13 @@ void NodeSolver::add_side_cuts() {
   state_.side_cuts_in_lp = state_.side_cuts.size();
 }
 
-SolveStatus NodeSolver::optimize_lp() {
+SolveStatus NodeSolver::optimize_lp(const Node& node) {
   LpEngine* engine = state_.root_solved() ? state_.options.node_engine.get() : state_.options.root_engine.get();
   const double limit = state_.objective_limit();
   const double iterations = state_.remaining_iterations();
-  if (engine == nullptr && state_.root_solved() && state_.options.node_method == 0) {
-    // Elsewhere the objective of a solve that was stopped early has to be a bound.
+  if (engine == nullptr && !node.root() && state_.options.node_method == 0) {
+    // Elsewhere the objective of a solve that was stopped early has to be a bound; and where the root is cut, bases are
+    // dual feasible, from which the primal simplex ends at vertices that give poorer cuts.
     state_.lp->set_algorithm(SimplexAlgorithm::kPrimal);
     const SolveStatus status = state_.lp->solve(limit, iterations, state_.stop);
     state_.lp->set_algorithm(SimplexAlgorithm::kDual);
@@ -137,7 +138,7 @@ NodeSolver::Step NodeSolver::solve_lp(Node& node) {
   if (lp_basis_ != node.basis && node.basis && !learnt_) lp.load_basis(*node.basis);
   const double started = now_seconds();
   lp_basis_.reset();
-  lp_status_ = optimize_lp();
+  lp_status_ = optimize_lp(node);
   if (node.root() && !state_.root_solved()) after_root_lp(node, lp_status_, now_seconds() - started);
   switch (lp_status_) {
     case SolveStatus::kOptimal:

@@ -37,7 +37,7 @@ class NodeSolver {
   bool enter(const Node& node);
   bool move_to(const Node& node);
   Step relax(Node& node);
-  SolveStatus optimize_lp();
+  SolveStatus optimize_lp(const Node& node);
   Step solve_lp(Node& node);
   void after_root_lp(Node& node, SolveStatus status, double seconds);
   void set_active_bound(const Node& node);

@@ -68,6 +68,26 @@ TEST_F(OptimizeThreadsMethods, TreeSearchesTakeTheMethodsOfTheirRelaxations) {
   }
 }
 
+// Cut rounds at the root go on from bases that are dual feasible, where the primal simplex finds poorer vertices to cut
+// from: NodeMethod is for the tree below.
+TEST_F(OptimizeThreadsMethods, TheRootIsCutTheSameWhateverSolvesTheNodes) {
+  for (const WideKind kind : {WideKind::kCovering, WideKind::kPacking, WideKind::kBoxed}) {
+    double bound[2], iterations[2];
+    for (const int node_method : {0, 1}) {
+      const Model model = wide(kind, 20, 60);
+      for (int col = 0; col < 60; ++col) ASSERT_EQ(0, ZLPsetcharattrelement(model.get(), "VType", col, 'I'));
+      set(model.get(), "NodeMethod", node_method);
+      ASSERT_EQ(0, ZLPsetdblparam(ZLPgetenv(model.get()), "NodeLimit", 1));
+      ASSERT_EQ(0, ZLPsetdblparam(ZLPgetenv(model.get()), "Heuristics", 0));
+      ASSERT_EQ(0, ZLPoptimize(model.get()));
+      bound[node_method] = dbl_attr(model.get(), "ObjBound");
+      iterations[node_method] = dbl_attr(model.get(), "IterCount");
+    }
+    EXPECT_EQ(bound[0], bound[1]);
+    EXPECT_EQ(iterations[0], iterations[1]);
+  }
+}
+
 // Everything that a user sees of an optimum.
 struct Outcome {
   int status, barrier_iterations;
