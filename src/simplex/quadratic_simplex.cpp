@@ -165,7 +165,12 @@ SimplexOutcome QuadraticSimplex<Real>::rebuild(bool& stopped) {
     if (!space_.refill()) return core_.stop_reason();
     compute_gradient();
   }
-  if (phase1_ && !predicted_) predict();
+  if (phase1_ && !predicted_) {
+    to_space_minimum();
+    restore_feasibility();
+    predicted_ = true;
+    return rebuild(stopped);
+  }
   predicted_ = true;
   core_.fresh = true;
   forget_rejected();
@@ -179,28 +184,17 @@ SimplexOutcome QuadraticSimplex<Real>::rebuild(bool& stopped) {
   return outcome;
 }
 
-// One Newton step in the space of the superbasic variables that minds no bounds; those it takes out of their bounds
-// come to rest there. With the active set of an optimum this finds the optimum.
+// One Newton step in the space of the superbasic variables that minds no bounds.
 template <class Real>
-void QuadraticSimplex<Real>::predict() {
+void QuadraticSimplex<Real>::to_space_minimum() {
   if (space_.variables().empty()) return;
   compute_multipliers();
   row_.clear();
   for (const Index var : space_.variables()) row_.push_back(-reduced_cost_of(var));
   space_.solve(row_);
-  moving_ = space_.variables();
-  for (std::size_t i = moving_.size(); i-- > 0;) {
-    const Index var = moving_[i];
-    core_.value[var] += row_[i];
-    const bool above = core_.value[var] >= core_.work_upper[var];
-    if (above || core_.value[var] <= core_.work_lower[var]) {
-      space_.remove(static_cast<Index>(i));
-      core_.put_nonbasic(var, above ? Place::kUpper : Place::kLower);
-    }
-  }
+  for (std::size_t i = 0; i < row_.size(); ++i) core_.value[space_.variables()[i]] += row_[i];
   core_.values_maintained = false;
   core_.compute_primal();
-  phase1_ = core_.sum_primal_infeasibility() > 0;
   compute_gradient();
 }
 

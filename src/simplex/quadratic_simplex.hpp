@@ -21,7 +21,7 @@ namespace zorvex {
 struct QuadraticSimplexOptions {
   std::uint64_t seed = 0;
   // The superbasic variables' values are a guess at best: where it is infeasible, start from the minimum of their
-  // space.
+  // space, and lead the active set from there to where it is feasible.
   bool may_predict = false;
 };
 
@@ -55,7 +55,15 @@ class QuadraticSimplex {
   SimplexOutcome solve();
   SimplexOutcome rebuild(bool& stopped);
   bool factorize(SimplexOutcome& outcome);
-  void predict();
+  void restore_feasibility();
+  [[nodiscard]] Index most_infeasible() const;
+  bool drive_out(Index var);
+  Real set_dual_direction(Index var, Real sign);
+  [[nodiscard]] Real entry_in_row(Index var, Index other) const;
+  Index first_to_change_sign(Real multiplier, Real sign, Real& limit);
+  bool exchange_out(Index position, bool to_upper);
+  bool exchange_for(Index position, Index entering, bool to_upper);
+  void to_space_minimum();
   void compute_gradient();
   void compute_multipliers();
   [[nodiscard]] Real reduced_cost_of(Index var) const;
@@ -78,6 +86,7 @@ class QuadraticSimplex {
   void move(Real step);
   void rest_at_bound(Index var, bool upper);
   Step make_nonbasic(Index position, bool to_upper);
+  [[nodiscard]] Index farthest_from_bounds(Real least) const;
   Step trouble();
 
   SimplexCore<Real>& core_;
@@ -93,6 +102,7 @@ class QuadraticSimplex {
   std::vector<Real> rate_, curved_;
   Scattered<Real> alpha_, rho_, multipliers_, column_;
   Real curvature_ = 0, magnitude_ = 0, slope_ = 0;
+  Real direction_scale_ = 0;  // of the direction of a dual step, before it was made one
   std::vector<Real> row_, column_products_;
 
   std::vector<Index> rejected_;

@@ -230,6 +230,24 @@ void QuadraticSimplex<Real>::rest_at_bound(Index var, bool upper) {
   core_.put_nonbasic(var, upper ? Place::kUpper : Place::kLower);
 }
 
+// Of the superbasic variables whose entries in row_ are no less than `least`, which one of them is.
+template <class Real>
+Index QuadraticSimplex<Real>::farthest_from_bounds(Real least) const {
+  Index slot = -1;
+  Real farthest = 0;
+  for (std::size_t j = 0; j < row_.size(); ++j) {
+    using std::abs;
+    const Index var = space_.variables()[j];
+    if (abs(row_[j]) < least) continue;
+    const Real distance =
+        std::min<Real>(core_.value[var] - core_.work_lower[var], core_.work_upper[var] - core_.value[var]);
+    if (slot >= 0 && !(distance > farthest)) continue;
+    farthest = distance;
+    slot = static_cast<Index>(j);
+  }
+  return slot;
+}
+
 // The basic variable in `position` has met a bound: a superbasic one takes its place, of those with a good pivot the
 // one farthest from its bounds.
 template <class Real>
@@ -243,17 +261,7 @@ typename QuadraticSimplex<Real>::Step QuadraticSimplex<Real>::make_nonbasic(Inde
     largest = std::max<Real>(largest, abs(row_.back()));
   }
   if (largest < 10 * core_.pivot_tol) return trouble();
-  Index slot = -1;
-  Real farthest = 0;
-  for (std::size_t j = 0; j < row_.size(); ++j) {
-    const Index var = space_.variables()[j];
-    if (abs(row_[j]) < Real(kGoodPivotShare) * largest) continue;
-    const Real distance =
-        std::min<Real>(core_.value[var] - core_.work_lower[var], core_.work_upper[var] - core_.value[var]);
-    if (slot >= 0 && !(distance > farthest)) continue;
-    farthest = distance;
-    slot = static_cast<Index>(j);
-  }
+  const Index slot = farthest_from_bounds(Real(kGoodPivotShare) * largest);
   const Index entering = space_.variables()[slot];
   core_.ftran_column(entering, column_);
   const Real pivot = column_.value[position];

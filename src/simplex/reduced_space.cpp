@@ -45,7 +45,7 @@ bool ReducedSpace<Real>::refill() {
       valid_ = false;
       return false;
     }
-    const Real own = products_with_own(var, r);
+    const Real own = products(var, r);
     Real excess = own;
     for (const Real entry : r) excess -= entry * entry;
     if (own > 0 && excess > KernelTolerances<Real>::kCurvature * own) {
@@ -57,9 +57,8 @@ bool ReducedSpace<Real>::refill() {
   return true;
 }
 
-// Returns z'Qz of the variable itself.
 template <class Real>
-Real ReducedSpace<Real>::products_with_own(Index var, std::vector<Real>& r) {
+Real ReducedSpace<Real>::products(Index var, std::vector<Real>& r) {
   r.assign(variables_.size(), Real(0));
   core_.ftran_column(var, column_);
   std::fill(product_.begin(), product_.end(), Real(0));
@@ -83,11 +82,6 @@ Real ReducedSpace<Real>::products_with_own(Index var, std::vector<Real>& r) {
   const Real own = product_with(var);
   hessian_.solve_transposed(r);
   return own;
-}
-
-template <class Real>
-void ReducedSpace<Real>::products(Index var, std::vector<Real>& r) {
-  products_with_own(var, r);
 }
 
 template <class Real>

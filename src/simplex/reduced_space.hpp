@@ -35,8 +35,8 @@ class ReducedSpace {
   // for an end.
   [[nodiscard]] bool refill();
 
-  // r = R^-T h with h the products z_j'Q z_var with the superbasic variables j.
-  void products(Index var, std::vector<Real>& r);
+  // r = R^-T h with h the products z_j'Q z_var with the superbasic variables j; returns z_var'Q z_var.
+  Real products(Index var, std::vector<Real>& r);
   // x := (R'R)^-1 x and x := R^-1 x.
   void solve(std::vector<Real>& x) const;
   void solve_upper(std::vector<Real>& x) const { hessian_.solve(x); }
@@ -51,7 +51,6 @@ class ReducedSpace {
 
  private:
   void drop_from_list(Index slot);
-  Real products_with_own(Index var, std::vector<Real>& r);
 
   SimplexCore<Real>& core_;
   const QuadraticForm<Real>& form_;

@@ -108,6 +108,32 @@ TEST(QuadraticMip, PortfoliosOfFewAssets) {
   }
 }
 
+// What a tree search does: one bound at a time is closed and opened again.
+TEST(QuadraticMip, RelaxationsGoOnFromTheLastActiveSet) {
+  constexpr Index kAssets = 24, kMost = 6;
+  double warm_iterations = 0, cold_iterations = 0;
+  for (std::uint64_t seed = 0; seed < 4; ++seed) {
+    RandomStream random(seed, "closed bounds");
+    LpData lp = portfolio(gram(random_factors(random, 30, kAssets), kAssets), kAssets, kMost, nullptr).lp;
+    QuietLog log;
+    LpSolver warm(lp, {}, log);
+    warm.solve({}, {});
+    for (Index col = kAssets; col < 2 * kAssets; ++col) {
+      for (const double upper : {0.0, 1.0}) {
+        lp.col_upper[col] = upper;
+        warm.set_col_bounds(col, 0, upper);
+        LpSolver cold(lp, {}, log);
+        ASSERT_EQ(warm.solve({}, {}), SolveStatus::kOptimal);
+        ASSERT_EQ(cold.solve({}, {}), SolveStatus::kOptimal);
+        EXPECT_NEAR(warm.objective(), cold.objective(), 1e-7) << "seed " << seed << ", column " << col;
+        warm_iterations += warm.iterations();
+        cold_iterations += cold.iterations();
+      }
+    }
+  }
+  EXPECT_LT(warm_iterations, 0.07 * cold_iterations);
+}
+
 // min ||F x - t||^2 over x in {-2..2}^n.
 TEST(QuadraticMip, LeastSquaresOverIntegers) {
   constexpr Index kColumns = 6, kEquations = 8, kReach = 2;
