@@ -123,7 +123,7 @@ bool Barrier::check_q() {
 }
 
 bool Barrier::prepare() {
-  model_ = make_barrier_model(*lp_, options_.primal_feasibility_tol);
+  model_ = make_barrier_model(*lp_, options_.primal_feasibility_tol, options_.alternative_scaling);
   if (!model_.is_consistent) {
     result_.status = SolveStatus::kNumeric;
     return false;
@@ -339,7 +339,7 @@ BarrierResult solve_barrier(const LpData& lp, const BarrierOptions& options, con
 }
 
 BarrierPrediction predict_barrier(const LpData& lp, const BarrierOptions& options, const StopToken& stop) {
-  const BarrierModel model = make_barrier_model(lp, options.primal_feasibility_tol);
+  const BarrierModel model = make_barrier_model(lp, options.primal_feasibility_tol, options.alternative_scaling);
   WorkerPool pool(1);
   NewtonSystem newton(model, pool);
   QuietLog log;

@@ -28,6 +28,7 @@ struct BarrierOptions {
   int correctors = -1;                   // BarCorrectors; -1 by the cost of a factorization against that of a solve
   int ordering = -1;                     // BarOrder: -1 whichever predicts less work, 0 AMD, 1 nested dissection
   int threads = 1;                       // at least 1
+  bool alternative_scaling = false;      // linear models: largest entries to one, without regard to the smallest
   bool loose_steps = true;               // up to the bounds; otherwise well short of them
   bool dense_segments = false;           // larger dense blocks in the factor, with more explicit zeros
   double extra_regularization = 0;       // of the factor

@@ -23,7 +23,8 @@ double power_of_two_near(double value) {
 // Builds the model step by step.
 class Builder {
  public:
-  Builder(const LpData& lp, double feasibility_tol) : lp_(lp), feasibility_tol_(feasibility_tol) {}
+  Builder(const LpData& lp, double feasibility_tol, bool only_largest)
+      : lp_(lp), feasibility_tol_(feasibility_tol), only_largest_(only_largest) {}
   BarrierModel build();
 
  private:
@@ -38,6 +39,7 @@ class Builder {
 
   const LpData& lp_;
   double feasibility_tol_;
+  bool only_largest_;
   BarrierModel model_;
   std::vector<Index> col_of_;             // user column -> structural, -1 when fixed
   std::vector<Index> row_of_;             // user row -> row, -1 when left out
@@ -116,7 +118,7 @@ Scaling equilibrate(const LpData& lp, Scaling scaling) {
 }
 
 Scaling Builder::scale_matrix() const {
-  return lp_.is_quadratic() ? equilibrate(lp_, unit_scaling(lp_)) : compute_scaling(lp_);
+  return lp_.is_quadratic() ? equilibrate(lp_, unit_scaling(lp_)) : compute_scaling(lp_, only_largest_);
 }
 
 // Regularization is meant for values near one, on both sides.
@@ -242,8 +244,8 @@ BarrierModel Builder::build() {
 
 }  // namespace
 
-BarrierModel make_barrier_model(const LpData& lp, double feasibility_tol) {
-  return Builder(lp, feasibility_tol).build();
+BarrierModel make_barrier_model(const LpData& lp, double feasibility_tol, bool only_largest) {
+  return Builder(lp, feasibility_tol, only_largest).build();
 }
 
 void add_quadratic_product(const BarrierModel& model, double factor, const std::vector<double>& v,

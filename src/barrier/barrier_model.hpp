@@ -40,8 +40,9 @@ struct BarrierModel {
   [[nodiscard]] bool is_quadratic() const { return quadratic.num_nonzeros() > 0; }
 };
 
-// `feasibility_tol`: how far rows without other than fixed columns may be off.
-BarrierModel make_barrier_model(const LpData& lp, double feasibility_tol);
+// `feasibility_tol`: how far rows without other than fixed columns may be off. `only_largest`: linear models are scaled
+// without regard to their small entries.
+BarrierModel make_barrier_model(const LpData& lp, double feasibility_tol, bool only_largest = false);
 
 // sum += factor * Q v (structural columns only).
 void add_quadratic_product(const BarrierModel& model, double factor, const std::vector<double>& v,

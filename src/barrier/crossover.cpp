@@ -109,8 +109,10 @@ SolveStatus Crossover::push(LpKernel<Real>& kernel, SimplexLog& log, CrossoverSi
 // Ends with kLoaded when the simplex is to go on, from the basis of the result if there is one.
 template <class Real>
 SolveStatus Crossover::push_to_basis() {
+  const SimplexOptions& simplex = options_.simplex;
+  const Scaling scaling = simplex.scale ? compute_scaling(lp_, simplex.alternative_scaling) : unit_scaling(lp_);
   LpKernel<Real> kernel;
-  kernel.load(lp_, options_.simplex.scale ? compute_scaling(lp_) : unit_scaling(lp_), 1);
+  kernel.load(lp_, scaling, 1);
   SimplexLog log = make_log();
   CrossoverSides<Real> sides = find_sides(kernel, point_);
   Index free = 0;

@@ -118,6 +118,7 @@ BarrierEngineOptions make_barrier_options(const ZLPenv& env, int sense, double s
   barrier.iteration_limit = param<Param::BarIterLimit>(env);
   barrier.correctors = param<Param::BarCorrectors>(env);
   barrier.ordering = param<Param::BarOrder>(env);
+  barrier.alternative_scaling = param<Param::ZORV_PAR_ALTSCALE>(env) != 0;
   barrier.loose_steps = param<Param::ZORV_PAR_BARLOOSE>(env) != 0;
   barrier.dense_segments = param<Param::ZORV_PAR_BARDENSEGS>(env) != 0;
   barrier.extra_regularization = param<Param::ZORV_PAR_BARSAFE>(env);

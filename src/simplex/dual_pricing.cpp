@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <functional>
+#include <new>
 
 namespace zorvex {
 
@@ -243,6 +244,20 @@ void DualPricing<Real>::switch_to(DualPricingMode mode) {
   reset_weights();
 }
 
+// All that the lists may come to hold, before anything changes: the mode is not left half way.
+template <class Real>
+bool DualPricing<Real>::reserve_row_counts() {
+  const auto m = static_cast<std::size_t>(core_.m);
+  try {
+    list_.reserve(m);
+    rejected_.reserve(m);
+    chosen_.resize(std::max(chosen_.size(), m));
+  } catch (const std::bad_alloc&) {
+    return false;
+  }
+  return true;
+}
+
 template <class Real>
 void DualPricing<Real>::reconsider_mode(double iterations) {
   if (locked_ || core_.m < kAutomaticRows || core_.n > 3 * static_cast<Offset>(core_.m)) return;
@@ -258,10 +273,13 @@ void DualPricing<Real>::reconsider_mode(double iterations) {
     return;
   }
   core_.log->sink().diagnose("Norm_Num = %g, Row_Num=%g\n", norm_work_, row_work_);
-  if (norm_work_ > 3 * row_work_) {
-    switch_to(DualPricingMode::kRowCount);
-    start_partial();
+  if (!(norm_work_ > 3 * row_work_)) return;
+  if (!reserve_row_counts()) {
+    core_.log->sink().write("Out of memory in DChangePrice().\n");
+    return;
   }
+  switch_to(DualPricingMode::kRowCount);
+  start_partial();
 }
 
 template class DualPricing<double>;

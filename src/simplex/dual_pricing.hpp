@@ -47,12 +47,14 @@ class DualPricing {
   // Work counted by the caller for the automatic change of mode.
   void count_norm_work(double amount) { norm_work_ += amount; }
   void count_row_work(double amount) { row_work_ += amount; }
-  // To be called after every factorization with the iterations of the solve; may change the mode of large models.
+  // To be called after every factorization with the iterations of the solve; may change the mode of large models, which
+  // keep theirs where memory is short.
   void reconsider_mode(double iterations);
 
  private:
   void switch_to(DualPricingMode mode);
   void start_partial();
+  [[nodiscard]] bool reserve_row_counts();
   bool list_is_short();
   // A row's place: not listed, listed, or listed and hot.
   enum State : char { kUnlisted, kCold, kHot };
