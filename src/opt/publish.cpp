@@ -148,7 +148,7 @@ bool holds_result_point(const LpData& lp, const LpDriverResult& result, double f
     case SolveStatus::kCutoff:
       return false;
     default:
-      return result.limited_by_storage || is_feasible(lp, result.point.x, feasibility_tol);
+      return result.nearly_optimal || is_feasible(lp, result.point.x, feasibility_tol);
   }
 }
 

@@ -15,6 +15,7 @@ struct DualOptions {
   int pricing = -1;
   int norm_adjust = -1;           // parameter NormAdjust: weights of a basis that brings none, or is not to bring any
   double perturb_value = 2e-4;    // 0: never perturb
+  double free_box = 1000;         // bounds of free variables in the box problem of phase 1
   bool bound_flipping = true;     // the ratio test passes breakpoints while the dual objective rises
   double objective_limit = kInf;  // scaled objective at which the solve may stop
   std::uint64_t seed = 0;

@@ -8,7 +8,6 @@
 namespace zorvex {
 
 namespace {
-constexpr double kFreeBox = 1000;             // bounds of free variables in the box problem of phase 1
 constexpr double kPerturbationUnit = 2.5e-3;  // perturbation = PerturbValue times this, relative to the cost scale
 constexpr double kMinScale = 50, kZeroCostScale = 100;  // cost scales of perturb_costs
 constexpr double kExactWeightWork = 2e6;  // rows times nonzeros up to which weights of a foreign basis are exact
@@ -168,8 +167,8 @@ void DualSimplex<Real>::enter_phase1() {
     Real low = 0;
     Real up = 0;
     if (!has_lower && !has_upper) {
-      low = Real(-kFreeBox);
-      up = Real(kFreeBox);
+      low = Real(-options_.free_box);
+      up = Real(options_.free_box);
     } else if (!has_upper) {
       up = 1;
     } else if (!has_lower) {

@@ -218,7 +218,7 @@ EngineAnswer LpDriver::solve_with_engine(const LpData& lp) {
   result_.iterations += answer.iterations;
   result_.barrier_iterations += answer.barrier_iterations;
   result_.extended_precision = answer.extended_precision;
-  result_.limited_by_storage = answer.limited_by_storage;
+  result_.nearly_optimal = answer.nearly_optimal;
   result_.error = answer.error;
   reported_ = answer.reported;
   return answer;
@@ -343,8 +343,8 @@ bool LpDriver::there_is_a_point() const {
 }
 
 void LpDriver::take(const LpSolver& solver) {
-  result_.limited_by_storage = solver.limited_by_storage();
-  result_.status = result_.limited_by_storage ? SolveStatus::kSuboptimal : solver.status();
+  result_.nearly_optimal = solver.nearly_optimal();
+  result_.status = result_.nearly_optimal ? SolveStatus::kSuboptimal : solver.status();
   result_.farkas = solver.farkas();
   result_.farkas_violation = solver.farkas_violation();
   result_.ray = solver.ray();

@@ -38,8 +38,8 @@ struct LpDriverResult {
   double iterations = 0;
   double seconds = 0;
   int barrier_iterations = 0;
-  bool limited_by_storage = false;  // kSuboptimal: the point misses the tolerances only by rounding it to doubles
-  bool has_point = false;           // point holds values of the original model (also after limits, when there are some)
+  bool nearly_optimal = false;  // kSuboptimal: see LpSolver::nearly_optimal()
+  bool has_point = false;       // point holds values of the original model (also after limits, when there are some)
   LpPoint point;
   Basis basis;  // of the original model; empty if none
   bool has_basis = false;

@@ -4,8 +4,8 @@ namespace zorvex {
 
 EngineAnswer answer_of(const LpSolver& solver) {
   EngineAnswer answer;
-  answer.limited_by_storage = solver.limited_by_storage();
-  answer.status = answer.limited_by_storage ? SolveStatus::kSuboptimal : solver.status();
+  answer.nearly_optimal = solver.nearly_optimal();
+  answer.status = answer.nearly_optimal ? SolveStatus::kSuboptimal : solver.status();
   answer.point = solver.point();
   answer.basis = solver.basis();
   answer.iterations = solver.iterations();

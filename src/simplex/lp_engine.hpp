@@ -29,8 +29,8 @@ struct EngineAnswer {
   double farkas_violation = 0;
   std::vector<double> ray;
   bool extended_precision = false;
-  bool limited_by_storage = false;  // kSuboptimal: the point misses the tolerances only by rounding it to doubles
-  bool reported = false;            // the closing lines are in the log already
+  bool nearly_optimal = false;  // kSuboptimal: see LpSolver::nearly_optimal()
+  bool reported = false;        // the closing lines are in the log already
 };
 
 // What a solver found out by its last solve.

@@ -197,6 +197,7 @@ SimplexOutcome LpKernel<Real>::run_linear(const SimplexOptions& options, const S
       DualOptions dual_options;
       dual_options.pricing = options.pricing;
       dual_options.norm_adjust = options.norm_adjust;
+      dual_options.free_box = options.free_box;
       dual_options.bound_flipping = options.bound_flipping;
       dual_options.perturb_value = round == 0 ? options.perturb_value : 0;
       dual_options.objective_limit = limits.objective * cost_factor_;

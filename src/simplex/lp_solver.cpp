@@ -44,7 +44,7 @@ struct LpSolver::State {
   LpPoint point;
   std::vector<double> farkas, ray;
   double farkas_gap = 0;
-  bool limited_by_storage = false;
+  bool nearly_optimal = false;
   bool too_large = false;
 
   // Solves that go on from the last one's values end without recomputing them, as long as the check bears it out. After
@@ -78,6 +78,7 @@ struct LpSolver::State {
   bool attempt(const Attempt& how, const SimplexLimits& limits, const StopToken& stop, SimplexLog& simplex_log);
   bool solve_by_updates(const SimplexLimits& limits, const StopToken& stop, SimplexLog& simplex_log);
   void close_gap(const SimplexLimits& limits, const StopToken& stop, SimplexLog& simplex_log);
+  void relax(const SimplexLimits& limits, const StopToken& stop, SimplexLog& simplex_log);
   void solve_anew(const SimplexLimits& limits, const StopToken& stop, SimplexLog& simplex_log);
   bool accept_updated(SimplexOutcome outcome);
   template <class Real>
@@ -224,7 +225,7 @@ bool LpSolver::State::accept(SimplexOutcome outcome) {
       }
       objective = objective_at(data, point.x);
       if (is_optimal(data, point, options) || !options.repair_unscaled) return true;
-      limited_by_storage = is_optimal_as_stored(data, point, options);
+      nearly_optimal = is_optimal_as_stored(data, point, options);
       return false;
     case SimplexOutcome::kInfeasible:
       farkas = lp_kernel.user_farkas();
@@ -315,7 +316,7 @@ SolveStatus LpSolver::State::solve(const SimplexLimits& limits, const StopToken&
   farkas.clear();
   ray.clear();
   farkas_gap = 0;
-  limited_by_storage = too_large = false;
+  nearly_optimal = too_large = false;
   status = SolveStatus::kLoaded;
   if (bounds_conflict()) return status = SolveStatus::kInfeasible;
   if (data.num_rows() == 0 && !data.is_quadratic()) {
@@ -351,6 +352,23 @@ void LpSolver::State::close_gap(const SimplexLimits& limits, const StopToken& st
   has_pending = true;
 }
 
+// Where infeasibilities come and go with the rounding of the iterations, wider tolerances let these end. Their basis is
+// often the optimal one, and its refined point within the user's tolerances; if not, the point is the best there is.
+// Proofs of infeasibility hold whatever the tolerances were.
+void LpSolver::State::relax(const SimplexLimits& limits, const StopToken& stop, SimplexLog& simplex_log) {
+  const SimplexOptions strict = options;
+  options.primal_feasibility_tol = std::max(options.primal_feasibility_tol, options.relaxed_tol);
+  options.dual_feasibility_tol = std::max(options.dual_feasibility_tol, options.relaxed_tol);
+  const Attempt how{kToleranceShare, true, options.precision != Precision::kDouble};
+  const bool done = how.extended ? attempt<Extended>(how, limits, stop, simplex_log)
+                                 : attempt<double>(how, limits, stop, simplex_log);
+  options = strict;
+  if (done && status != SolveStatus::kOptimal && status != SolveStatus::kUnbounded) return;
+  if (done && status == SolveStatus::kOptimal && is_optimal(data, point, options)) return;
+  nearly_optimal = done && status == SolveStatus::kOptimal;
+  status = SolveStatus::kNumeric;
+}
+
 void LpSolver::State::solve_anew(const SimplexLimits& limits, const StopToken& stop, SimplexLog& simplex_log) {
   bool announced = false;
   for (const Attempt& how : kAttempts) {
@@ -370,13 +388,15 @@ void LpSolver::State::solve_anew(const SimplexLimits& limits, const StopToken& s
     if (done) break;
     status = SolveStatus::kNumeric;
     if (too_large) break;
-    if (limited_by_storage) break;  // the other attempts could not store a better point either
+    if (nearly_optimal) break;  // the other attempts could not store a better point either
     how.extended ? exact.distrust() : fast.distrust();
     if (stop.stop_requested()) {
       status = stop.poll();
       break;
     }
   }
+  const bool failed = status == SolveStatus::kNumeric && !too_large && !nearly_optimal;
+  if (failed && options.relaxed_tol > 0) relax(limits, stop, simplex_log);
   // A later solve of a changed model should not pay for this one's trouble.
   if (!scaled) {
     pending = current_basis();
@@ -516,7 +536,7 @@ const LpPoint& LpSolver::point() const { return state_->point; }
 const std::vector<double>& LpSolver::farkas() const { return state_->farkas; }
 double LpSolver::farkas_violation() const { return state_->farkas_gap; }
 const std::vector<double>& LpSolver::ray() const { return state_->ray; }
-bool LpSolver::limited_by_storage() const { return state_->limited_by_storage; }
+bool LpSolver::nearly_optimal() const { return state_->nearly_optimal; }
 bool LpSolver::extended_precision() const { return state_->use_exact; }
 bool LpSolver::inverse_row(Index position, std::vector<double>& multipliers) {
   if (state_->use_exact) return state_->exact.inverse_row(position, multipliers);

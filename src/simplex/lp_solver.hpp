@@ -21,12 +21,14 @@ enum class SimplexAlgorithm { kDual, kPrimal };
 struct SimplexOptions {
   double primal_feasibility_tol = 1e-6;  // absolute, on unscaled rows and bounds
   double dual_feasibility_tol = 1e-6;    // absolute, on unscaled reduced costs
+  double relaxed_tol = 0;                // both tolerances widen to it when all other attempts failed; 0: they stay
   double markowitz_tol = 0.0078125;
   double perturb_value = 2e-4;
   double objective_scale = 0;  // 0 automatic, <0 power of the largest cost, >0 factor
   int pricing = -1;
   int norm_adjust = -1;
   double pivot_tol = 3e-8;      // scaled; the extended kernel's is smaller by the same factor as ever
+  double free_box = 1000;       // bounds of free variables in the first phase of the dual simplex
   bool bound_flipping = true;   // ratio tests pass breakpoints while that pays
   bool partial_primal = false;  // partial pricing in the primal simplex, whatever `pricing` says
   bool scale = true;
@@ -101,8 +103,8 @@ class LpSolver {
   // After kUnbounded: a direction over the columns along which the objective falls without end.
   [[nodiscard]] const std::vector<double>& ray() const;
   // After kNumeric: the basis is optimal, but the point misses the tolerances by what its storage as doubles rounds
-  // off.
-  [[nodiscard]] bool limited_by_storage() const;
+  // off, or stays within the relaxed tolerance only.
+  [[nodiscard]] bool nearly_optimal() const;
   [[nodiscard]] bool extended_precision() const;  // the last solve ended in the extended kernel
 
   // e' B^-1 of a basis position over the rows, dense and unscaled: the multipliers that sum the rows to a row of the

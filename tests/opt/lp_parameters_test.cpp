@@ -2,6 +2,8 @@
 #include <algorithm>
 #include <cmath>
 
+#include "base/random_stream.hpp"
+#include "opt/lp_as_model.hpp"
 #include "opt/tiny_model.hpp"
 
 namespace zorvex::testing {
@@ -260,6 +262,110 @@ TEST(LpParameters, ScalingOfObjectiveAndMatrix) {
   EXPECT_EQ("MaxC= 1.00000e+00, MinC= 1.00000e+00", scaled[0]);
   EXPECT_NE(scaled[0], scaled[1]);
   EXPECT_NE(scaled[1], scaled[2]);
+}
+
+// Nearly a Hilbert matrix, with a known feasible point.
+LpData ill_conditioned_model(std::uint64_t seed) {
+  constexpr Index kRows = 11;
+  RandomStream random(seed, "ill-conditioned");
+  LpData lp;
+  lp.matrix.num_rows = kRows;
+  lp.row_lower.assign(kRows, 0);
+  for (Index col = 0; col < kRows + 2; ++col) {
+    std::vector<Index> rows;
+    std::vector<double> values;
+    for (Index row = 0; row < kRows; ++row) {
+      rows.push_back(row);
+      values.push_back((1 + 1e-6 * random.uniform()) / (1 + row + col));
+      lp.row_lower[row] += 1e4 * values.back();
+    }
+    lp.matrix.append_col(rows.data(), values.data(), kRows);
+    lp.cost.push_back(random.uniform() - 0.3);
+  }
+  lp.col_lower.assign(lp.cost.size(), 0);
+  lp.col_upper.assign(lp.cost.size(), kInf);
+  lp.row_upper = lp.row_lower;
+  return lp;
+}
+
+// Where doubles are too short for narrow tolerances, wider ones lead to bases whose points are good after all, or
+// nearly.
+TEST(LpParameters, BigTolFindsPointsWhereNumericalTroubleOutlastsTheRest) {
+  const Env env = quiet_env();
+  int found[] = {0, 0};
+  for (std::uint64_t seed = 0; seed < 60; ++seed) {
+    const LpData lp = ill_conditioned_model(seed);
+    for (const bool relaxed : {false, true}) {
+      const Model model = model_of(env.get(), lp, 1);
+      ZLPenv* own = ZLPgetenv(model.get());
+      for (const Setting& setting : std::vector<Setting>{{"Presolve", "0"},
+                                                         {"Method", "1"},
+                                                         {"Quad", "0"},
+                                                         {"FeasibilityTol", "1e-9"},
+                                                         {"OptimalityTol", "1e-9"},
+                                                         {"ZORV_PAR_BIGTOL", relaxed ? "1e-4" : "1e-9"}}) {
+        ASSERT_EQ(0, ZLPsetparam(own, setting.name, setting.value));
+      }
+      ASSERT_EQ(0, ZLPoptimize(model.get()));
+      const int status = int_attr(model.get(), "Status");
+      if (status != ZLP_OPTIMAL && status != ZLP_SUBOPTIMAL) continue;
+      ++found[relaxed];
+      const double most = status == ZLP_OPTIMAL ? 1e-9 : 1e-4;
+      EXPECT_LE(dbl_attr(model.get(), "ConstrVio"), most) << seed;
+      EXPECT_LE(dbl_attr(model.get(), "BoundVio"), most) << seed;
+    }
+  }
+  EXPECT_GT(found[true], found[false]);
+}
+
+// What the dual's first phase has to make up for: a free column priced at one, a thousandth of the bound away.
+TEST(LpParameters, BigMBoxesFreeColumnsWhereTheDualStarts) {
+  const Env env = quiet_env();
+  std::vector<std::string> first_lines;
+  for (const char* bound : {"1e5", "1e6", "1e9"}) {
+    const Model model =
+        build(env.get(),
+              {.obj = {-1, 3}, .rows = {{{1, 1}, '<', 5}, {{1, -1}, '<', 1}}, .lb = {-1e100, 0}, .ub = {1e100, 9}});
+    ZLPenv* own = ZLPgetenv(model.get());
+    for (const Setting& setting : std::vector<Setting>{{"Presolve", "0"},
+                                                       {"Method", "1"},
+                                                       {"PerturbValue", "0"},
+                                                       {"ScaleFlag", "0"},
+                                                       {"ZORV_PAR_BIGM", bound},
+                                                       {"OutputFlag", "1"}}) {
+      ASSERT_EQ(0, ZLPsetparam(own, setting.name, setting.value));
+    }
+    const std::string log = printed([&] { EXPECT_EQ(0, ZLPoptimize(model.get())); });
+    const std::size_t at = log.find("Time\n");
+    ASSERT_NE(std::string::npos, at) << log;
+    first_lines.push_back(log.substr(at + 5, log.find('\n', at + 5) - at - 5));
+    EXPECT_NEAR(-1, dbl_attr(model.get(), "ObjVal"), 1e-9);
+  }
+  EXPECT_NE(first_lines[0], first_lines[1]);
+  EXPECT_NE(first_lines[1], first_lines[2]);
+}
+
+// Scaling by the largest entries alone: another first point of the barrier, another basis to push to.
+TEST(LpParameters, AltScaleReachesBarrierAndCrossover) {
+  const Env env = quiet_env();
+  std::vector<std::string> logs;
+  for (const char* scale : {"0", "1"}) {
+    const Model model =
+        build(env.get(), {.obj = {-1, -1, 1}, .rows = {{{1e4, 1e-4, 1}, '<', 5}, {{1e-3, 1e5, 1}, '<', 1}}});
+    ZLPenv* own = ZLPgetenv(model.get());
+    for (const Setting& setting : std::vector<Setting>{{"Presolve", "0"},
+                                                       {"Method", "2"},
+                                                       {"Crossover", "0"},
+                                                       {"ZORV_PAR_ALTSCALE", scale},
+                                                       {"OutputFlag", "1"}}) {
+      ASSERT_EQ(0, ZLPsetparam(own, setting.name, setting.value));
+    }
+    const std::string log = printed([&] { EXPECT_EQ(0, ZLPoptimize(model.get())); });
+    const std::size_t at = log.find("\n   0 ");
+    ASSERT_NE(std::string::npos, at) << log;
+    logs.push_back(log.substr(at, 60));
+  }
+  EXPECT_NE(logs[0], logs[1]);
 }
 
 // Norms of a start basis that brings none: ones or exact ones, seen after a solve that may not iterate.
