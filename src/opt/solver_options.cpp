@@ -14,6 +14,8 @@ namespace {
 constexpr double kFreeBoxShare =
     1e-3;  // of the artificial bound: farther out phase 1 of pilot takes 4% more iterations
 
+constexpr Index kLongestRow = 100;  // where long rows are cut
+
 double limit_or_inf(double value) { return value >= kParameterInfinity ? kInf : value; }
 
 // The parameter is in the user's sense; +-1e100 stands for none whatever the sense.
@@ -85,6 +87,8 @@ PresolveOptions presolve_options(const ZLPenv& env) {
   options.cancelling = param<Param::PreSparsify>(env) != 0             ? Cancelling::kFull
                        : wanted(param<Param::ZORV_PAR_PRESUBROW>(env)) ? Cancelling::kContained
                                                                        : Cancelling::kOff;
+  options.longest_row = param<Param::ZORV_PAR_PRESPLITROWS>(env) > 0 ? kLongestRow : 0;
+  options.power_scaling = param<Param::ZORV_PAR_PREPOWER>(env) != 0;
   options.aggregation_fill = param<Param::AggFill>(env);
   if (param<Param::ZORV_PAR_PRELIMIT>(env) < kMaxIntParameter) options.max_steps = param<Param::ZORV_PAR_PRELIMIT>(env);
   const auto switch_off = [&](bool off, std::initializer_list<std::string_view> names) {

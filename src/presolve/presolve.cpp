@@ -4,11 +4,13 @@
 #include <array>
 #include <cassert>
 #include <cmath>
+#include <optional>
 
 #include "base/quality.hpp"
 #include "base/tolerances.hpp"
 #include "presolve/changes.hpp"
 #include "presolve/reduction.hpp"
+#include "presolve/row_shape.hpp"
 
 namespace zorvex {
 namespace {
@@ -51,6 +53,8 @@ struct Presolve::State {
   std::unique_ptr<PresolveModel> model;
   std::unique_ptr<Changes> changes;
   LpData reduced;
+  LpData shaped;                  // `reduced` with its rows in another form
+  std::optional<RowShape> shape;  // of `shaped`, when that is what gets solved
   PresolveStatistics statistics;
   std::vector<Index> original_cols, original_rows;
   std::vector<double> farkas;
@@ -195,6 +199,10 @@ PresolveOutcome Presolve::State::run(const StopToken& stop) {
   if (outcome == Outcome::kUnbounded) return PresolveOutcome::kUnbounded;
   if (stopped) return PresolveOutcome::kStopped;
   build_reduced();
+  if (options.longest_row > 0 || options.power_scaling) {
+    shaped = reduced;
+    shape.emplace(shaped, options.longest_row, options.power_scaling);
+  }
   return reduced.num_rows() + reduced.num_cols() == 0 ? PresolveOutcome::kAllRemoved : PresolveOutcome::kReduced;
 }
 
@@ -364,7 +372,7 @@ Presolve::Presolve(const LpData& original, const PresolveOptions& options)
 Presolve::~Presolve() = default;
 
 PresolveOutcome Presolve::run(const StopToken& stop) { return state_->run(stop); }
-const LpData& Presolve::reduced() const { return state_->reduced; }
+const LpData& Presolve::reduced() const { return state_->shape ? state_->shaped : state_->reduced; }
 const PresolveStatistics& Presolve::statistics() const { return state_->statistics; }
 const std::vector<Index>& Presolve::original_cols() const { return state_->original_cols; }
 const std::vector<Index>& Presolve::original_rows() const { return state_->original_rows; }
@@ -372,12 +380,13 @@ const std::vector<double>& Presolve::farkas() const { return state_->farkas; }
 
 std::vector<double> Presolve::postsolve_farkas(const std::vector<double>& y) const {
   std::vector<Changes::ProofTerm> terms;
-  for (std::size_t k = 0; k < y.size(); ++k) terms.push_back({state_->original_rows[k], y[k]});
+  const std::vector<double> plain = state_->shape ? state_->shape->plain_multipliers(y) : y;
+  for (std::size_t k = 0; k < plain.size(); ++k) terms.push_back({state_->original_rows[k], plain[k]});
   return state_->lift_proof(terms);
 }
 
 PresolvePoint Presolve::postsolve(const PresolvePoint& point) const {
-  PostsolvePoint full = state_->expand(point);
+  PostsolvePoint full = state_->expand(state_->shape ? state_->shape->plain_point(point) : point);
   state_->undo_all(full);
   return state_->finish(full);
 }

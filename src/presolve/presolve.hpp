@@ -32,6 +32,8 @@ struct PresolveOptions {
   int dependent_rows = -1;         // search for dependent equations: 0 off, 1 with more effort
   bool implied_equations = false;  // inequalities that can only hold with equality become equations
   Cancelling cancelling = Cancelling::kFull;
+  Index longest_row = 0;        // longer rows of what is left are cut into pieces; 0: none
+  bool power_scaling = false;   // rows of what is left are multiplied by powers of two
   Index aggregation_fill = 10;  // nonzeros that the elimination of one column may add
   std::int64_t max_steps = std::numeric_limits<std::int64_t>::max();  // changes after which presolve stops
   std::string_view only = {};                                         // name of the one reduction to run; empty for all
@@ -76,7 +78,7 @@ class Presolve {
 
   [[nodiscard]] const LpData& reduced() const;
   [[nodiscard]] const PresolveStatistics& statistics() const;
-  // Original index of each reduced column and row.
+  // Original index of each reduced column and row; pieces of rows and their columns, which have none, stand behind.
   [[nodiscard]] const std::vector<Index>& original_cols() const;
   [[nodiscard]] const std::vector<Index>& original_rows() const;
 

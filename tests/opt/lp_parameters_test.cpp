@@ -1,6 +1,7 @@
 // Parameters of continuous solves: what each one changes that a user can see.
 #include <algorithm>
 #include <cmath>
+#include <cstring>
 
 #include "base/random_stream.hpp"
 #include "opt/lp_as_model.hpp"
@@ -63,6 +64,21 @@ Tiny aggregable() {
   return with_row(tiny, {{1, 2, 3, 4, 2}, '=', 7});
 }
 
+// 51 of each of the columns, every time a little dearer and with other coefficients: 204 in each row.
+Tiny longer_rows() {
+  Tiny tiny = stubborn();
+  for (int k = 4; k < 204; ++k) {
+    for (std::size_t i = 0; i < tiny.rows.size(); ++i) {
+      std::vector<double>& row = tiny.rows[i].coefficient;
+      row.push_back(row[k % 4] + 0.01 * ((k * (k + 3 * static_cast<int>(i))) % 17));
+    }
+    tiny.obj.push_back(tiny.obj[k % 4] + 0.001 * k);
+    tiny.lb.push_back(0);
+    tiny.ub.push_back(tiny.ub[k % 4]);
+  }
+  return tiny;
+}
+
 std::vector<Reduced> reductions() {
   const Tiny plain = stubborn();
   Tiny dependent = with_row(with_row(plain, {{1, 1, 2, 1}, '=', 7}), {{2, 1, 1, 3}, '=', 9});
@@ -117,6 +133,7 @@ std::vector<Reduced> reductions() {
        "3 4 6",
        "",
        {{"ZORV_PAR_DUALREDUCTION", "0"}}},
+      {"long rows are cut", longer_rows(), {{"ZORV_PAR_PRESPLITROWS", "1"}}, "3 204 612", "12 213 630"},
       {"conservative", with_row(plain, {{1, 1, 1, 2}, '<', 20}), {{"Presolve", "1"}}, "3 4 12", "4 4 16"},
       {"aggressive", with_row(plain, {{2, 3, 1, 6}, '<', 25}), {{"Presolve", "2"}}, "4 4 16", "3 4 12"},
   };
@@ -318,54 +335,58 @@ TEST(LpParameters, BigTolFindsPointsWhereNumericalTroubleOutlastsTheRest) {
   EXPECT_GT(found[true], found[false]);
 }
 
-// What the dual's first phase has to make up for: a free column priced at one, a thousandth of the bound away.
-TEST(LpParameters, BigMBoxesFreeColumnsWhereTheDualStarts) {
-  const Env env = quiet_env();
-  std::vector<std::string> first_lines;
-  for (const char* bound : {"1e5", "1e6", "1e9"}) {
-    const Model model =
-        build(env.get(),
-              {.obj = {-1, 3}, .rows = {{{1, 1}, '<', 5}, {{1, -1}, '<', 1}}, .lb = {-1e100, 0}, .ub = {1e100, 9}});
-    ZLPenv* own = ZLPgetenv(model.get());
-    for (const Setting& setting : std::vector<Setting>{{"Presolve", "0"},
-                                                       {"Method", "1"},
-                                                       {"PerturbValue", "0"},
-                                                       {"ScaleFlag", "0"},
-                                                       {"ZORV_PAR_BIGM", bound},
-                                                       {"OutputFlag", "1"}}) {
-      ASSERT_EQ(0, ZLPsetparam(own, setting.name, setting.value));
-    }
-    const std::string log = printed([&] { EXPECT_EQ(0, ZLPoptimize(model.get())); });
-    const std::size_t at = log.find("Time\n");
-    ASSERT_NE(std::string::npos, at) << log;
-    first_lines.push_back(log.substr(at + 5, log.find('\n', at + 5) - at - 5));
-    EXPECT_NEAR(-1, dbl_attr(model.get(), "ObjVal"), 1e-9);
-  }
-  EXPECT_NE(first_lines[0], first_lines[1]);
-  EXPECT_NE(first_lines[1], first_lines[2]);
+// The part of a log that the solve's first point shows in.
+std::string first_point(ZLPenv* env, const Tiny& tiny, const std::vector<Setting>& settings, const char* before) {
+  const Model model = build(env, tiny);
+  ZLPenv* own = ZLPgetenv(model.get());
+  for (const Setting& setting : settings) EXPECT_EQ(0, ZLPsetparam(own, setting.name, setting.value));
+  EXPECT_EQ(0, ZLPsetintparam(own, "OutputFlag", 1));
+  const std::string log = printed([&] { EXPECT_EQ(0, ZLPoptimize(model.get())); });
+  expect_lp_quality(model.get());
+  const std::size_t at = log.find(before);
+  EXPECT_NE(std::string::npos, at) << log;
+  return at == std::string::npos ? "" : log.substr(at + std::strlen(before), 50);
 }
 
-// Scaling by the largest entries alone: another first point of the barrier, another basis to push to.
-TEST(LpParameters, AltScaleReachesBarrierAndCrossover) {
+TEST(LpParameters, WhereSolvesStart) {
+  const Tiny with_free{
+      .obj = {-1, 3}, .rows = {{{1, 1}, '<', 5}, {{1, -1}, '<', 1}}, .lb = {-1e100, 0}, .ub = {1e100, 9}};
+  const Tiny badly_scaled{.obj = {-1, -1, 1}, .rows = {{{1e4, 1e-4, 1}, '<', 5}, {{1e-3, 1e5, 1}, '<', 1}}};
+  Tiny wide_rows = stubborn();
+  for (Row& row : wide_rows.rows) row.coefficient[0] += 16;
+  for (Row& row : wide_rows.rows) row.sense = '>';
+  for (double& cost : wide_rows.obj) cost = -cost;
+  const char* const simplex = "Time\n";
+  const char* const barrier = "\n   0 ";
+  const struct {
+    const Tiny& model;
+    std::vector<Setting> settings;
+    const char* before;
+    const char* parameter;
+    std::vector<const char*> values;
+  } facts[] = {
+      {with_free,
+       {{"Presolve", "0"}, {"Method", "1"}, {"PerturbValue", "0"}, {"ScaleFlag", "0"}},
+       simplex,
+       "ZORV_PAR_BIGM",
+       {"1e5", "1e6", "1e9"}},
+      {badly_scaled,
+       {{"Presolve", "0"}, {"Method", "2"}, {"Crossover", "0"}},
+       barrier,
+       "ZORV_PAR_ALTSCALE",
+       {"0", "1"}},
+      {wide_rows, {{"Method", "1"}, {"ScaleFlag", "0"}}, simplex, "ZORV_PAR_PREPOWER", {"0", "1"}},
+  };
   const Env env = quiet_env();
-  std::vector<std::string> logs;
-  for (const char* scale : {"0", "1"}) {
-    const Model model =
-        build(env.get(), {.obj = {-1, -1, 1}, .rows = {{{1e4, 1e-4, 1}, '<', 5}, {{1e-3, 1e5, 1}, '<', 1}}});
-    ZLPenv* own = ZLPgetenv(model.get());
-    for (const Setting& setting : std::vector<Setting>{{"Presolve", "0"},
-                                                       {"Method", "2"},
-                                                       {"Crossover", "0"},
-                                                       {"ZORV_PAR_ALTSCALE", scale},
-                                                       {"OutputFlag", "1"}}) {
-      ASSERT_EQ(0, ZLPsetparam(own, setting.name, setting.value));
+  for (const auto& fact : facts) {
+    std::vector<std::string> seen;
+    for (const char* value : fact.values) {
+      std::vector<Setting> settings = fact.settings;
+      settings.push_back({fact.parameter, value});
+      seen.push_back(first_point(env.get(), fact.model, settings, fact.before));
     }
-    const std::string log = printed([&] { EXPECT_EQ(0, ZLPoptimize(model.get())); });
-    const std::size_t at = log.find("\n   0 ");
-    ASSERT_NE(std::string::npos, at) << log;
-    logs.push_back(log.substr(at, 60));
+    for (std::size_t k = 1; k < seen.size(); ++k) EXPECT_NE(seen[k - 1], seen[k]) << fact.parameter;
   }
-  EXPECT_NE(logs[0], logs[1]);
 }
 
 // Norms of a start basis that brings none: ones or exact ones, seen after a solve that may not iterate.
