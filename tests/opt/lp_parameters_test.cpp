@@ -29,6 +29,24 @@ struct Setting {
   const char* value;
 };
 
+void set(ZLPmodel* model, const std::vector<Setting>& settings) {
+  for (const Setting& setting : settings) {
+    EXPECT_EQ(0, ZLPsetparam(ZLPgetenv(model), setting.name, setting.value)) << setting.name;
+  }
+}
+
+Model build_with(ZLPenv* env, const Tiny& tiny, const std::vector<Setting>& settings) {
+  Model model = build(env, tiny);
+  set(model.get(), settings);
+  return model;
+}
+
+// What the optimization prints.
+std::string log_of(ZLPmodel* model) {
+  set(model, {{"OutputFlag", "1"}});
+  return printed([&] { EXPECT_EQ(0, ZLPoptimize(model)); });
+}
+
 struct Reduced {
   const char* fact;
   Tiny model;
@@ -143,16 +161,10 @@ TEST(LpParameters, PresolveSwitches) {
   const Env env = quiet_env();
   for (const Reduced& each : reductions()) {
     SCOPED_TRACE(each.fact);
-    const Model before = build(env.get(), each.model);
-    const Model after = build(env.get(), each.model);
-    for (const Setting& setting : each.both_times) {
-      ASSERT_EQ(0, ZLPsetparam(ZLPgetenv(before.get()), setting.name, setting.value));
-      ASSERT_EQ(0, ZLPsetparam(ZLPgetenv(after.get()), setting.name, setting.value));
-    }
+    const Model before = build_with(env.get(), each.model, each.both_times);
+    const Model after = build_with(env.get(), each.model, each.both_times);
     EXPECT_EQ(each.without, presolved(before.get()));
-    for (const Setting& setting : each.settings) {
-      ASSERT_EQ(0, ZLPsetparam(ZLPgetenv(after.get()), setting.name, setting.value));
-    }
+    set(after.get(), each.settings);
     EXPECT_EQ(each.with, presolved(after.get()));
     EXPECT_NEAR(dbl_attr(before.get(), "ObjVal"), dbl_attr(after.get(), "ObjVal"), 1e-6);
     expect_lp_quality(after.get());
@@ -221,12 +233,8 @@ TEST(LpParameters, WhatCountsAsInfiniteAsZeroAndAsSolved) {
   for (const auto& fact : facts) {
     SCOPED_TRACE(fact.with.name);
     for (const bool changed : {false, true}) {
-      const Model model = build(env.get(), fact.model);
-      ZLPenv* own = ZLPgetenv(model.get());
-      for (const Setting& each : fact.without) ASSERT_EQ(0, ZLPsetparam(own, each.name, each.value));
-      const Setting none{"OutputFlag", "0"};
-      const Setting& setting = changed ? fact.with : none;
-      ASSERT_EQ(0, ZLPsetparam(own, setting.name, setting.value));
+      const Model model = build_with(env.get(), fact.model, fact.without);
+      if (changed) set(model.get(), {fact.with});
       ASSERT_EQ(0, ZLPoptimize(model.get()));
       const Solved& expected = changed ? fact.after : fact.before;
       ASSERT_EQ(expected.status, int_attr(model.get(), "Status"));
@@ -250,14 +258,9 @@ TEST(LpParameters, ScalingOfObjectiveAndMatrix) {
   };
   for (const auto& fact : facts) {
     SCOPED_TRACE(fact.value);
-    const Model model = build(env.get(), {.obj = {1000, -10}, .rows = {{{1, 1}, '<', 5}, {{1, -1}, '>', 1}}});
-    ZLPenv* own = ZLPgetenv(model.get());
-    for (const Setting& setting :
-         std::vector<Setting>{{"Presolve", "0"}, {"ZORV_PAR_ITEST", "1"}, {"OutputFlag", "1"}}) {
-      ASSERT_EQ(0, ZLPsetparam(own, setting.name, setting.value));
-    }
-    ASSERT_EQ(0, ZLPsetparam(own, fact.name, fact.value));
-    const std::string log = printed([&] { EXPECT_EQ(0, ZLPoptimize(model.get())); });
+    const Model model = build_with(env.get(), {.obj = {1000, -10}, .rows = {{{1, 1}, '<', 5}, {{1, -1}, '>', 1}}},
+                                   {{"Presolve", "0"}, {"ZORV_PAR_ITEST", "1"}, {fact.name, fact.value}});
+    const std::string log = log_of(model.get());
     EXPECT_NE(std::string::npos, log.find(std::string("Scaled:\n") + fact.line)) << log;
     EXPECT_NEAR(1000, dbl_attr(model.get(), "ObjVal"), 1e-6);
   }
@@ -265,12 +268,8 @@ TEST(LpParameters, ScalingOfObjectiveAndMatrix) {
   std::vector<std::string> scaled;
   for (const Setting& way : ways) {
     const Model model = build(env.get(), {.obj = {-1, -1}, .rows = {{{1e4, 1e-4}, '<', 5}, {{1e-3, 1e5}, '<', 1}}});
-    ZLPenv* own = ZLPgetenv(model.get());
-    for (const Setting& setting :
-         std::vector<Setting>{{"Presolve", "0"}, {"ZORV_PAR_ITEST", "1"}, {"OutputFlag", "1"}, way}) {
-      ASSERT_EQ(0, ZLPsetparam(own, setting.name, setting.value));
-    }
-    const std::string log = printed([&] { EXPECT_EQ(0, ZLPoptimize(model.get())); });
+    set(model.get(), {{"Presolve", "0"}, {"ZORV_PAR_ITEST", "1"}, way});
+    const std::string log = log_of(model.get());
     const std::size_t at = log.find("MaxC=");
     ASSERT_NE(std::string::npos, at) << log;
     scaled.push_back(log.substr(at, log.find(", MaxOC", at) - at));
@@ -314,15 +313,12 @@ TEST(LpParameters, BigTolFindsPointsWhereNumericalTroubleOutlastsTheRest) {
     const LpData lp = ill_conditioned_model(seed);
     for (const bool relaxed : {false, true}) {
       const Model model = model_of(env.get(), lp, 1);
-      ZLPenv* own = ZLPgetenv(model.get());
-      for (const Setting& setting : std::vector<Setting>{{"Presolve", "0"},
-                                                         {"Method", "1"},
-                                                         {"Quad", "0"},
-                                                         {"FeasibilityTol", "1e-9"},
-                                                         {"OptimalityTol", "1e-9"},
-                                                         {"ZORV_PAR_BIGTOL", relaxed ? "1e-4" : "1e-9"}}) {
-        ASSERT_EQ(0, ZLPsetparam(own, setting.name, setting.value));
-      }
+      set(model.get(), {{"Presolve", "0"},
+                        {"Method", "1"},
+                        {"Quad", "0"},
+                        {"FeasibilityTol", "1e-9"},
+                        {"OptimalityTol", "1e-9"},
+                        {"ZORV_PAR_BIGTOL", relaxed ? "1e-4" : "1e-9"}});
       ASSERT_EQ(0, ZLPoptimize(model.get()));
       const int status = int_attr(model.get(), "Status");
       if (status != ZLP_OPTIMAL && status != ZLP_SUBOPTIMAL) continue;
@@ -337,11 +333,8 @@ TEST(LpParameters, BigTolFindsPointsWhereNumericalTroubleOutlastsTheRest) {
 
 // The part of a log that the solve's first point shows in.
 std::string first_point(ZLPenv* env, const Tiny& tiny, const std::vector<Setting>& settings, const char* before) {
-  const Model model = build(env, tiny);
-  ZLPenv* own = ZLPgetenv(model.get());
-  for (const Setting& setting : settings) EXPECT_EQ(0, ZLPsetparam(own, setting.name, setting.value));
-  EXPECT_EQ(0, ZLPsetintparam(own, "OutputFlag", 1));
-  const std::string log = printed([&] { EXPECT_EQ(0, ZLPoptimize(model.get())); });
+  const Model model = build_with(env, tiny, settings);
+  const std::string log = log_of(model.get());
   expect_lp_quality(model.get());
   const std::size_t at = log.find(before);
   EXPECT_NE(std::string::npos, at) << log;
@@ -469,13 +462,10 @@ struct Path {
 
 Path path_of(const Tiny& tiny, const std::vector<Setting>& settings) {
   const Env env = quiet_env();
-  const Model model = build(env.get(), tiny);
-  ZLPenv* own = ZLPgetenv(model.get());
-  EXPECT_EQ(0, ZLPsetparam(own, "Presolve", "0"));
-  EXPECT_EQ(0, ZLPsetparam(own, "OutputFlag", "1"));
-  for (const Setting& setting : settings) EXPECT_EQ(0, ZLPsetparam(own, setting.name, setting.value));
+  const Model model = build_with(env.get(), tiny, settings);
+  set(model.get(), {{"Presolve", "0"}});
   Path path;
-  path.log = printed([&] { EXPECT_EQ(0, ZLPoptimize(model.get())); });
+  path.log = log_of(model.get());
   EXPECT_EQ(ZLP_OPTIMAL, int_attr(model.get(), "Status"));
   path.objective = dbl_attr(model.get(), "ObjVal");
   expect_lp_quality(model.get());
@@ -562,9 +552,7 @@ TEST(LpParameters, PathsThroughDegenerateModel) {
            {{"Method", "0"}, {"Method", "1"}}}) {
     std::vector<double> lengths;
     for (const Setting& setting : settings) {
-      const Model model = build(env.get(), degenerate());
-      ASSERT_EQ(0, ZLPsetparam(ZLPgetenv(model.get()), "Presolve", "0"));
-      ASSERT_EQ(0, ZLPsetparam(ZLPgetenv(model.get()), setting.name, setting.value));
+      const Model model = build_with(env.get(), degenerate(), {{"Presolve", "0"}, setting});
       ASSERT_EQ(0, ZLPoptimize(model.get()));
       if (std::isnan(optimum)) optimum = dbl_attr(model.get(), "ObjVal");
       EXPECT_NEAR(optimum, dbl_attr(model.get(), "ObjVal"), 1e-9) << setting.name << " " << setting.value;
