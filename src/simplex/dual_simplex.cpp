@@ -9,6 +9,8 @@ namespace {
 constexpr double kWeightDistrust = 0.25;   // a stored weight below this share of the exact one re-opens the choice
 constexpr int kMaxWeightCorrections = 10;  // choices re-opened in one iteration
 constexpr int kStallLength = 50;           // degenerate dual steps in a row that bring on the perturbation
+constexpr Index kDegenerateSteps = 10;     // so many in all do, too, for a run from the slacks where they are more than
+constexpr double kDegenerateShare = 0.2;   // this share of its steps
 constexpr double kWarmPatience = 500, kWarmPatienceShare = 0.5;  // iterations, and per row and column, of a warm run
 constexpr double kPatience = 5000, kPatienceShare = 20;          // and of one from fresh values
 constexpr int kMaxSmallPivots = 20;                              // rejected rows before a rebuild
@@ -165,6 +167,19 @@ double DualSimplex<Real>::patience() const {
 }
 
 template <class Real>
+void DualSimplex<Real>::count_degeneracy(bool degenerate) {
+  degenerate_in_a_row_ = degenerate ? degenerate_in_a_row_ + 1 : 0;
+  if (degenerate) ++degenerate_steps_;
+}
+
+template <class Real>
+bool DualSimplex<Real>::stalls() const {
+  if (degenerate_in_a_row_ > kStallLength) return true;
+  return from_slacks_ && degenerate_steps_ >= kDegenerateSteps &&
+         static_cast<double>(degenerate_steps_) > kDegenerateShare * run_iterations_;
+}
+
+template <class Real>
 typename DualSimplex<Real>::Step DualSimplex<Real>::iterate() {
   if (core_.needs_refactor()) return Step::kRebuild;
   if (core_.poll() != SolveStatus::kLoaded || core_.iterations + core_.iteration_offset >= core_.iteration_limit) {
@@ -174,7 +189,7 @@ typename DualSimplex<Real>::Step DualSimplex<Real>::iterate() {
   ++run_iterations_;
   if (run_iterations_ > patience()) return Step::kGivenUp;
   const bool late = !perturbed_late_ && run_iterations_ > patience() / 2;
-  if (late || (may_perturb_ && degenerate_steps_ > kStallLength)) {
+  if (late || (may_perturb_ && stalls())) {
     perturbed_late_ = perturbed_late_ || late;
     perturb_costs();
     core_.compute_duals();
@@ -234,7 +249,7 @@ typename DualSimplex<Real>::Step DualSimplex<Real>::iterate() {
   const Real bound = leaving_above_ ? core_.basic_upper[position] : core_.basic_lower[position];
   const Real dual_step = core_.reduced_cost[choice.entering] / choice.alpha;
   dual_objective_ += dual_step * (core_.basic_value[position] - bound);
-  degenerate_steps_ = dual_step == 0 ? degenerate_steps_ + 1 : 0;
+  count_degeneracy(dual_step == 0);
   update_duals(choice.entering, dual_step);
   const Real pivot_value = alpha_col_.value[position];
   const Real primal_step = (core_.basic_value[position] - bound) / pivot_value;

@@ -46,6 +46,9 @@ class DualSimplex {
   SimplexOutcome rebuild(bool& stopped);
   Step iterate();
   [[nodiscard]] double patience() const;
+  void count_degeneracy(bool degenerate);
+  // Degenerate dual steps make a perturbation of the costs worth its repair.
+  [[nodiscard]] bool stalls() const;
   bool select_pivot_row(Index& position);
   bool pivot_is_trustworthy(Index position, Index entering, Real row_alpha);
   void load_tau();
@@ -85,7 +88,9 @@ class DualSimplex {
   bool leaving_above_ = false;
   Index failed_position_ = -1;  // leaving row for which no entering variable was found
   int small_pivots_ = 0;
-  int degenerate_steps_ = 0;
+  int degenerate_in_a_row_ = 0;
+  Index degenerate_steps_ = 0;  // of this run
+  bool from_slacks_ = false;    // started without a structural column in the basis
   double run_iterations_ = 0;
   bool perturbed_late_ = false;
 };

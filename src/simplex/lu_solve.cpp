@@ -10,7 +10,7 @@ namespace zorvex {
 namespace {
 constexpr float kSearchShare = 0.10F;  // a visited node costs several times more with the search than in a loop
 constexpr float kUntracked = 0.30F;    // predicted density of the result from which lists do not pay
-constexpr float kDenseResult = 0.30F;  // results above are handed out as dense
+constexpr float kDenseResult = 0.10F;  // results above are handed out as dense
 constexpr float kMemory = 0.75F;       // weight of the past in the running means
 constexpr Index kAhead = 4;            // nodes fetched into the cache before their turn
 constexpr Index kAlwaysPlain = 32;     // stages up to this length never search

@@ -153,6 +153,9 @@ std::string mask_figures(std::string text) {
   std::replace_if(
       text.begin(), text.end(), [](char c) { return c >= '1' && c <= '9'; }, '0');
   std::replace(text.begin(), text.end(), '-', '+');
+  for (std::size_t i = 1; i + 1 < text.size(); ++i) {  // counts of several figures look like those of one
+    if (text[i - 1] == ' ' && text[i] == '0' && text[i + 1] == '0') text[i] = ' ';
+  }
   return text;
 }
 

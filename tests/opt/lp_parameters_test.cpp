@@ -549,7 +549,7 @@ TEST(LpParameters, PathsThroughDegenerateModel) {
   for (const auto& settings : std::vector<std::vector<Setting>>{
            {{"PerturbValue", "0"}, {"PerturbValue", "0.0002"}, {"PerturbValue", "0.01"}},
            {{"SimplexPricing", "0"}, {"SimplexPricing", "1"}, {"SimplexPricing", "2"}, {"SimplexPricing", "3"}},
-           {{"Method", "0"}, {"Method", "1"}}}) {
+           {{"Method", "0"}, {"Method", "1"}, {"Method", "2"}}}) {
     std::vector<double> lengths;
     for (const Setting& setting : settings) {
       const Model model = build_with(env.get(), degenerate(), {{"Presolve", "0"}, setting});
