@@ -51,23 +51,39 @@ Sum column_product(const ProblemView& problem, Index col, std::span<const double
   return sum;
 }
 
-// Accounts for one dual value d priced by the bounds [lower, upper] of a variable or activity with value x.
-void judge_dual(DualQuality& quality, Extended& objective, Extended d, Extended noise, double lower, double upper,
-                const Extended* x, Index at) {
+// A variable or activity: its bounds, and at a given point its value and how far such values go.
+struct Priced {
+  double lower = 0, upper = 0;
+  const Extended* x = nullptr;
+  double reach = 0;
+};
+
+// Accounts for one dual value d that `priced` has.
+void judge_dual(DualQuality& quality, Extended& objective, Extended d, Extended noise, const Priced& priced, Index at) {
   if (std::isnan(d)) {
     quality.sign.add(kInf, at);
     objective = -kInf;
     return;
   }
   if (d == 0) return;
-  const double bound = d > 0 ? lower : upper;
+  const double bound = d > 0 ? priced.lower : priced.upper;
   if (!std::isfinite(bound)) {
     quality.sign.add(narrow(std::abs(d)), at);
-    if (std::abs(d) > noise) objective = -kInf;
+    if (!(std::abs(d) > noise)) return;
+    objective = -kInf;
+    quality.promise.add(narrow(std::abs(d) * priced.reach), at);
     return;
   }
   objective += d * bound;
-  if (x != nullptr) quality.complementarity.add(narrow(std::abs(d) * std::abs(*x - bound)), at);
+  if (priced.x != nullptr) quality.complementarity.add(narrow(std::abs(d) * std::abs(*priced.x - bound)), at);
+}
+
+// At least 1.
+template <class Values>
+double largest_magnitude(const Values& values) {
+  double largest = 1;
+  for (const auto value : values) largest = std::max(largest, std::abs(static_cast<double>(value)));
+  return largest;
 }
 
 }  // namespace
@@ -97,18 +113,20 @@ DualQuality measure_dual(const ProblemView& problem, std::span<const double> pi,
   Extended objective = 0;
   std::vector<Extended> sum;
   if (!x.empty()) sum = activities(problem, x);
+  const double col_reach = x.empty() ? 0 : largest_magnitude(x), row_reach = x.empty() ? 0 : largest_magnitude(sum);
   for (Index col = 0; col < problem.num_cols; ++col) {
     const Sum product = column_product(problem, col, pi);
     const Extended d = Extended(problem.cost[col]) - product.value;
     if (!reduced_cost.empty()) quality.residual.add(narrow(std::abs(d - reduced_cost[col])), col);
     const Extended largest = std::max({Extended(1), std::abs(Extended(problem.cost[col])), product.largest});
     const Extended value = x.empty() ? 0 : x[col];
-    judge_dual(quality, objective, d, kDualNoise * largest, problem.col_lower[col], problem.col_upper[col],
-               x.empty() ? nullptr : &value, col);
+    judge_dual(quality, objective, d, kDualNoise * largest,
+               {problem.col_lower[col], problem.col_upper[col], x.empty() ? nullptr : &value, col_reach}, col);
   }
   for (Index row = 0; row < problem.num_rows; ++row) {
-    judge_dual(quality, objective, pi[row], kDualNoise, problem.row_lower[row], problem.row_upper[row],
-               x.empty() ? nullptr : &sum[row], problem.num_cols + row);
+    judge_dual(quality, objective, pi[row], kDualNoise,
+               {problem.row_lower[row], problem.row_upper[row], x.empty() ? nullptr : &sum[row], row_reach},
+               problem.num_cols + row);
   }
   quality.objective = std::isnan(objective) ? -kInf : narrow(objective);
   return quality;

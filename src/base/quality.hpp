@@ -56,14 +56,16 @@ struct DualQuality {
   Violation sign;             // reduced costs of the wrong sign for the bounds that exist (rows: at num_cols + row)
   Violation residual;         // |cost - A'pi - reduced_cost|
   Violation complementarity;  // |d_j| * distance to the bound it prices, likewise |pi_i| * slack
+  Violation promise;          // |d_j| of the wrong sign and beyond noise * largest |x_k|, |pi_i| * largest |activity|
   double objective = 0;       // bound proven by pi and the recomputed reduced costs, without offset; -inf if none
 };
 
 // d = cost - A'pi. A positive d_j needs a finite lower bound, a negative one a finite upper bound; pi_i > 0 needs a
 // finite row_lower, pi_i < 0 a finite row_upper. `sign`, `complementarity` and `objective` use the recomputed d.
-// `x` may be empty: then complementarity is not measured; `reduced_cost` may be empty: then `residual` is 0. Terms of
-// the wrong sign are not part of complementarity. In `objective` a wrong-signed d_j or pi_i costs -inf unless it is
-// noise, |d_j| <= kDualNoise * max(1, |c_j|, max |a_ij pi_i|); it is in `sign` either way.
+// `x` may be empty: then complementarity and promise are not measured; `reduced_cost` may be empty: then `residual` is
+// 0. Terms of the wrong sign are not part of complementarity: no bound says how far the variable may go. Promise is
+// what the objective gains if it goes as far as the largest one, at least 1. In `objective` a wrong-signed d_j or pi_i
+// costs -inf unless it is noise, |d_j| <= kDualNoise * max(1, |c_j|, max |a_ij pi_i|); it is in `sign` either way.
 DualQuality measure_dual(const ProblemView& problem, std::span<const double> pi, std::span<const double> reduced_cost,
                          std::span<const double> x);
 

@@ -87,7 +87,8 @@ bool is_optimal(const LpData& lp, const LpPoint& point, const SimplexOptions& op
 
 bool closes_gap(const LpData& lp, const LpPoint& point, const SimplexOptions& options) {
   const DualQuality dual = dual_quality_of(lp, point, true);
-  return dual.complementarity.sum <= options.dual_feasibility_tol * std::max(1.0, std::abs(objective_at(lp, point.x)));
+  const double lacking = dual.complementarity.sum + (lp.is_quadratic() ? 0 : dual.promise.sum);
+  return lacking <= options.dual_feasibility_tol * std::max(1.0, std::abs(objective_at(lp, point.x)));
 }
 
 namespace {

@@ -33,7 +33,8 @@ bool is_optimal(const LpData& lp, const LpPoint& point, const SimplexOptions& op
 bool is_optimal_as_stored(const LpData& lp, const LpPoint& point, const SimplexOptions& options);
 
 // What complementary slackness lacks is within the dual tolerance, relative to the objective: the point's objective and
-// the bound that its duals prove agree.
+// the bound that its duals prove agree. Where duals of a linear model have the wrong sign, within the tolerance, they
+// prove no bound: what they promise at the scale of the point counts in its place.
 bool closes_gap(const LpData& lp, const LpPoint& point, const SimplexOptions& options);
 
 // Multipliers of a wrong sign (their rows have no such side) that are no more than rounding become zero.

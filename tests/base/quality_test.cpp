@@ -77,6 +77,7 @@ TEST(Quality, DualViolationsAreMeasuredPerKind) {
   EXPECT_DOUBLE_EQ(dual.complementarity.max, 6);  // d_z = -3 while z = 3 is 2 away from 5
   EXPECT_EQ(dual.complementarity.at, 2);
   EXPECT_DOUBLE_EQ(dual.complementarity.sum, 10);  // d_x = 4 while x = 1 is 1 away from 0
+  EXPECT_DOUBLE_EQ(dual.promise.sum, 4);           // pi_1 while the largest activity is -2
 }
 
 TEST(Quality, NotANumberIsNeverClean) {

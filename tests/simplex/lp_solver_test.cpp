@@ -193,6 +193,9 @@ std::vector<Known> known_models() {
   LpData long_way = dense_model({-5e-8, 0}, {{1, 1}}, {-kInf}, {2e6});
   long_way.col_upper = {1e6, 1e6};
   models.push_back({"long_way", long_way, SolveStatus::kOptimal, -0.05});
+  // The same where no bound but a row ends the way, at y = 1e4.
+  models.push_back({"unbounded_way", dense_model({-5e-8, 1e-4}, {{1, -1}, {0, 1}}, {-kInf, 1e4}, {0, kInf}),
+                    SolveStatus::kOptimal, 0.9995});
   return models;
 }
 
