@@ -78,7 +78,7 @@ Probe StrongBranching::solve_child(const Candidate& candidate, bool up) {
   lp.sync_bounds(state_.domain);
   lp.load_basis(*context_.relaxation.basis);
   const double limit = std::min(iteration_limit_, state_.remaining_iterations());
-  const SolveStatus status = lp.solve(state_.objective_limit(), limit, state_.stop);
+  const SolveStatus status = lp.solve({limit, state_.objective_limit(), true}, state_.stop);
   state_.strong_iterations += lp.iterations();
   Probe result;
   result.infeasible = status == SolveStatus::kInfeasible || status == SolveStatus::kCutoff;

@@ -132,7 +132,7 @@ Dive::Outcome Dive::attempt(const std::vector<BoundChange>& changes) {
   lp.sync_bounds(domain);
   const double limit = std::min(limit_ - iterations_, state_.remaining_iterations());
   if (limit <= 0) return Outcome::kStop;
-  const SolveStatus status = lp.solve(state_.objective_limit(), limit, state_.stop);
+  const SolveStatus status = lp.solve({limit, state_.objective_limit(), true}, state_.stop);
   iterations_ += lp.iterations();
   state_.heuristic_iterations += lp.iterations();
   switch (status) {

@@ -125,7 +125,7 @@ void Pump::restore_costs() {
 }
 
 bool Pump::project() {
-  const SolveStatus status = state_.lp->solve(kInf, state_.remaining_iterations(), state_.stop);
+  const SolveStatus status = state_.lp->solve({state_.remaining_iterations()}, state_.stop);
   iterations_ += state_.lp->iterations();
   state_.heuristic_iterations += state_.lp->iterations();
   if (status != SolveStatus::kOptimal) return false;

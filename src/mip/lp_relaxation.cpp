@@ -16,19 +16,9 @@ void LpRelaxation::sync_bounds(Domain& domain) {
     }
   };
   for (const Index col : domain.take_changed()) mirror(col);
-  for (const Index col : probed_) mirror(col);
-  probed_.clear();
 }
 
-void LpRelaxation::probe_bounds(Index col, double lower, double upper) {
-  lp_.set_col_bounds(col, lower, upper);
-  probed_.push_back(col);
-}
-
-SolveStatus LpRelaxation::solve(double objective_limit, double iteration_limit, const StopToken& stop) {
-  SimplexLimits limits;
-  limits.objective = objective_limit;
-  limits.iterations = iteration_limit;
+SolveStatus LpRelaxation::solve(const SimplexLimits& limits, const StopToken& stop) {
   SolveStatus status = lp_.solve(limits, stop);
   if (status == SolveStatus::kNumeric) {
     lp_.reset_to_slack_basis();
@@ -37,13 +27,14 @@ SolveStatus LpRelaxation::solve(double objective_limit, double iteration_limit, 
   return status;
 }
 
-SolveStatus LpRelaxation::solve_by(LpEngine& engine, double objective_limit, double iteration_limit,
-                                   const StopToken& stop, LogSink& log) {
-  const EngineAnswer answer = engine.solve(lp_.data(), {iteration_limit, objective_limit}, stop, log);
+SolveStatus LpRelaxation::solve_by(LpEngine& engine, const SimplexLimits& limits, const StopToken& stop, LogSink& log) {
+  const EngineAnswer answer = engine.solve(lp_.data(), limits, stop, log);
   engine_iterations_ += answer.iterations;
   barrier_iterations_ += answer.barrier_iterations;
   if (!answer.basis.empty()) lp_.set_basis(answer.basis);
-  return solve(objective_limit, iteration_limit - answer.iterations, stop);
+  SimplexLimits rest = limits;
+  rest.iterations -= answer.iterations;
+  return solve(rest, stop);
 }
 
 void LpRelaxation::set_algorithm(SimplexAlgorithm algorithm) {

@@ -22,15 +22,11 @@ class LpRelaxation {
   LpRelaxation(const SearchModel& model, const SimplexOptions& options, LogSink& log);
 
   void sync_bounds(Domain& domain);
-  // Bound of one column only, as strong branching needs it; the next sync_bounds puts it right again.
-  void probe_bounds(Index col, double lower, double upper);
-
   // As LpSolver::solve; numerical trouble gets a second chance from the slack basis.
-  SolveStatus solve(double objective_limit, double iteration_limit, const StopToken& stop);
+  SolveStatus solve(const SimplexLimits& limits, const StopToken& stop);
 
   // Lets an engine find the basis that the simplex then starts from, whatever the engine made of the problem.
-  SolveStatus solve_by(LpEngine& engine, double objective_limit, double iteration_limit, const StopToken& stop,
-                       LogSink& log);
+  SolveStatus solve_by(LpEngine& engine, const SimplexLimits& limits, const StopToken& stop, LogSink& log);
   void set_algorithm(SimplexAlgorithm algorithm);
 
   [[nodiscard]] std::shared_ptr<const PackedBasis> save_basis() const;
@@ -63,7 +59,6 @@ class LpRelaxation {
   double engine_iterations_ = 0;  // of engines' simplexes
   int barrier_iterations_ = 0;
   std::vector<std::int64_t> cut_ids_;  // of the rows behind the model's
-  std::vector<Index> probed_;
 };
 
 }  // namespace zorvex

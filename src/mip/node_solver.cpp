@@ -114,20 +114,19 @@ void NodeSolver::add_side_cuts() {
 
 SolveStatus NodeSolver::optimize_lp(const Node& node) {
   LpEngine* engine = state_.root_solved() ? state_.options.node_engine.get() : state_.options.root_engine.get();
-  const double limit = state_.objective_limit();
-  const double iterations = state_.remaining_iterations();
+  const SimplexLimits limits{state_.remaining_iterations(), state_.objective_limit()};
   if (engine == nullptr && !node.root() && state_.options.node_method == 0) {
     // Elsewhere the objective of a solve that was stopped early has to be a bound; and where the root is cut, bases are
     // dual feasible, from which the primal simplex ends at vertices that give poorer cuts.
     state_.lp->set_algorithm(SimplexAlgorithm::kPrimal);
-    const SolveStatus status = state_.lp->solve(limit, iterations, state_.stop);
+    const SolveStatus status = state_.lp->solve(limits, state_.stop);
     state_.lp->set_algorithm(SimplexAlgorithm::kDual);
     return status;
   }
-  if (engine == nullptr) return state_.lp->solve(limit, iterations, state_.stop);
+  if (engine == nullptr) return state_.lp->solve(limits, state_.stop);
   QuietLog quiet;
   LogSink& log = state_.root_solved() ? static_cast<LogSink&>(quiet) : state_.root_log;
-  return state_.lp->solve_by(*engine, limit, iterations, state_.stop, log);
+  return state_.lp->solve_by(*engine, limits, state_.stop, log);
 }
 
 NodeSolver::Step NodeSolver::solve_lp(Node& node) {

@@ -174,6 +174,7 @@ SimplexOutcome LpKernel<Real>::run(const SimplexOptions& options, const SimplexL
   core_.pivot_tol = KernelTolerances<Real>::kPivot * Real(options.pivot_tol / KernelTolerances<double>::kPivot);
   core_.iteration_offset = iteration_offset;
   core_.iteration_limit = limits.iterations;
+  core_.temporary_fixings = limits.temporary_fixings;
   core_.begin_solve(options.markowitz_tol);
   const SimplexOutcome outcome =
       quadratic_.is_loaded() ? run_quadratic(options, limits) : run_linear(options, limits, trust_updates);

@@ -51,6 +51,8 @@ struct SimplexOptions {
 struct SimplexLimits {
   double iterations = kInf;
   double objective = kInf;  // a dual bound proven at or above this value ends the solve with kCutoff (minimisation)
+  // The bounds hold for a probe or a dive only. Its start basis is worth no repair, later ones are worth many.
+  bool temporary_fixings = false;
 };
 
 // All vectors are in the space of the loaded LpData, unscaled. Signs: reduced cost d = c - A'pi with pi >= 0 on rows

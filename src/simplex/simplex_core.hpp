@@ -78,6 +78,7 @@ class SimplexCore {
   Index refactor_interval = 100;
   Index factor_count = 0;
   Index singular_events = 0;
+  bool temporary_fixings = false;  // see SimplexLimits
   Index numeric_troubles = 0;
   bool factor_valid = false;
   bool fresh = false;              // factored and values recomputed since the last pivot
@@ -179,6 +180,7 @@ class SimplexCore {
   double take_column(Scattered<Real>& alpha);
   void refine_primal();
   void refine_duals();
+  bool take_singular_basis();
   void repair_singular_basis();
   void tighten_markowitz(double growth, double relative_residual, double drift);
   bool tightened_last_time_ = false;

@@ -9,7 +9,7 @@ namespace zorvex {
 
 namespace {
 
-constexpr Index kMaxSingularEvents = 5;
+constexpr Index kMaxSingularEvents = 5, kMaxTemporaryEvents = 100;
 constexpr Index kMinRefactorInterval = 50;
 
 // One rung of the ladder by which growth of the basic values or the relative residual tightens the tolerance.
@@ -51,22 +51,36 @@ bool SimplexCore<Real>::factorize(SimplexOutcome& failure) {
         break;
       case LuStatus::kSingular:
         factor_valid = false;
-        if (singular_events > kMaxSingularEvents) {
+        if (!take_singular_basis()) {
           failure = SimplexOutcome::kNumeric;
           return false;
         }
-        repair_singular_basis();
         break;
     }
   }
 }
 
+// Puts another basis in the place of a singular one. False: there have been too many.
+template <class Real>
+bool SimplexCore<Real>::take_singular_basis() {
+  if (temporary_fixings || singular_events <= kMaxSingularEvents) {
+    log->sink().print("Warning: %d variables dropped from basis\n", static_cast<int>(lu.deficiencies().size()));
+  }
+  if (singular_events >= (temporary_fixings ? kMaxTemporaryEvents : kMaxSingularEvents)) return false;
+  if (temporary_fixings && iterations == 0) {
+    log->sink().write("Warning: starting basis discarded\n");
+    ++singular_events;
+    slack_basis();
+    settle_nonbasic();
+  } else {
+    repair_singular_basis();
+  }
+  return true;
+}
+
 template <class Real>
 void SimplexCore<Real>::repair_singular_basis() {
   const std::vector<LuDeficiency>& deficient = lu.deficiencies();
-  if (singular_events <= kMaxSingularEvents) {
-    log->sink().print("Warning: %d variables dropped from basis\n", static_cast<int>(deficient.size()));
-  }
   const auto root = static_cast<Index>(std::sqrt(static_cast<double>(m)));
   const auto shrunk = static_cast<Index>(0.9 * refactor_interval);
   refactor_interval = std::min(refactor_interval, std::max(kMinRefactorInterval, std::min(root, shrunk)));

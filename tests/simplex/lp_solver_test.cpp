@@ -10,6 +10,7 @@
 #include "simplex/answer_check.hpp"
 #include "support/dense_lp.hpp"
 #include "support/random_lp.hpp"
+#include "support/text_log.hpp"
 
 namespace zorvex {
 namespace {
@@ -287,6 +288,26 @@ TEST(LpSolver, RepairsBasesOfWrongCountAndSingularOnes) {
     solver.set_basis(basis);
     EXPECT_EQ(solver.solve({}, {}), SolveStatus::kOptimal);
     EXPECT_NEAR(solver.objective(), 7, 1e-9);
+  }
+}
+
+// A singular start basis is repaired; that of a probe is given up for the slack basis.
+TEST(LpSolver, WhatBecomesOfASingularStart) {
+  const LpData lp = dense_model({2, 2, 1}, {{1, 1, 0}, {1, 1, 1}}, {3, 4}, {3, 4});
+  const Basis identical_columns{{BasisStatus::kBasic, BasisStatus::kBasic, BasisStatus::kAtLower},
+                                {BasisStatus::kAtLower, BasisStatus::kAtLower},
+                                {},
+                                {}};
+  for (const bool temporary : {false, true}) {
+    TextLog log;
+    LpSolver solver(lp, {}, log);
+    solver.set_basis(identical_columns);
+    SimplexLimits limits;
+    limits.temporary_fixings = temporary;
+    EXPECT_EQ(solver.solve(limits, {}), SolveStatus::kOptimal);
+    EXPECT_NEAR(solver.objective(), 7, 1e-9);
+    EXPECT_TRUE(log.has("Warning: 1 variables dropped from basis\n")) << log.text();
+    EXPECT_EQ(log.has("Warning: starting basis discarded\n"), temporary) << log.text();
   }
 }
 
