@@ -93,7 +93,7 @@ TEST(Separators, NoIntegerPointIsCutOff) {
     state.domain.reload();
     state.make_lp();
     for (int round = 0; round < 5; ++round) {
-      if (state.lp->solve(kInf, kInf, state.stop) != SolveStatus::kOptimal) break;
+      if (state.lp->solve({}, state.stop) != SolveStatus::kOptimal) break;
       NodeRelaxation relaxation;
       relaxation.x = state.lp->point().x;
       relaxation.reduced_cost = state.lp->point().reduced_cost;

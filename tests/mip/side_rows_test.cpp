@@ -204,7 +204,7 @@ TEST(SideRows, PinnedCutsStayInTheLp) {
   };
   const std::vector<std::int64_t> ids{add(8, true), add(9, false)};
   lp.add_cuts(pool, ids);
-  ASSERT_EQ(lp.solve(kInf, kInf, {}), SolveStatus::kOptimal);
+  ASSERT_EQ(lp.solve({}, {}), SolveStatus::kOptimal);
   EXPECT_EQ(lp.remove_slack_cuts(pool, 0), 1u);
   EXPECT_EQ(lp.cut_ids(), std::vector<std::int64_t>{ids[0]});
   lp.add_cuts(pool, {add(9, false)});
