@@ -91,7 +91,7 @@ SolveStatus Crossover::push(LpKernel<Real>& kernel, SimplexLog& log, CrossoverSi
   core.primal_tol = Real(options_.simplex.primal_feasibility_tol * kToleranceShare);
   core.dual_tol = Real(options_.simplex.dual_feasibility_tol * kToleranceShare);
   core.iteration_limit = limits_.iterations;
-  core.begin_solve(options_.simplex.markowitz_tol);
+  core.begin_solve(options_.simplex.markowitz_tol, options_.simplex.space_steps);
   CrossoverPush<Real> phases(core, log);
   SolveStatus status = phases.start(basis, std::move(sides));
   if (status == SolveStatus::kLoaded) status = push_phases(phases);

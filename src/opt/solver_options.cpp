@@ -45,6 +45,7 @@ SimplexOptions simplex_options(const ZLPenv& env, double start_time) {
   options.pricing = param<Param::SimplexPricing>(env);
   options.norm_adjust = param<Param::NormAdjust>(env);
   if (options.norm_adjust < 0) options.norm_adjust = param<Param::ZORV_PAR_EXACTNORM>(env);  // 0 and 1 mean the same
+  options.space_steps = param<Param::ZORV_PAR_SIMPLEXALLOCS>(env);
   options.pivot_tol = param<Param::ZORV_PAR_PIVOTTOL>(env);
   options.free_box = param<Param::ZORV_PAR_BIGM>(env) * kFreeBoxShare;
   options.bound_flipping = param<Param::ZORV_PAR_SIMPLEXPWRATIO>(env) != 0;
@@ -88,6 +89,7 @@ PresolveOptions presolve_options(const ZLPenv& env) {
                        : wanted(param<Param::ZORV_PAR_PRESUBROW>(env)) ? Cancelling::kContained
                                                                        : Cancelling::kOff;
   options.longest_row = param<Param::ZORV_PAR_PRESPLITROWS>(env) > 0 ? kLongestRow : 0;
+  options.longest_col = param<Param::ZORV_PAR_SPLIT>(env);
   options.power_scaling = param<Param::ZORV_PAR_PREPOWER>(env) != 0;
   options.aggregation_fill = param<Param::AggFill>(env);
   if (param<Param::ZORV_PAR_PRELIMIT>(env) < kMaxIntParameter) options.max_steps = param<Param::ZORV_PAR_PRELIMIT>(env);

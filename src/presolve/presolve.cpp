@@ -9,8 +9,8 @@
 #include "base/quality.hpp"
 #include "base/tolerances.hpp"
 #include "presolve/changes.hpp"
+#include "presolve/line_shape.hpp"
 #include "presolve/reduction.hpp"
-#include "presolve/row_shape.hpp"
 
 namespace zorvex {
 namespace {
@@ -53,8 +53,8 @@ struct Presolve::State {
   std::unique_ptr<PresolveModel> model;
   std::unique_ptr<Changes> changes;
   LpData reduced;
-  LpData shaped;                  // `reduced` with its rows in another form
-  std::optional<RowShape> shape;  // of `shaped`, when that is what gets solved
+  LpData shaped;                   // `reduced` with rows or columns in another form
+  std::optional<LineShape> shape;  // of `shaped`, when that is what gets solved
   PresolveStatistics statistics;
   std::vector<Index> original_cols, original_rows;
   std::vector<double> farkas;
@@ -199,9 +199,9 @@ PresolveOutcome Presolve::State::run(const StopToken& stop) {
   if (outcome == Outcome::kUnbounded) return PresolveOutcome::kUnbounded;
   if (stopped) return PresolveOutcome::kStopped;
   build_reduced();
-  if (options.longest_row > 0 || options.power_scaling) {
+  if (options.longest_row > 0 || options.longest_col > 0 || options.power_scaling) {
     shaped = reduced;
-    shape.emplace(shaped, options.longest_row, options.power_scaling);
+    shape.emplace(shaped, options.longest_row, options.longest_col, options.power_scaling);
   }
   return reduced.num_rows() + reduced.num_cols() == 0 ? PresolveOutcome::kAllRemoved : PresolveOutcome::kReduced;
 }

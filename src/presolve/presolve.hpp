@@ -33,6 +33,7 @@ struct PresolveOptions {
   bool implied_equations = false;  // inequalities that can only hold with equality become equations
   Cancelling cancelling = Cancelling::kFull;
   Index longest_row = 0;        // longer rows of what is left are cut into pieces; 0: none
+  Index longest_col = 0;        // the same for columns
   bool power_scaling = false;   // rows of what is left are multiplied by powers of two
   Index aggregation_fill = 10;  // nonzeros that the elimination of one column may add
   std::int64_t max_steps = std::numeric_limits<std::int64_t>::max();  // changes after which presolve stops

@@ -1,6 +1,7 @@
 #include "simplex/basis_lu.hpp"
 
 #include <algorithm>
+#include <cmath>
 
 #include "simplex/lu_assemble.hpp"
 #include "simplex/lu_factors.hpp"
@@ -13,8 +14,8 @@
 namespace zorvex {
 
 namespace {
-// Slots wanted per row and basis nonzero: three quarters of it are what is asked for first, enough for fill of the
-// usual basis and a few hundred updates. Slots never touched cost no memory.
+// Slots wanted per row and basis nonzero with the usual steps: three quarters of it are what is asked for first, enough
+// for fill of the usual basis and a few hundred updates. Slots never touched cost no memory.
 constexpr Offset kSlotsPerNonzero = 8;
 constexpr Offset kSmallestSpace = 4096;
 constexpr Offset kLargestEstimate = Offset{1} << 48;
@@ -119,9 +120,11 @@ template <class Real>
 BasisLu<Real>& BasisLu<Real>::operator=(BasisLu&&) noexcept = default;
 
 template <class Real>
-bool BasisLu<Real>::reserve(Index m, Offset basis_nonzeros) {
+bool BasisLu<Real>::reserve(Index m, Offset basis_nonzeros, int steps) {
   const Offset slots = std::min(m + basis_nonzeros, kLargestEstimate);
-  return state_->factors.space.reserve(kSmallestSpace + kSlotsPerNonzero * slots);
+  const Offset usual = kSmallestSpace + kSlotsPerNonzero * slots;
+  const double wanted = static_cast<double>(usual) * std::pow(1.5, steps - kUsualSpaceSteps);
+  return state_->factors.space.reserve(static_cast<Offset>(std::min(wanted, static_cast<double>(kLargestEstimate))));
 }
 
 template <class Real>

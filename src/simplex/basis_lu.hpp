@@ -46,6 +46,8 @@ struct LuDeficiency {
   Index row;
 };
 
+inline constexpr int kUsualSpaceSteps = 5;
+
 template <class Real>
 class BasisLu {
  public:
@@ -54,9 +56,10 @@ class BasisLu {
   BasisLu(BasisLu&&) noexcept;
   BasisLu& operator=(BasisLu&&) noexcept;
 
-  // Allocates the factor space for bases of dimension m with about `basis_nonzeros` nonzeros. Throws std::bad_alloc
-  // after ten reductions to three quarters. Returns false if less than half of what was wanted could be had.
-  bool reserve(Index m, Offset basis_nonzeros);
+  // Allocates the factor space for bases of dimension m with about `basis_nonzeros` nonzeros, half as much again for
+  // each of `steps`. Throws std::bad_alloc after ten reductions to three quarters. Returns false if less than half of
+  // what was wanted could be had.
+  bool reserve(Index m, Offset basis_nonzeros, int steps = kUsualSpaceSteps);
   [[nodiscard]] Offset factor_space() const;  // slots available for L and U
   // 1.5 times the space, at most 2^31 - 1 slots; throws std::bad_alloc if it is at that size already.
   void grow_space();

@@ -175,7 +175,7 @@ SimplexOutcome LpKernel<Real>::run(const SimplexOptions& options, const SimplexL
   core_.iteration_offset = iteration_offset;
   core_.iteration_limit = limits.iterations;
   core_.temporary_fixings = limits.temporary_fixings;
-  core_.begin_solve(options.markowitz_tol);
+  core_.begin_solve(options.markowitz_tol, options.space_steps);
   const SimplexOutcome outcome =
       quadratic_.is_loaded() ? run_quadratic(options, limits) : run_linear(options, limits, trust_updates);
   if (log.sink().enabled() && (outcome == SimplexOutcome::kOptimal || log.settings().display_interval > 0)) {

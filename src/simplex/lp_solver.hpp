@@ -23,6 +23,7 @@ struct SimplexOptions {
   double dual_feasibility_tol = 1e-6;    // absolute, on unscaled reduced costs
   double relaxed_tol = 0;                // both tolerances widen to it when all other attempts failed; 0: they stay
   double markowitz_tol = 0.0078125;
+  int space_steps = 5;  // each enlarges the factor space reserved at first by half
   double perturb_value = 2e-4;
   double objective_scale = 0;  // 0 automatic, <0 power of the largest cost, >0 factor
   int pricing = -1;

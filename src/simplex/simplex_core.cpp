@@ -58,7 +58,7 @@ bool SimplexCore<Real>::has_basic_columns() const {
 }
 
 template <class Real>
-void SimplexCore<Real>::begin_solve(double markowitz_tolerance) {
+void SimplexCore<Real>::begin_solve(double markowitz_tolerance, int space_steps) {
   markowitz = markowitz_tolerance;
   refactor_interval = std::max<Index>(20, static_cast<Index>(std::pow(static_cast<double>(m), 0.7)));
   factor_count = 0;
@@ -72,7 +72,8 @@ void SimplexCore<Real>::begin_solve(double markowitz_tolerance) {
   Offset basis_nonzeros = 0;
   for (const Index var : head) basis_nonzeros += var < n ? col_start[var + 1] - col_start[var] : 1;
   if (!factor_valid) {
-    if (!lu.reserve(m, basis_nonzeros)) log->sink().write("Warning: insufficient memory, speed may be affected.\n");
+    const bool enough = lu.reserve(m, basis_nonzeros, space_steps);
+    if (!enough) log->sink().write("Warning: insufficient memory, speed may be affected.\n");
   }
   log->sink().print("Column=%d, Row=%d, Nonzero=%d, FactSpace=%d\n", n, m, static_cast<int>(basis_nonzeros),
                     static_cast<int>(lu.factor_space()));

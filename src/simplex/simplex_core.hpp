@@ -105,7 +105,7 @@ class SimplexCore {
   void prepare();
   void slack_basis();
   // Resets the counters that live for one solve and reserves factor space. Logs the factor space line.
-  void begin_solve(double markowitz_tolerance);
+  void begin_solve(double markowitz_tolerance, int space_steps);
 
   // Puts every nonbasic variable to the place its working bounds allow (keeping its side where it can) and sets its
   // value; copies the working bounds of basic variables to their positions.

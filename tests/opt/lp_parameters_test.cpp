@@ -152,6 +152,7 @@ std::vector<Reduced> reductions() {
        "",
        {{"ZORV_PAR_DUALREDUCTION", "0"}}},
       {"long rows are cut", longer_rows(), {{"ZORV_PAR_PRESPLITROWS", "1"}}, "3 204 612", "12 213 630"},
+      {"long columns are cut", plain, {{"ZORV_PAR_SPLIT", "2"}}, "3 4 12", "7 8 20"},
       {"conservative", with_row(plain, {{1, 1, 1, 2}, '<', 20}), {{"Presolve", "1"}}, "3 4 12", "4 4 16"},
       {"aggressive", with_row(plain, {{2, 3, 1, 6}, '<', 25}), {{"Presolve", "2"}}, "4 4 16", "3 4 12"},
   };
@@ -369,6 +370,7 @@ TEST(LpParameters, WhereSolvesStart) {
        "ZORV_PAR_ALTSCALE",
        {"0", "1"}},
       {wide_rows, {{"Method", "1"}, {"ScaleFlag", "0"}}, simplex, "ZORV_PAR_PREPOWER", {"0", "1"}},
+      {wide_rows, {{"Method", "1"}}, "FactSpace=", "ZORV_PAR_SIMPLEXALLOCS", {"1", "5", "6"}},
   };
   const Env env = quiet_env();
   for (const auto& fact : facts) {

@@ -115,6 +115,7 @@ TEST_P(PresolveRandom, AgreesWithOracle) {
     options.dual_reductions = trial % 4 != 0;
     options.implied_equations = trial % 3 == 0;
     options.longest_row = trial % 5 == 0 ? 2 : 0;
+    options.longest_col = trial % 6 == 1 ? 2 : 0;
     options.power_scaling = trial % 7 == 0;
     check_against_oracle(random_lp(random, parameters.shape), options, tally);
     if (HasFailure()) {

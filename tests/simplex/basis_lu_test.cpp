@@ -416,7 +416,10 @@ TYPED_TEST(BasisLuTest, SpaceGrowsByHalf) {
   const Shape shape{"space", 400, 0, 0, 0, 60, 0};
   const Instance<TypeParam> instance = make_instance<TypeParam>(shape, random);
   BasisLu<TypeParam> lu;
+  EXPECT_TRUE(lu.reserve(1, 1, kUsualSpaceSteps + 2));
+  const Offset ample = lu.factor_space();
   EXPECT_TRUE(lu.reserve(1, 1));
+  EXPECT_NEAR(static_cast<double>(ample), 2.25 * static_cast<double>(lu.factor_space()), 3);
   EXPECT_EQ(lu.growth_count(), 0);
   Offset space = lu.factor_space();
   Index growths = 0;
@@ -433,6 +436,7 @@ TYPED_TEST(BasisLuTest, SpaceGrowsByHalf) {
 TYPED_TEST(BasisLuTest, ImpossibleSpaceThrows) {
   BasisLu<TypeParam> lu;
   EXPECT_THROW(lu.reserve(1000, Offset{1} << 60), std::bad_alloc);
+  EXPECT_THROW(lu.reserve(1, 1, 2000000000), std::bad_alloc);
 }
 
 TYPED_TEST(BasisLuTest, StopsWhenAsked) {

@@ -75,7 +75,7 @@ TEST(PrimalBounds, WidenedBoundsLeaveNoTrace) {
     SimplexCore<double>& core = kernel.core();
     core.stop = &stop;
     core.log = &log;
-    core.begin_solve(0.1);
+    core.begin_solve(0.1, kUsualSpaceSteps);
     core.iteration_limit = trial % 4 == 0 ? trial % 11 : kInf;
     PrimalSimplex<double> primal(core);
     PrimalOptions options;

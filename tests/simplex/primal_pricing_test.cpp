@@ -22,7 +22,7 @@ TEST(PrimalPricing, SteepestEdgeWeightsStayExact) {
     SimplexCore<double>& core = kernel.core();
     core.stop = &stop;
     core.log = &log;
-    core.begin_solve(0.1);
+    core.begin_solve(0.1, kUsualSpaceSteps);
     PrimalSimplex<double> primal(core);
     PrimalOptions options;
     options.may_perturb = false;
