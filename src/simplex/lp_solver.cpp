@@ -235,6 +235,7 @@ bool LpSolver::State::accept(SimplexOutcome outcome) {
     case SimplexOutcome::kUnbounded:
       ray = lp_kernel.user_ray();
       lp_kernel.extract(data, point);
+      objective = objective_at(data, point.x);
       status = SolveStatus::kUnbounded;
       return is_improving_ray(data, ray) && is_feasible(data, point.x, options.primal_feasibility_tol);
     case SimplexOutcome::kCutoff:

@@ -8,7 +8,7 @@
 
 #include "base/random_stream.hpp"
 #include "simplex/answer_check.hpp"
-#include "support/dense_lp.hpp"
+#include "support/claim.hpp"
 #include "support/random_lp.hpp"
 #include "support/text_log.hpp"
 #include "support/wide_lp.hpp"
@@ -33,12 +33,9 @@ TEST(OptimizeThreadsEngine, AgreesWithTheOracleOnRandomModels) {
     const LpData lp = oracle::random_lp(random, shape);
     const oracle::DenseLpResult expected = oracle::solve_dense_lp(lp);
     const EngineAnswer answer = race(lp, 2 + trial % 3, trial % 2 == 1);
-    ASSERT_EQ(answer.status, expected.status) << trial;
+    oracle::expect_right(lp, answer, expected, "trial " + std::to_string(trial));
+    if (HasFatalFailure()) return;
     if (answer.status != SolveStatus::kOptimal) continue;
-    EXPECT_NEAR(objective_at(lp, answer.point.x), expected.objective,
-                1e-6 * std::max(1.0, std::abs(expected.objective)))
-        << trial;
-    EXPECT_TRUE(is_optimal(lp, answer.point, {})) << trial;
     EXPECT_FALSE(answer.basis.empty()) << trial;
   }
 }

@@ -9,7 +9,7 @@
 
 #include "base/random_stream.hpp"
 #include "simplex/answer_check.hpp"
-#include "support/dense_lp.hpp"
+#include "support/claim.hpp"
 #include "support/random_lp.hpp"
 #include "support/text_log.hpp"
 #include "support/wide_lp.hpp"
@@ -44,12 +44,9 @@ TEST(StagedEngine, EveryStageAgreesWithTheOracle) {
     for (const Stages& stages : kStages) {
       TextLog log;
       const EngineAnswer answer = StagedEngine(options_of(stages)).solve(lp, {}, {}, log);
-      ASSERT_EQ(answer.status, expected.status) << trial << ' ' << stages.name;
+      oracle::expect_right(lp, answer, expected, "trial " + std::to_string(trial) + " " + stages.name);
+      if (HasFatalFailure()) return;
       if (answer.status != SolveStatus::kOptimal) continue;
-      EXPECT_NEAR(objective_at(lp, answer.point.x), expected.objective,
-                  1e-6 * std::max(1.0, std::abs(expected.objective)))
-          << trial << ' ' << stages.name;
-      EXPECT_TRUE(is_optimal(lp, answer.point, {})) << trial << ' ' << stages.name;
       EXPECT_FALSE(answer.basis.empty()) << trial << ' ' << stages.name;
     }
   }

@@ -3,8 +3,8 @@
 #include <gtest/gtest.h>
 
 #include "base/random_stream.hpp"
+#include "primal_run.hpp"
 #include "simplex/answer_check.hpp"
-#include "simplex/lp_kernel.hpp"
 #include "support/dense_lp.hpp"
 #include "support/random_lp.hpp"
 
@@ -63,25 +63,16 @@ void expect_right(const LpData& lp, LpKernel<double>& kernel, SimplexOutcome out
 
 TEST(PrimalBounds, WidenedBoundsLeaveNoTrace) {
   RandomStream random(29, "primal bounds");
-  QuietLog quiet;
-  SimplexLog log(quiet, {});
-  const StopToken stop;
   Tally tally;
   for (int trial = 0; trial < 1200; ++trial) {
     const LpData lp = oracle::random_lp(random, {14, 20, 0.4, 0.8});
     if (lp.num_rows() == 0) continue;
-    LpKernel<double> kernel;
-    kernel.load(lp, unit_scaling(lp), 1);
-    SimplexCore<double>& core = kernel.core();
-    core.stop = &stop;
-    core.log = &log;
-    core.begin_solve(0.1, kUsualSpaceSteps);
-    core.iteration_limit = trial % 4 == 0 ? trial % 11 : kInf;
-    PrimalSimplex<double> primal(core);
+    PrimalRun run(lp);
+    run.core().iteration_limit = trial % 4 == 0 ? trial % 11 : kInf;
     PrimalOptions options;
     options.stall_length = -1;
     options.pricing = trial % 4 - 1;
-    expect_right(lp, kernel, primal.run(options), "trial " + std::to_string(trial), tally);
+    expect_right(lp, run.kernel, run.primal.run(options), "trial " + std::to_string(trial), tally);
     if (HasFailure()) return;
   }
   EXPECT_GT(tally.optimal, 200);

@@ -2,8 +2,8 @@
 #include <gtest/gtest.h>
 
 #include "base/random_stream.hpp"
+#include "primal_run.hpp"
 #include "simplex/basis_inverse.hpp"
-#include "simplex/lp_kernel.hpp"
 #include "support/random_lp.hpp"
 
 namespace zorvex {
@@ -11,26 +11,18 @@ namespace {
 
 TEST(PrimalPricing, SteepestEdgeWeightsStayExact) {
   RandomStream random(61, "primal steepest edge");
-  QuietLog quiet;
-  SimplexLog log(quiet, {});
-  const StopToken stop;
   int checked = 0, pivots = 0;
   for (int trial = 0; trial < 300; ++trial) {
     const LpData lp = oracle::random_lp(random, {10, 14, 0.4, 0.95});
-    LpKernel<double> kernel;
-    kernel.load(lp, unit_scaling(lp), 1);
-    SimplexCore<double>& core = kernel.core();
-    core.stop = &stop;
-    core.log = &log;
-    core.begin_solve(0.1, kUsualSpaceSteps);
-    PrimalSimplex<double> primal(core);
+    PrimalRun run(lp);
+    const SimplexCore<double>& core = run.core();
     PrimalOptions options;
     options.may_perturb = false;
     options.pricing = 1;
-    if (primal.run(options) != SimplexOutcome::kOptimal) continue;
+    if (run.primal.run(options) != SimplexOutcome::kOptimal) continue;
     pivots += static_cast<int>(core.iterations);
     BasisInverse<double> inverse;
-    ASSERT_TRUE(inverse.factor(lp, kernel.basis()));
+    ASSERT_TRUE(inverse.factor(lp, run.kernel.basis()));
     Scattered<double> column;
     column.resize(lp.num_rows());
     for (Index var = 0; var < core.num_vars(); ++var) {
@@ -41,7 +33,7 @@ TEST(PrimalPricing, SteepestEdgeWeightsStayExact) {
       column.pack(0);
       double norm = 1;
       for (const Index k : column.index) norm += column.value[k] * column.value[k];
-      EXPECT_NEAR(primal.weight(var), norm, 1e-8 * norm) << "trial " << trial << " variable " << var;
+      EXPECT_NEAR(run.primal.weight(var), norm, 1e-8 * norm) << "trial " << trial << " variable " << var;
       ++checked;
     }
   }
