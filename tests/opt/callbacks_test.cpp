@@ -271,7 +271,7 @@ TEST(Callbacks, FailureShowsInTheLog) {
   const Env env = quiet_env();
   Body body = [](ZLPmodel*, ZLPcbdata*, int where) { return where == ZLP_WHERE_MIP_NODE ? 1 : 0; };
   const Model model = with_callback(env.get(), knapsack(), body);
-  ASSERT_EQ(0, ZLPsetintparam(ZLPgetenv(model.get()), "OutputFlag", 1));
+  set(model.get(), {{"OutputFlag", 1}});
   const std::string log = printed([&] { EXPECT_EQ(10011, ZLPoptimize(model.get())); });
   EXPECT_NE(log.find("Solve interrupted (error code 10011)\n"), std::string::npos) << log;
 }
@@ -425,7 +425,7 @@ TEST(Callbacks, UnboundedModelsStayOpenWhileConstraintsMayCome) {
   Body body = [](ZLPmodel*, ZLPcbdata*, int) { return 0; };
   for (const int pre_crush : {0, 1}) {
     const Model model = with_callback(env.get(), {1, {-1, 0}, {{{1, -1}, '>', -3}}, {}, {}, "II"}, body);
-    ASSERT_EQ(0, ZLPsetintparam(ZLPgetenv(model.get()), "PreCrush", pre_crush));
+    set(model.get(), {{"PreCrush", pre_crush}});
     ASSERT_EQ(0, ZLPoptimize(model.get()));
     EXPECT_EQ(pre_crush == 0 ? ZLP_UNBOUNDED : ZLP_INF_OR_UNBD, int_attr(model.get(), "Status"));
   }
@@ -464,8 +464,7 @@ TEST(CallbackSolutions, AreTakenLikeStarts) {
       return 0;
     };
     const Model model = with_callback(env.get(), knapsack(), body);
-    ASSERT_EQ(0, ZLPsetdblparam(ZLPgetenv(model.get()), "Heuristics", 0));
-    ASSERT_EQ(0, ZLPsetdblparam(ZLPgetenv(model.get()), "MIPGap", 0));
+    set(model.get(), {{"Heuristics", 0}, {"MIPGap", 0}});
     ASSERT_EQ(0, ZLPoptimize(model.get()));
     EXPECT_NEAR(dbl_attr(plain.get(), "ObjVal"), dbl_attr(model.get(), "ObjVal"), 1e-9);
     ASSERT_FALSE(objectives.empty());
@@ -518,7 +517,7 @@ TEST(CallbackAnswers, WrongOnesAreRefused) {
     return 0;
   };
   const Model model = with_callback(env.get(), knapsack(), body);
-  ASSERT_EQ(0, ZLPsetintparam(ZLPgetenv(model.get()), "PreCrush", 1));
+  set(model.get(), {{"PreCrush", 1}});
   ASSERT_EQ(0, ZLPoptimize(model.get()));
   EXPECT_EQ(std::set({0, 1, 2, 3, 4, 5, 6}), seen);
 

@@ -156,18 +156,14 @@ TEST(LazyConstraints, EverySourceOfSolutionsRespectsThem) {
   for (const int count : {7, 8, 9}) {
     for (int seed = 0; seed < 3; ++seed) {
       const Cities cities = two_clusters(count, 100 * count + seed);
-      const Model full = build(env.get(), full_model(cities));
-      ASSERT_EQ(0, ZLPsetdblparam(ZLPgetenv(full.get()), "MIPGap", 0));
+      const Model full = build(env.get(), full_model(cities), {{"MIPGap", 0}});
       ASSERT_EQ(0, ZLPoptimize(full.get()));
       ASSERT_EQ(2, int_attr(full.get(), "Status"));
       for (const Case& c : cases) {
         const std::string place = c.what + (" " + std::to_string(count)) + " " + std::to_string(seed);
-        const Model model = build(env.get(), degree_model(cities));
+        const Model model = build(env.get(), degree_model(cities),
+                                  {{"MIPGap", 0}, {"Heuristics", c.heuristics}, {"RINS", c.rins}, {"PreCrush", 1}});
         ZLPenv* own = ZLPgetenv(model.get());
-        ASSERT_EQ(0, ZLPsetdblparam(own, "MIPGap", 0));
-        ASSERT_EQ(0, ZLPsetdblparam(own, "Heuristics", c.heuristics));
-        ASSERT_EQ(0, ZLPsetintparam(own, "RINS", c.rins));
-        ASSERT_EQ(0, ZLPsetintparam(own, "PreCrush", 1));
         if (c.start) {
           const std::vector<double> x = two_tours(cities);
           ASSERT_EQ(0, ZLPsetdblattrarray(model.get(), "Start", 0, cities.num_edges(), x.data()));

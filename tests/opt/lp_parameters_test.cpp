@@ -24,29 +24,6 @@ std::string presolved(ZLPmodel* model) {
   return std::to_string(rows) + " " + std::to_string(cols) + " " + std::to_string(nonzeros);
 }
 
-struct Setting {
-  const char* name;
-  const char* value;
-};
-
-void set(ZLPmodel* model, const std::vector<Setting>& settings) {
-  for (const Setting& setting : settings) {
-    EXPECT_EQ(0, ZLPsetparam(ZLPgetenv(model), setting.name, setting.value)) << setting.name;
-  }
-}
-
-Model build_with(ZLPenv* env, const Tiny& tiny, const std::vector<Setting>& settings) {
-  Model model = build(env, tiny);
-  set(model.get(), settings);
-  return model;
-}
-
-// What the optimization prints.
-std::string log_of(ZLPmodel* model) {
-  set(model, {{"OutputFlag", "1"}});
-  return printed([&] { EXPECT_EQ(0, ZLPoptimize(model)); });
-}
-
 struct Reduced {
   const char* fact;
   Tiny model;
@@ -162,8 +139,8 @@ TEST(LpParameters, PresolveSwitches) {
   const Env env = quiet_env();
   for (const Reduced& each : reductions()) {
     SCOPED_TRACE(each.fact);
-    const Model before = build_with(env.get(), each.model, each.both_times);
-    const Model after = build_with(env.get(), each.model, each.both_times);
+    const Model before = build(env.get(), each.model, each.both_times);
+    const Model after = build(env.get(), each.model, each.both_times);
     EXPECT_EQ(each.without, presolved(before.get()));
     set(after.get(), each.settings);
     EXPECT_EQ(each.with, presolved(after.get()));
@@ -179,11 +156,8 @@ TEST(LpParameters, FeasibilityTolDecidesWhatHolds) {
       SCOPED_TRACE(std::string("presolve ") + presolve + " method " + method);
       const Tiny gap{.obj = {1, 1}, .rows = {{{1, 1}, '>', 1}, {{1, 1}, '<', 1 - 5e-5}}};
       for (const bool loose : {false, true}) {
-        const Model model = build(env.get(), gap);
-        ZLPenv* own = ZLPgetenv(model.get());
-        ASSERT_EQ(0, ZLPsetparam(own, "Presolve", presolve));
-        ASSERT_EQ(0, ZLPsetparam(own, "Method", method));
-        ASSERT_EQ(0, ZLPsetdblparam(own, "FeasibilityTol", loose ? 1e-3 : 1e-6));
+        const Model model = build(
+            env.get(), gap, {{"Presolve", presolve}, {"Method", method}, {"FeasibilityTol", loose ? 1e-3 : 1e-6}});
         ASSERT_EQ(0, ZLPoptimize(model.get()));
         EXPECT_EQ(loose ? ZLP_OPTIMAL : ZLP_INFEASIBLE, int_attr(model.get(), "Status"));
       }
@@ -194,11 +168,8 @@ TEST(LpParameters, FeasibilityTolDecidesWhatHolds) {
 TEST(LpParameters, OptimalityTolDecidesWhatPays) {
   const Env env = quiet_env();
   for (const bool loose : {false, true}) {
-    const Model model = build(env.get(), {.obj = {-2e-4, 1}, .rows = {{{1, 1}, '<', 5}}, .lb = {}, .ub = {4, 4}});
-    ZLPenv* own = ZLPgetenv(model.get());
-    ASSERT_EQ(0, ZLPsetparam(own, "Presolve", "0"));
-    ASSERT_EQ(0, ZLPsetparam(own, "PerturbValue", "0"));
-    ASSERT_EQ(0, ZLPsetdblparam(own, "OptimalityTol", loose ? 1e-2 : 1e-6));
+    const Model model = build(env.get(), {.obj = {-2e-4, 1}, .rows = {{{1, 1}, '<', 5}}, .lb = {}, .ub = {4, 4}},
+                              {{"Presolve", "0"}, {"PerturbValue", "0"}, {"OptimalityTol", loose ? 1e-2 : 1e-6}});
     ASSERT_EQ(0, ZLPoptimize(model.get()));
     EXPECT_EQ(loose ? 0 : 4, dbl_array(model.get(), "X", "NumVars")[0]);
   }
@@ -234,7 +205,7 @@ TEST(LpParameters, WhatCountsAsInfiniteAsZeroAndAsSolved) {
   for (const auto& fact : facts) {
     SCOPED_TRACE(fact.with.name);
     for (const bool changed : {false, true}) {
-      const Model model = build_with(env.get(), fact.model, fact.without);
+      const Model model = build(env.get(), fact.model, fact.without);
       if (changed) set(model.get(), {fact.with});
       ASSERT_EQ(0, ZLPoptimize(model.get()));
       const Solved& expected = changed ? fact.after : fact.before;
@@ -259,8 +230,8 @@ TEST(LpParameters, ScalingOfObjectiveAndMatrix) {
   };
   for (const auto& fact : facts) {
     SCOPED_TRACE(fact.value);
-    const Model model = build_with(env.get(), {.obj = {1000, -10}, .rows = {{{1, 1}, '<', 5}, {{1, -1}, '>', 1}}},
-                                   {{"Presolve", "0"}, {"ZORV_PAR_ITEST", "1"}, {fact.name, fact.value}});
+    const Model model = build(env.get(), {.obj = {1000, -10}, .rows = {{{1, 1}, '<', 5}, {{1, -1}, '>', 1}}},
+                              {{"Presolve", "0"}, {"ZORV_PAR_ITEST", "1"}, {fact.name, fact.value}});
     const std::string log = log_of(model.get());
     EXPECT_NE(std::string::npos, log.find(std::string("Scaled:\n") + fact.line)) << log;
     EXPECT_NEAR(1000, dbl_attr(model.get(), "ObjVal"), 1e-6);
@@ -334,7 +305,7 @@ TEST(LpParameters, BigTolFindsPointsWhereNumericalTroubleOutlastsTheRest) {
 
 // The part of a log that the solve's first point shows in.
 std::string first_point(ZLPenv* env, const Tiny& tiny, const std::vector<Setting>& settings, const char* before) {
-  const Model model = build_with(env, tiny, settings);
+  const Model model = build(env, tiny, settings);
   const std::string log = log_of(model.get());
   expect_lp_quality(model.get());
   const std::size_t at = log.find(before);
@@ -401,12 +372,8 @@ TEST(LpParameters, NormAdjustSaysWhereNormsComeFrom) {
   for (const auto& fact : facts) {
     SCOPED_TRACE(std::string(fact.name) + fact.value + (fact.bring_norms ? " with norms" : ""));
     // x is basic in its row with coefficient 4: the exact norm is 1/16. Its bound is violated, so one pivot is due.
-    const Model model = build(env.get(), {.obj = {1, 1}, .rows = {{{4, 1}, '=', 8}}, .lb = {}, .ub = {1, 9}});
-    ZLPenv* own = ZLPgetenv(model.get());
-    for (const Setting& setting : std::vector<Setting>{
-             {"Presolve", "0"}, {"ScaleFlag", "0"}, {"IterationLimit", "0"}, {fact.name, fact.value}}) {
-      ASSERT_EQ(0, ZLPsetparam(own, setting.name, setting.value));
-    }
+    const Model model = build(env.get(), {.obj = {1, 1}, .rows = {{{4, 1}, '=', 8}}, .lb = {}, .ub = {1, 9}},
+                              {{"Presolve", 0}, {"ScaleFlag", 0}, {"IterationLimit", 0}, {fact.name, fact.value}});
     ASSERT_EQ(0, ZLPsetintattrelement(model.get(), "VBasis", 0, ZLP_BASIC));
     ASSERT_EQ(0, ZLPsetintattrelement(model.get(), "CBasis", 0, ZLP_NONBASIC_LOWER));
     if (fact.bring_norms) {
@@ -464,7 +431,7 @@ struct Path {
 
 Path path_of(const Tiny& tiny, const std::vector<Setting>& settings) {
   const Env env = quiet_env();
-  const Model model = build_with(env.get(), tiny, settings);
+  const Model model = build(env.get(), tiny, settings);
   set(model.get(), {{"Presolve", "0"}});
   Path path;
   path.log = log_of(model.get());
@@ -554,7 +521,7 @@ TEST(LpParameters, PathsThroughDegenerateModel) {
            {{"Method", "0"}, {"Method", "1"}, {"Method", "2"}}}) {
     std::vector<double> lengths;
     for (const Setting& setting : settings) {
-      const Model model = build_with(env.get(), degenerate(), {{"Presolve", "0"}, setting});
+      const Model model = build(env.get(), degenerate(), {{"Presolve", "0"}, setting});
       ASSERT_EQ(0, ZLPoptimize(model.get()));
       if (std::isnan(optimum)) optimum = dbl_attr(model.get(), "ObjVal");
       EXPECT_NEAR(optimum, dbl_attr(model.get(), "ObjVal"), 1e-9) << setting.name << " " << setting.value;
@@ -570,9 +537,8 @@ TEST(LpParameters, StartBasisIsUsedUnlessSwitchedOff) {
   const Env env = quiet_env();
   for (const char* presolve : {"0", "-1", "2"}) {
     SCOPED_TRACE(presolve);
-    const Model model = build(env.get(), degenerate());
+    const Model model = build(env.get(), degenerate(), {{"Presolve", presolve}});
     ZLPenv* own = ZLPgetenv(model.get());
-    ASSERT_EQ(0, ZLPsetparam(own, "Presolve", presolve));
     ASSERT_EQ(0, ZLPoptimize(model.get()));
     const double cold = dbl_attr(model.get(), "IterCount");
     ASSERT_GT(cold, 1);

@@ -39,12 +39,9 @@ TEST(OptimizeLimits, EachLimitHasItsStatusAndLine) {
   const Env env = quiet_env();
   for (const auto& c : cases) {
     SCOPED_TRACE(c.name);
-    const Model model = build(env.get(), c.integer ? market_split(4, 30) : kLp);
-    ZLPenv* own = ZLPgetenv(model.get());
-    ASSERT_EQ(0, ZLPsetintparam(own, "OutputFlag", 1));
-    ASSERT_EQ(0, ZLPsetintparam(own, "Presolve", 0));
-    ASSERT_EQ(0, ZLPsetparam(own, c.parameter, c.value));
-    const std::string log = printed([&] { EXPECT_EQ(0, ZLPoptimize(model.get())); });
+    const Model model =
+        build(env.get(), c.integer ? market_split(4, 30) : kLp, {{"Presolve", 0}, {c.parameter, c.value}});
+    const std::string log = log_of(model.get());
     EXPECT_EQ(c.status, int_attr(model.get(), "Status")) << log;
     EXPECT_NE(std::string::npos, log.find(c.line)) << log;
     EXPECT_NE(std::string::npos, log.find(c.integer ? "\nExplored " : "Stopped in ")) << log;
@@ -57,10 +54,8 @@ TEST(OptimizeLimits, EachLimitHasItsStatusAndLine) {
 
 TEST(OptimizeLimits, SearchIsResumedUnlessTheModelChanged) {
   const Env env = quiet_env();
-  const Model model = build(env.get(), market_split(4, 30));
+  const Model model = build(env.get(), market_split(4, 30), {{"OutputFlag", 1}, {"NodeLimit", 20}});
   ZLPenv* own = ZLPgetenv(model.get());
-  ASSERT_EQ(0, ZLPsetintparam(own, "OutputFlag", 1));
-  ASSERT_EQ(0, ZLPsetdblparam(own, "NodeLimit", 20));
   const auto solve = [&] { return printed([&] { EXPECT_EQ(0, ZLPoptimize(model.get())); }); };
   EXPECT_EQ(std::string::npos, solve().find("Continuing optimization..."));
   const double nodes = dbl_attr(model.get(), "NodeCount");
@@ -247,8 +242,7 @@ TEST(OptimizeMemory, ExhaustionAtEveryPoint) {
   for (const Tiny* tiny : {&kLp, &kMip}) {
     const double expected = tiny == &kLp ? 11 : 20;
     for (const int presolve : {-1, 0}) {
-      const Model model = build(env.get(), *tiny);
-      ASSERT_EQ(0, ZLPsetintparam(ZLPgetenv(model.get()), "Presolve", presolve));
+      const Model model = build(env.get(), *tiny, {{"Presolve", presolve}});
       int failures = 0;
       int code = 10001;
       for (long allowed = 0; code != 0; ++allowed) {

@@ -11,8 +11,7 @@ const Tiny kLp{-1, {3, 2}, {{{1, 1}, '<', 4}, {{1, 3}, '<', 6}}, {}, {3, ZLP_INF
 const Tiny kMip{-1, {10, 13, 7, 8}, {{{3, 4, 2, 3}, '<', 6}}, {}, {}, "BBBB"};
 
 Model loud(ZLPenv* env, const Tiny& tiny) {
-  Model model = build(env, tiny);
-  EXPECT_EQ(0, ZLPsetintparam(ZLPgetenv(model.get()), "OutputFlag", 1));
+  Model model = build(env, tiny, {{"OutputFlag", 1}});
   return model;
 }
 
@@ -29,7 +28,7 @@ void expect_in_order(const std::string& log, const std::vector<std::string>& par
 TEST(OptimizeLog, ContinuousModel) {
   const auto env = quiet_env();
   const Model model = loud(env.get(), kLp);
-  ASSERT_EQ(0, ZLPsetintparam(ZLPgetenv(model.get()), "Presolve", 0));
+  set(model.get(), {{"Presolve", 0}});
   const std::string log = printed([&] { ASSERT_EQ(0, ZLPoptimize(model.get())); });
   EXPECT_EQ(0U, log.find("Optimize a model with 2 rows, 2 columns and 4 nonzeros\n")) << log;
   expect_in_order(log, {"Solved in ", " iterations and ", " seconds\n", "Optimal objective  1.100000000e+01\n"});
@@ -100,10 +99,7 @@ TEST(OptimizeFiles, ResultFile) {
 TEST(OptimizeFiles, DebugDump) {
   const ScratchDirectory scratch;
   const auto env = quiet_env();
-  const Model model = build(env.get(), kLp);
-  ZLPenv* own = ZLPgetenv(model.get());
-  ASSERT_EQ(0, ZLPsetintparam(own, "ZORV_PAR_DUMP", 1));
-  ASSERT_EQ(0, ZLPsetdblparam(own, "MIPGap", 0.5));
+  const Model model = build(env.get(), kLp, {{"ZORV_PAR_DUMP", 1}, {"MIPGap", 0.5}});
   ASSERT_EQ(0, ZLPoptimize(model.get()));
   EXPECT_EQ("MIPGap  0.5\nOutputFlag  0\nZORV_PAR_DUMP  1\n", slurp("zorvex.prm"));
   ZLPmodel* again = nullptr;

@@ -37,9 +37,6 @@ class OptimizeThreadsMethods : public ::testing::Test {
     RandomStream random(7, "optimize methods");
     return model_of(env_.get(), oracle::wide_lp(kind, rows, cols, random));
   }
-  static void set(ZLPmodel* model, const char* name, int value) {
-    ASSERT_EQ(0, ZLPsetintparam(ZLPgetenv(model), name, value)) << name;
-  }
 
   Env env_ = quiet_env();
 };
@@ -52,11 +49,8 @@ TEST_F(OptimizeThreadsMethods, TreeSearchesTakeTheMethodsOfTheirRelaxations) {
     SCOPED_TRACE("Method " + std::to_string(method) + " NodeMethod " + std::to_string(node_method));
     const Model model = wide(WideKind::kCovering, 12, 40);
     for (int col = 0; col < 40; ++col) ASSERT_EQ(0, ZLPsetcharattrelement(model.get(), "VType", col, 'I'));
-    set(model.get(), "Method", method);
-    set(model.get(), "NodeMethod", node_method);
-    set(model.get(), "Crossover", 0);
-    ASSERT_EQ(0, ZLPsetintparam(ZLPgetenv(model.get()), "OutputFlag", 1));
-    const std::string log = printed([&] { EXPECT_EQ(0, ZLPoptimize(model.get())); });
+    set(model.get(), {{"Method", method}, {"NodeMethod", node_method}, {"Crossover", 0}});
+    const std::string log = log_of(model.get());
     EXPECT_EQ(ZLP_OPTIMAL, int_attr(model.get(), "Status"));
     if (first) expected = dbl_attr(model.get(), "ObjVal");
     first = false;
@@ -76,9 +70,7 @@ TEST_F(OptimizeThreadsMethods, TheRootIsCutTheSameWhateverSolvesTheNodes) {
     for (const int node_method : {0, 1}) {
       const Model model = wide(kind, 20, 60);
       for (int col = 0; col < 60; ++col) ASSERT_EQ(0, ZLPsetcharattrelement(model.get(), "VType", col, 'I'));
-      set(model.get(), "NodeMethod", node_method);
-      ASSERT_EQ(0, ZLPsetdblparam(ZLPgetenv(model.get()), "NodeLimit", 1));
-      ASSERT_EQ(0, ZLPsetdblparam(ZLPgetenv(model.get()), "Heuristics", 0));
+      set(model.get(), {{"NodeMethod", node_method}, {"NodeLimit", 1}, {"Heuristics", 0}});
       ASSERT_EQ(0, ZLPoptimize(model.get()));
       bound[node_method] = dbl_attr(model.get(), "ObjBound");
       iterations[node_method] = dbl_attr(model.get(), "IterCount");
@@ -108,8 +100,7 @@ TEST_F(OptimizeThreadsMethods, EveryMethodFindsTheOptimum) {
     for (const int method : {1, 0, 2, 3, 4}) {
       for (const int threads : {1, 0}) {
         const Model model = wide(kind, 15, 120);
-        set(model.get(), "Method", method);
-        set(model.get(), "Threads", threads);
+        set(model.get(), {{"Method", method}, {"Threads", threads}});
         ASSERT_EQ(0, ZLPoptimize(model.get()));
         ASSERT_EQ(ZLP_OPTIMAL, int_attr(model.get(), "Status"));
         const double objective = dbl_attr(model.get(), "ObjVal");
@@ -124,13 +115,13 @@ TEST_F(OptimizeThreadsMethods, EveryMethodFindsTheOptimum) {
 
 TEST_F(OptimizeThreadsMethods, ByWorkEveryRunIsTheSame) {
   const Model first = wide(WideKind::kBoxed, 40, 400);
-  set(first.get(), "Method", 4);
+  set(first.get(), {{"Method", 4}});
   const Outcome expected = outcome_of(first.get());
   EXPECT_EQ(ZLP_OPTIMAL, expected.status);
   EXPECT_GT(expected.iterations + expected.barrier_iterations, 0);
   for (int run = 0; run < 10; ++run) {
     const Model again = wide(WideKind::kBoxed, 40, 400);
-    set(again.get(), "Method", 4);
+    set(again.get(), {{"Method", 4}});
     EXPECT_TRUE(outcome_of(again.get()) == expected) << run;
   }
 }
@@ -141,13 +132,11 @@ TEST_F(OptimizeThreadsMethods, InfeasibleAndUnbounded) {
   for (const int method : {3, 4}) {
     for (const int presolve : {0, -1}) {
       const Model no = build(env_.get(), infeasible);
-      set(no.get(), "Method", method);
-      set(no.get(), "Presolve", presolve);
+      set(no.get(), {{"Method", method}, {"Presolve", presolve}});
       ASSERT_EQ(0, ZLPoptimize(no.get()));
       EXPECT_EQ(ZLP_INFEASIBLE, int_attr(no.get(), "Status"));
       const Model endless = build(env_.get(), unbounded);
-      set(endless.get(), "Method", method);
-      set(endless.get(), "Presolve", presolve);
+      set(endless.get(), {{"Method", method}, {"Presolve", presolve}});
       ASSERT_EQ(0, ZLPoptimize(endless.get()));
       EXPECT_EQ(ZLP_UNBOUNDED, int_attr(endless.get(), "Status"));
     }
@@ -156,8 +145,7 @@ TEST_F(OptimizeThreadsMethods, InfeasibleAndUnbounded) {
 
 TEST_F(OptimizeThreadsMethods, LogNamesTheSolvers) {
   const Model model = wide(WideKind::kCovering, 15, 120);
-  set(model.get(), "Method", 4);
-  set(model.get(), "OutputFlag", 1);
+  set(model.get(), {{"Method", 4}, {"OutputFlag", 1}});
   const std::string log = printed([&] { ASSERT_EQ(0, ZLPoptimize(model.get())); });
   if (log.find("Concurrent optimizer") == std::string::npos) GTEST_SKIP() << "one processor, no race";
   const std::size_t start = log.find("Concurrent optimizer: dual simplex");
@@ -186,8 +174,7 @@ TEST_F(OptimizeThreadsMethods, CallbacksStayOnTheCallersThread) {
   const Model model = wide(WideKind::kBoxed, 60, 3000);
   Calls calls;
   ASSERT_EQ(0, ZLPsetcallbackfunc(model.get(), note_thread, &calls));
-  set(model.get(), "Method", 3);
-  set(model.get(), "OutputFlag", 0);
+  set(model.get(), {{"Method", 3}, {"OutputFlag", 0}});
   ASSERT_EQ(0, ZLPoptimize(model.get()));
   EXPECT_EQ(ZLP_OPTIMAL, int_attr(model.get(), "Status"));
   EXPECT_EQ(0, calls.foreign);
@@ -199,8 +186,7 @@ TEST_F(OptimizeThreadsMethods, TerminationEndsTheRace) {
     Calls calls;
     calls.stop = true;
     ASSERT_EQ(0, ZLPsetcallbackfunc(model.get(), note_thread, &calls));
-    set(model.get(), "Method", method);
-    set(model.get(), "Presolve", 0);
+    set(model.get(), {{"Method", method}, {"Presolve", 0}});
     ASSERT_EQ(0, ZLPoptimize(model.get()));
     EXPECT_EQ(ZLP_INTERRUPTED, int_attr(model.get(), "Status"));
   }
@@ -208,8 +194,7 @@ TEST_F(OptimizeThreadsMethods, TerminationEndsTheRace) {
 
 TEST_F(OptimizeThreadsMethods, IterationLimitsHoldForEveryContestant) {
   const Model model = wide(WideKind::kBoxed, 60, 600);
-  set(model.get(), "Method", 4);
-  set(model.get(), "BarIterLimit", 1);
+  set(model.get(), {{"Method", 4}, {"BarIterLimit", 1}});
   ASSERT_EQ(0, ZLPsetdblparam(ZLPgetenv(model.get()), "IterationLimit", 2));
   ASSERT_EQ(0, ZLPoptimize(model.get()));
   EXPECT_EQ(ZLP_ITERATION_LIMIT, int_attr(model.get(), "Status"));
@@ -230,10 +215,7 @@ TEST_F(OptimizeThreadsMethods, SiftingWhenAskedAndWhenWide) {
   for (const auto& c : cases) {
     SCOPED_TRACE(c.name);
     const Model model = wide(WideKind::kCovering, c.rows, c.cols);
-    set(model.get(), "Sifting", c.sifting);
-    set(model.get(), "SiftMethod", c.sift_method);
-    set(model.get(), "Presolve", 0);
-    set(model.get(), "OutputFlag", 1);
+    set(model.get(), {{"Sifting", c.sifting}, {"SiftMethod", c.sift_method}, {"Presolve", 0}, {"OutputFlag", 1}});
     const std::string log = printed([&] { ASSERT_EQ(0, ZLPoptimize(model.get())); });
     ASSERT_EQ(ZLP_OPTIMAL, int_attr(model.get(), "Status"));
     expect_lp_quality(model.get());

@@ -311,8 +311,7 @@ TEST(OptimizeMip, SosSets) {
 
 TEST(OptimizeMip, StartIsLoaded) {
   const auto env = quiet_env();
-  const Model model = build(env.get(), known_mips()[0].model);
-  ASSERT_EQ(0, ZLPsetintparam(ZLPgetenv(model.get()), "OutputFlag", 1));
+  const Model model = build(env.get(), known_mips()[0].model, {{"OutputFlag", 1}});
   const double start[] = {1, 0, ZLP_UNDEFINED, 0};
   ASSERT_EQ(0, ZLPsetdblattrarray(model.get(), "Start", 0, 4, start));
   const std::string log = printed([&] { EXPECT_EQ(0, ZLPoptimize(model.get())); });
@@ -339,10 +338,8 @@ TEST(Optimize, Cutoff) {
   for (const auto& c : cases) {
     for (const int way : {0, 1, 2, 3}) {
       SCOPED_TRACE(c.name + std::string(way % 2 == 0 ? " primal" : " dual") + (way < 2 ? "" : " presolved"));
-      const Model model = build(env.get(), *c.model);
-      ASSERT_EQ(0, ZLPsetintparam(ZLPgetenv(model.get()), "Method", way % 2));
-      ASSERT_EQ(0, ZLPsetintparam(ZLPgetenv(model.get()), "Presolve", way < 2 ? 0 : -1));
-      ASSERT_EQ(0, ZLPsetdblparam(ZLPgetenv(model.get()), "Cutoff", c.cutoff));
+      const Model model =
+          build(env.get(), *c.model, {{"Method", way % 2}, {"Presolve", way < 2 ? 0 : -1}, {"Cutoff", c.cutoff}});
       ASSERT_EQ(0, ZLPoptimize(model.get()));
       EXPECT_EQ(c.status, int_attr(model.get(), "Status"));
       EXPECT_EQ(c.status == ZLP_OPTIMAL ? 1 : 0, ZLPisattravailable(model.get(), "X"));
@@ -391,7 +388,7 @@ TEST(Optimize, QuadraticModels) {
   for (const int sense : {1, -1}) {
     for (const int method : {-1, 0, 1, 2, 3, 4}) {
       const Model model = quadratic_model(env.get(), sense, 2);
-      ASSERT_EQ(0, ZLPsetintparam(ZLPgetenv(model.get()), "Method", method));
+      set(model.get(), {{"Method", method}});
       ASSERT_EQ(0, ZLPoptimize(model.get()));
       EXPECT_EQ(ZLP_OPTIMAL, int_attr(model.get(), "Status"));
       EXPECT_NEAR(sense * 1.5, dbl_attr(model.get(), "ObjVal"), kTol);
@@ -433,8 +430,7 @@ TEST(Optimize, QuadraticModelsThatCannotBeSolved) {
       const double val[] = {2, -2};
       ASSERT_EQ(0, ZLPaddqpterms(fixed.get(), 2, ind, ind, val));
       ASSERT_EQ(0, ZLPsetdblattrelement(fixed.get(), "UB", 1, 0));
-      ASSERT_EQ(0, ZLPsetintparam(ZLPgetenv(fixed.get()), "Method", method));
-      ASSERT_EQ(0, ZLPsetintparam(ZLPgetenv(fixed.get()), "Presolve", presolve));
+      set(fixed.get(), {{"Method", method}, {"Presolve", presolve}});
       EXPECT_EQ(10020, ZLPoptimize(fixed.get())) << method << ' ' << presolve;
     }
   }
@@ -461,9 +457,7 @@ TEST(Optimize, QuadraticMipModels) {
     const int first = 0;
     const double change = curvature - 2;
     ASSERT_EQ(0, ZLPaddqpterms(model.get(), 1, &first, &first, &change));
-    ASSERT_EQ(0, ZLPsetintparam(ZLPgetenv(model.get()), "OutputFlag", 1));
-    ASSERT_EQ(0, ZLPsetintparam(ZLPgetenv(model.get()), "Method", curvature > 0 ? 2 : 3));
-    ASSERT_EQ(0, ZLPsetintparam(ZLPgetenv(model.get()), "NodeMethod", 2));
+    set(model.get(), {{"OutputFlag", 1}, {"Method", curvature > 0 ? 2 : 3}, {"NodeMethod", 2}});
     const std::string log = printed([&] { EXPECT_EQ(0, ZLPoptimize(model.get())); });
     EXPECT_EQ(ZLP_OPTIMAL, int_attr(model.get(), "Status"));
     EXPECT_NEAR(curvature > 0 ? 2 : 0, dbl_attr(model.get(), "ObjVal"), kTol);
@@ -488,9 +482,8 @@ TEST(Optimize, QuadraticMipModels) {
 TEST(Optimize, QuadraticModelsSayWhichMethod) {
   const auto env = quiet_env();
   const Model model = quadratic_model(env.get(), 1, 2);
-  ASSERT_EQ(0, ZLPsetintparam(ZLPgetenv(model.get()), "OutputFlag", 1));
-  ASSERT_EQ(0, ZLPsetintparam(ZLPgetenv(model.get()), "Method", 3));
-  const std::string log = printed([&] { EXPECT_EQ(0, ZLPoptimize(model.get())); });
+  set(model.get(), {{"Method", 3}});
+  const std::string log = log_of(model.get());
   EXPECT_EQ(0u, log.find("Optimize a model with 1 rows, 2 columns and 2 nonzeros\n"
                          "Model has 2 quadratic terms\n"
                          "WARNING: Concurrent optimizer not supported for QP models\n"
@@ -506,9 +499,7 @@ TEST(Optimize, BarrierWithAndWithoutCrossover) {
   for (const int crossover : {-1, 0}) {
     const Model model =
         build(env.get(), {-1, {3, 2, 4}, {{{1, 1, 2}, '<', 4}, {{2, 0, 3}, '<', 5}, {{2, 1, 3}, '<', 7}}});
-    ASSERT_EQ(0, ZLPsetintparam(ZLPgetenv(model.get()), "Method", 2));
-    ASSERT_EQ(0, ZLPsetintparam(ZLPgetenv(model.get()), "Presolve", 0));
-    ASSERT_EQ(0, ZLPsetintparam(ZLPgetenv(model.get()), "Crossover", crossover));
+    set(model.get(), {{"Method", 2}, {"Presolve", 0}, {"Crossover", crossover}});
     ASSERT_EQ(0, ZLPoptimize(model.get()));
     EXPECT_EQ(ZLP_OPTIMAL, int_attr(model.get(), "Status"));
     EXPECT_NEAR(10.5, dbl_attr(model.get(), "ObjVal"), 1e-5);
@@ -516,8 +507,7 @@ TEST(Optimize, BarrierWithAndWithoutCrossover) {
     int status = 0;
     EXPECT_EQ(crossover == 0 ? 10005 : 0, ZLPgetintattrelement(model.get(), "VBasis", 0, &status));
     ASSERT_EQ(0, ZLPsetintparam(ZLPgetenv(model.get()), "BarIterLimit", 1));
-    ASSERT_EQ(0, ZLPsetintparam(ZLPgetenv(model.get()), "OutputFlag", 1));
-    const std::string log = printed([&] { EXPECT_EQ(0, ZLPoptimize(model.get())); });
+    const std::string log = log_of(model.get());
     EXPECT_EQ(ZLP_ITERATION_LIMIT, int_attr(model.get(), "Status"));
     EXPECT_EQ(crossover != 0, log.find("\n\nBarrier solution isn't available for crossover\n") != std::string::npos)
         << log;

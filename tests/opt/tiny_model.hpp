@@ -5,7 +5,9 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdio>
 #include <string>
+#include <type_traits>
 #include <vector>
 
 #include "support/scratch.hpp"
@@ -58,6 +60,37 @@ inline Model build(ZLPenv* env, const Tiny& tiny) {
   ZLPmodel* model = nullptr;
   EXPECT_EQ(0, load_tiny(env, tiny, &model)) << ZLPgeterrormsg(env);
   return Model(model);
+}
+
+// A parameter and its value as a parameter file has it.
+struct Setting {
+  Setting(const char* parameter, const char* text) : name(parameter), value(text) {}
+  template <class Number>
+  requires std::is_arithmetic_v<Number> Setting(const char* parameter, Number number) : name(parameter) {
+    char text[32];
+    std::snprintf(text, sizeof text, "%.17g", static_cast<double>(number));
+    value = text;
+  }
+  const char* name;
+  std::string value;
+};
+
+inline void set(ZLPmodel* model, const std::vector<Setting>& settings) {
+  for (const Setting& setting : settings) {
+    EXPECT_EQ(0, ZLPsetparam(ZLPgetenv(model), setting.name, setting.value.c_str())) << setting.name;
+  }
+}
+
+inline Model build(ZLPenv* env, const Tiny& tiny, const std::vector<Setting>& settings) {
+  Model model = build(env, tiny);
+  set(model.get(), settings);
+  return model;
+}
+
+// What the optimization prints.
+inline std::string log_of(ZLPmodel* model) {
+  set(model, {{"OutputFlag", "1"}});
+  return printed([&] { EXPECT_EQ(0, ZLPoptimize(model)); });
 }
 
 inline int int_attr(ZLPmodel* model, const char* name) {
