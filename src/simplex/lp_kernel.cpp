@@ -206,6 +206,7 @@ SimplexOutcome LpKernel<Real>::run_linear(const SimplexOptions& options, const S
       outcome = dual_.run(dual_options);
     } else {
       PrimalOptions primal_options;
+      primal_options.perturb_value = options.perturb_value;
       primal_options.may_perturb = round < kSwitchesWithPerturbation;
       primal_options.pricing = options.partial_primal ? 0 : options.pricing;
       primal_options.long_steps = options.bound_flipping;
@@ -228,10 +229,10 @@ SimplexOutcome LpKernel<Real>::run_quadratic(const SimplexOptions& options, cons
     if (first != SimplexOutcome::kOptimal && first != SimplexOutcome::kUnbounded) return first;
     from_given_point = false;
   }
-  SimplexOutcome outcome = quadratic_.run({0, from_given_point});
+  SimplexOutcome outcome = quadratic_.run({0, from_given_point, options.perturb_value});
   if (outcome == SimplexOutcome::kNumeric) {
     quadratic_.start_from_interior();
-    outcome = quadratic_.run({0, true});
+    outcome = quadratic_.run({0, true, options.perturb_value});
   }
   near_optimum_ = outcome == SimplexOutcome::kOptimal;
   return outcome;

@@ -256,7 +256,7 @@ typename PrimalSimplex<Real>::Step PrimalSimplex<Real>::iterate() {
   if (core_.poll() != SolveStatus::kLoaded || core_.iterations + core_.iteration_offset >= core_.iteration_limit) {
     return Step::kStopped;
   }
-  if (options_.may_perturb && !perturbed_ && (!phase1_ || infeasible_ends_ == 0) &&
+  if (options_.may_perturb && options_.perturb_value > 0 && !perturbed_ && (!phase1_ || infeasible_ends_ == 0) &&
       degenerate_steps_ > options_.stall_length) {
     perturb_bounds();
     return Step::kRebuild;

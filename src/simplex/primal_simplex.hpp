@@ -23,6 +23,7 @@ struct PrimalOptions {
   // Where steps are seldom degenerate the perturbed problem takes longer than the true one: dano3_5 22900 iterations
   // for 16100, perturbed from the start.
   int stall_length = 50;
+  double perturb_value = 2e-4;  // parameter PerturbValue; 0: never widen
   std::uint64_t seed = 0;
 };
 

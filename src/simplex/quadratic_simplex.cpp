@@ -273,8 +273,8 @@ typename QuadraticSimplex<Real>::Step QuadraticSimplex<Real>::iterate() {
   if (core_.poll() != SolveStatus::kLoaded || core_.iterations + core_.iteration_offset >= core_.iteration_limit) {
     return Step::kStopped;
   }
-  if (!phase1_ && may_perturb_ && !bounds_changed_ && degenerate_steps_ > kStallLength) {
-    core_.perturb_bounds(options_.seed);
+  if (!phase1_ && may_perturb_ && options_.perturb_value > 0 && !bounds_changed_ && degenerate_steps_ > kStallLength) {
+    core_.perturb_bounds(options_.seed, options_.perturb_value);
     bounds_changed_ = true;
     settle();
     return Step::kRebuild;

@@ -23,6 +23,7 @@ struct QuadraticSimplexOptions {
   // The superbasic variables' values are a guess at best: where it is infeasible, start from the minimum of their
   // space, and lead the active set from there to where it is feasible.
   bool may_predict = false;
+  double perturb_value = 2e-4;  // parameter PerturbValue; 0: bounds stay as they are
 };
 
 template <class Real>

@@ -8,7 +8,7 @@
 namespace zorvex {
 
 namespace {
-constexpr double kBoundPerturbation = 5e-7;  // relative widening of bounds of magnitude above one
+constexpr double kPerturbationUnit = 2.5e-3;  // relative widening of bounds of magnitude above one, over PerturbValue
 }  // namespace
 
 template <class Real>
@@ -136,12 +136,13 @@ void SimplexCore<Real>::rebuild_rows() {
 }
 
 template <class Real>
-void SimplexCore<Real>::perturb_bounds(std::uint64_t seed) {
+void SimplexCore<Real>::perturb_bounds(std::uint64_t seed, double perturb_value) {
+  const double least = kPerturbationUnit * perturb_value;
   RandomStream random(seed, "primal bound perturbation");
   using std::abs;
   for (Index var = 0; var < num_vars(); ++var) {
-    const Real draw_low = Real(kBoundPerturbation * (1 + random.uniform()));
-    const Real draw_up = Real(kBoundPerturbation * (1 + random.uniform()));
+    const Real draw_low = Real(least * (1 + random.uniform()));
+    const Real draw_up = Real(least * (1 + random.uniform()));
     if (lower[var] == upper[var]) continue;
     if (std::isfinite(lower[var])) work_lower[var] -= draw_low * std::max<Real>(1, abs(lower[var]));
     if (std::isfinite(upper[var])) work_upper[var] += draw_up * std::max<Real>(1, abs(upper[var]));

@@ -111,8 +111,9 @@ class SimplexCore {
   // value; copies the working bounds of basic variables to their positions.
   void settle_nonbasic();
   void use_true_bounds();
-  // Widens every finite working bound a little, at random, so that degenerate vertices come apart.
-  void perturb_bounds(std::uint64_t seed);
+  // Widens every finite working bound a little, at random, so that degenerate vertices come apart; `perturb_value` is
+  // the parameter PerturbValue.
+  void perturb_bounds(std::uint64_t seed, double perturb_value);
   void use_true_costs() { work_cost = cost; }
   // Place of a nonbasic variable, with value and membership in the pricing rows.
   void put_nonbasic(Index var, Place where_to);

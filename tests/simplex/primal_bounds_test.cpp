@@ -72,6 +72,7 @@ TEST(PrimalBounds, WidenedBoundsLeaveNoTrace) {
     PrimalOptions options;
     options.stall_length = -1;
     options.pricing = trial % 4 - 1;
+    if (trial % 5 == 0) options.perturb_value = 0.01;
     expect_right(lp, run.kernel, run.primal.run(options), "trial " + std::to_string(trial), tally);
     if (HasFailure()) return;
   }
@@ -79,6 +80,26 @@ TEST(PrimalBounds, WidenedBoundsLeaveNoTrace) {
   EXPECT_GT(tally.infeasible, 50);
   EXPECT_GT(tally.unbounded, 50);
   EXPECT_GT(tally.stopped, 50);
+}
+
+TEST(PrimalBounds, WidenByPerturbValue) {
+  const auto iterations = [](double perturb_value, int stall_length) {
+    RandomStream random(31, "primal bounds");
+    double sum = 0;
+    for (int trial = 0; trial < 200; ++trial) {
+      PrimalOptions options;
+      options.perturb_value = perturb_value;
+      options.stall_length = stall_length;
+      PrimalRun run(oracle::random_lp(random, {14, 20, 0.4, 0.8}));
+      run.primal.run(options);
+      sum += run.core().iterations;
+    }
+    return sum;
+  };
+  constexpr int kAtOnce = -1, kNever = 1 << 20;
+  EXPECT_EQ(iterations(0, kAtOnce), iterations(2e-4, kNever));
+  EXPECT_NE(iterations(2e-4, kAtOnce), iterations(2e-4, kNever));
+  EXPECT_NE(iterations(0.01, kAtOnce), iterations(2e-4, kAtOnce));
 }
 
 }  // namespace
