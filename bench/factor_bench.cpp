@@ -2,9 +2,10 @@
 // For each model: presolve, then ordering and analysis of the Newton system as the barrier chooses them (or with the
 // given ordering), then repeated factorizations of it at unit scaling for S seconds (default 1) on one thread and on N.
 // Prints operations of the factor, seconds of ordering and analysis, of one factorization without and with assembly
-// and of one solve, Gflop/s, and that as a share of what OpenBLAS, where it is installed, reaches on a large matrix
-// product.
+// and of one solve, Gflop/s, that as a share of what OpenBLAS, where it is installed, reaches on a large matrix
+// product, and the memory for the factor as predicted beside what the whole Newton system holds once it is factored.
 #include <dlfcn.h>
+#include <malloc.h>
 
 #include <algorithm>
 #include <cmath>
@@ -58,6 +59,12 @@ double product_rate() {
   return 2e-9 * kOrder * kOrder * kOrder / time;
 }
 
+// Bytes that the program holds from the heap.
+double allocated() {
+  const struct mallinfo2 info = mallinfo2();
+  return static_cast<double>(info.uordblks) + static_cast<double>(info.hblkhd);
+}
+
 void measure(const std::string& name, const LpData& lp, const Settings& settings, double peak) {
   const BarrierModel model = make_barrier_model(lp, 1e-6);
   const std::vector<double> theta(static_cast<std::size_t>(model.num_cols()), 1.0);
@@ -67,6 +74,7 @@ void measure(const std::string& name, const LpData& lp, const Settings& settings
     if (threads > 1 && threads < settings.threads) continue;
     WorkerPool pool(threads);
     NewtonSystem newton(model, pool);
+    const double before = allocated();
     const double begin = now_seconds();
     QuietLog log;
     if (newton.analyze(settings.ordering, false, {}, log) != SolveStatus::kLoaded) return;
@@ -74,11 +82,13 @@ void measure(const std::string& name, const LpData& lp, const Settings& settings
     const double both = shortest_time(settings.seconds, [&] { static_cast<void>(newton.factor(theta, 1e-8, {})); });
     const double assembly = shortest_time(settings.seconds / 4, [&] { newton.assemble(theta, 1e-8); });
     const double solve = shortest_time(settings.seconds / 4, [&] { newton.solve(r1, r2, {1e30, 1e30}, dv, dy); });
+    const double held = allocated() - before;
     const double rate = 1e-9 * newton.statistics().factor_operations / (both - assembly);
     std::printf(
-        "%-24s %2d  %9.3e ops %9.3e nz  analysis %7.3fs  factor %8.4fs  %8.4fs  solve %8.5fs  %6.2f Gflop/s %5.1f%%\n",
+        "%-24s %2d  %9.3e ops %9.3e nz  analysis %7.3fs  factor %8.4fs  %8.4fs  solve %8.5fs  %6.2f Gflop/s %5.1f%%  "
+        "memory predicted %.1f MB, held %.1f MB\n",
         name.c_str(), threads, newton.statistics().factor_operations, newton.statistics().factor_nonzeros, analysis,
-        both - assembly, both, solve, rate, 100 * rate / (peak * threads));
+        both - assembly, both, solve, rate, 100 * rate / (peak * threads), newton.statistics().bytes / 1e6, held / 1e6);
     std::fflush(stdout);
   }
 }

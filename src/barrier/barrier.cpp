@@ -131,7 +131,7 @@ bool Barrier::prepare() {
   newton_ = std::make_unique<NewtonSystem>(model_, pool_);
   const double begin = now_seconds();
   if (options_.plan != nullptr && options_.plan->kept.size() == static_cast<std::size_t>(model_.num_cols())) {
-    newton_->analyze_as_planned(options_.plan, options_.dense_segments);
+    newton_->follow(options_.plan);
   } else {
     result_.status = newton_->analyze(options_.ordering, options_.dense_segments, stop_, log_);
   }

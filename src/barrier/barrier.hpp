@@ -40,7 +40,7 @@ struct BarrierOptions {
   int sense = 1;                         // objective values are multiplied by it when printed
   bool root_log = false;                 // print the log as that of a root relaxation
   double log_start_time = 0;             // now_seconds() at which the surrounding solve began; 0: at the call
-  std::shared_ptr<const FactorPlan> plan = nullptr;  // of a prediction for the same model; null: ordered anew
+  std::shared_ptr<const FactorPlan> plan = nullptr;  // of a prediction for the same model; null: made anew
 };
 
 // `point` is in the space of the given model with the signs of LpPoint, d = c + Qx - A'pi. It is set whenever there was

@@ -181,26 +181,29 @@ SolveStatus NewtonSystem::analyze(int ordering, bool dense_segments, const StopT
   };
   Candidate best = cheapest_candidate(kept, ordering, go_on);
   if (const SolveStatus status = stop.poll(); status != SolveStatus::kLoaded) return status;
-  plan_ = std::make_shared<const FactorPlan>(FactorPlan{std::move(best.kept), std::move(best.tree), dense_cols});
-  analyze_factor_of(std::move(best.matrix), dense_segments);
+  auto symbolic =
+      std::make_shared<const SymbolicFactor>(analyze_factor(best.matrix->lower(), best.tree, dense_segments));
+  take_plan(std::make_shared<const FactorPlan>(FactorPlan{std::move(best.kept), std::move(symbolic), dense_cols}),
+            std::move(best.matrix));
   return SolveStatus::kLoaded;
 }
 
-void NewtonSystem::analyze_as_planned(std::shared_ptr<const FactorPlan> plan, bool dense_segments) {
+void NewtonSystem::follow(std::shared_ptr<const FactorPlan> plan) {
   note_quadratic_diagonal();
-  plan_ = std::move(plan);
-  analyze_factor_of(std::make_unique<NormalMatrix>(model_, plan_->kept), dense_segments);
+  auto matrix = std::make_unique<NormalMatrix>(model_, plan->kept);
+  take_plan(std::move(plan), std::move(matrix));
 }
 
-void NewtonSystem::analyze_factor_of(std::unique_ptr<NormalMatrix> matrix, bool dense_segments) {
+void NewtonSystem::take_plan(std::shared_ptr<const FactorPlan> plan, std::unique_ptr<NormalMatrix> matrix) {
+  plan_ = std::move(plan);
   matrix_ = std::move(matrix);
-  SymbolicFactor symbolic = analyze_factor(matrix_->lower(), plan_->tree, dense_segments);
+  const SymbolicFactor& symbolic = *plan_->symbolic;
   statistics_.dense_cols = plan_->dense_cols;
   statistics_.normal_nonzeros = matrix_->normal_nonzeros();
   statistics_.factor_nonzeros = symbolic.exact_nonzeros;
   statistics_.factor_operations = symbolic.operations;
   statistics_.bytes = symbolic.bytes();
-  factor_ = std::make_unique<SupernodalFactor>(std::move(symbolic), pool_);
+  factor_ = std::make_unique<SupernodalFactor>(plan_->symbolic, pool_);
 }
 
 SolveStatus NewtonSystem::factor(const std::vector<double>& theta, double regularization, const StopToken& stop) {

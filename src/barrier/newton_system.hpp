@@ -26,9 +26,9 @@ struct NewtonStatistics {
 
 // What the analysis of a model found out at some cost, good for every Newton system of that model.
 struct FactorPlan {
-  std::vector<char> kept;  // of each column of the barrier model: stays in the reduced matrix
-  EliminationTree tree;    // of the reduced matrix
-  int dense_cols;          // kept for their length
+  std::vector<char> kept;                          // of each column of the barrier model: stays in the reduced matrix
+  std::shared_ptr<const SymbolicFactor> symbolic;  // of the reduced matrix
+  int dense_cols;                                  // kept for their length
 };
 
 class NewtonSystem {
@@ -40,7 +40,7 @@ class NewtonSystem {
   // unless stopped. Tells `log` from time to time how long the ordering has taken.
   SolveStatus analyze(int ordering, bool dense_segments, const StopToken& stop, LogSink& log);
   // The same with the choices of another system of an equal model.
-  void analyze_as_planned(std::shared_ptr<const FactorPlan> plan, bool dense_segments);
+  void follow(std::shared_ptr<const FactorPlan> plan);
   [[nodiscard]] const std::shared_ptr<const FactorPlan>& plan() const { return plan_; }  // of the last analysis
   [[nodiscard]] const NewtonStatistics& statistics() const { return statistics_; }
 
@@ -73,7 +73,7 @@ class NewtonSystem {
   [[nodiscard]] Candidate cheapest_candidate(const std::vector<char>& kept, int ordering,
                                              const std::function<bool()>& go_on) const;
   void order_again(Candidate& candidate, int ordering, const std::function<bool()>& go_on) const;
-  void analyze_factor_of(std::unique_ptr<NormalMatrix> matrix, bool dense_segments);
+  void take_plan(std::shared_ptr<const FactorPlan> plan, std::unique_ptr<NormalMatrix> matrix);
   void solve_regularized(const std::vector<double>& r1, const std::vector<double>& r2, std::vector<double>& dv,
                          std::vector<double>& dy);
   double residuals(const std::vector<double>& r1, const std::vector<double>& r2, const std::vector<double>& dv,

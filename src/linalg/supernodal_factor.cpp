@@ -15,8 +15,9 @@ constexpr Index kAssembledTogether = 32;    // columns of a shared front
 
 }  // namespace
 
-SupernodalFactor::SupernodalFactor(SymbolicFactor symbolic, WorkerPool& pool)
-    : symbolic_(std::move(symbolic)),
+SupernodalFactor::SupernodalFactor(std::shared_ptr<const SymbolicFactor> symbolic, WorkerPool& pool)
+    : shared_symbolic_(std::move(symbolic)),
+      symbolic_(*shared_symbolic_),
       pool_(pool),
       panels_(new double[static_cast<std::size_t>(symbolic_.factor_size())]),
       updates_(static_cast<std::size_t>(symbolic_.num_supernodes())),

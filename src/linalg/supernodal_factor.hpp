@@ -25,7 +25,11 @@ namespace zorvex {
 class SupernodalFactor {
  public:
   // `pool` is used by factor() and outlives this.
-  SupernodalFactor(SymbolicFactor symbolic, WorkerPool& pool);
+  SupernodalFactor(std::shared_ptr<const SymbolicFactor> symbolic, WorkerPool& pool);
+  SupernodalFactor(SymbolicFactor symbolic, WorkerPool& pool)
+      : SupernodalFactor(std::make_shared<const SymbolicFactor>(std::move(symbolic)), pool) {}
+  SupernodalFactor(const SupernodalFactor&) = delete;
+  SupernodalFactor& operator=(const SupernodalFactor&) = delete;
 
   // values[k] belongs to entry k of the matrix that was analysed. sign[v] and smallest[v] by variable, see PivotRule.
   // kLoaded when done, else the reason of the stop: no factor then. Throws std::bad_alloc.
@@ -62,7 +66,8 @@ class SupernodalFactor {
   [[nodiscard]] Index num_update_blocks(Index s) const;
   [[nodiscard]] bool stopped(Worker& worker, double work, const StopToken& stop);
 
-  SymbolicFactor symbolic_;
+  std::shared_ptr<const SymbolicFactor> shared_symbolic_;
+  const SymbolicFactor& symbolic_;
   WorkerPool& pool_;
   std::vector<Index> subtree_roots_;  // independent of each other, largest first
   std::vector<Index> subtree_first_;  // first supernode of the subtree of each supernode
