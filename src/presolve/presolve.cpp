@@ -41,7 +41,9 @@ struct Presolve::State {
   [[nodiscard]] bool bounds_make_sense();
   void build_reduced();
   void build_proof();
-  [[nodiscard]] std::vector<double> lift_proof(const std::vector<Changes::ProofTerm>& terms) const;
+  [[nodiscard]] PostsolvePoint empty_proof() const;
+  [[nodiscard]] std::vector<double> lift_proof(PostsolvePoint&& point) const;
+  [[nodiscard]] std::vector<double> lift_reduced_proof(const std::vector<double>& y) const;
   void place(PostsolvePoint& point) const;
   [[nodiscard]] PostsolvePoint expand(const PresolvePoint& point) const;
   [[nodiscard]] PresolvePoint finish(const PostsolvePoint& point) const;
@@ -199,6 +201,7 @@ PresolveOutcome Presolve::State::run(const StopToken& stop) {
   if (outcome == Outcome::kUnbounded) return PresolveOutcome::kUnbounded;
   if (stopped) return PresolveOutcome::kStopped;
   build_reduced();
+  model->forget_matrix();
   if (options.longest_row > 0 || options.longest_col > 0 || options.power_scaling) {
     shaped = reduced;
     shape.emplace(shaped, options.longest_row, options.longest_col, options.power_scaling);
@@ -327,8 +330,7 @@ PresolvePoint Presolve::State::finish(const PostsolvePoint& point) const {
   return result;
 }
 
-// A proof over the rows that are left, carried back like the duals of a model with zero cost.
-std::vector<double> Presolve::State::lift_proof(const std::vector<Changes::ProofTerm>& terms) const {
+PostsolvePoint Presolve::State::empty_proof() const {
   PostsolvePoint point;
   const auto rows = static_cast<std::size_t>(original.num_rows());
   const auto cols = static_cast<std::size_t>(original.num_cols());
@@ -339,16 +341,26 @@ std::vector<double> Presolve::State::lift_proof(const std::vector<Changes::Proof
   point.pi.assign(rows, 0);
   point.activity.assign(rows, 0);
   point.row_status.assign(rows, BasisStatus::kBasic);
-  for (const auto& [row, multiplier] : terms) {
-    if (multiplier == 0) continue;
-    point.pi[row] = multiplier;
-    point.row_status[row] = side_of_sign(multiplier);
-    for (const auto& entry : model->matrix.row(row)) {
-      const double term = entry.value * multiplier;
-      double& d = point.reduced_cost[entry.col];
-      d = std::abs(d - term) <= PresolveTolerances::kCancel * std::abs(term) ? 0 : d - term;
-    }
-  }
+  return point;
+}
+
+namespace {
+
+void set_multiplier(PostsolvePoint& point, Index row, double multiplier) {
+  point.pi[row] = multiplier;
+  if (multiplier != 0) point.row_status[row] = side_of_sign(multiplier);
+}
+
+void take_off(double& reduced_cost, double term) {
+  const double rest = reduced_cost - term;
+  reduced_cost = std::abs(rest) <= PresolveTolerances::kCancel * std::abs(term) ? 0 : rest;
+}
+
+}  // namespace
+
+// `point` has the multipliers of the rows that are left and what they make of the reduced costs: carried back like the
+// duals of a model with zero cost.
+std::vector<double> Presolve::State::lift_proof(PostsolvePoint&& point) const {
   for (Index col = 0; col < original.num_cols(); ++col) {
     if (point.reduced_cost[col] != 0) point.col_status[col] = side_of_sign(point.reduced_cost[col]);
   }
@@ -356,10 +368,28 @@ std::vector<double> Presolve::State::lift_proof(const std::vector<Changes::Proof
   return std::move(point.pi);
 }
 
+std::vector<double> Presolve::State::lift_reduced_proof(const std::vector<double>& y) const {
+  PostsolvePoint point = empty_proof();
+  for (Index row = 0; row < reduced.num_rows(); ++row) set_multiplier(point, original_rows[row], y[row]);
+  for (Index col = 0; col < reduced.num_cols(); ++col) {
+    for (Offset k = reduced.matrix.begin(col); k < reduced.matrix.end(col); ++k) {
+      take_off(point.reduced_cost[original_cols[col]], reduced.matrix.value[k] * y[reduced.matrix.index[k]]);
+    }
+  }
+  return lift_proof(std::move(point));
+}
+
 // Kept only if the original data confirm it.
 void Presolve::State::build_proof() {
   if (changes->proof().empty()) return;
-  std::vector<double> y = lift_proof(changes->proof());
+  PostsolvePoint point = empty_proof();
+  for (const auto& [row, multiplier] : changes->proof()) {
+    set_multiplier(point, row, multiplier);
+    for (const auto& entry : model->matrix.row(row)) {
+      take_off(point.reduced_cost[entry.col], entry.value * multiplier);
+    }
+  }
+  std::vector<double> y = lift_proof(std::move(point));
   const ProblemView view{original.num_rows(),          original.num_cols(),          original.matrix.start.data(),
                          original.matrix.index.data(), original.matrix.value.data(), original.cost.data(),
                          original.col_lower.data(),    original.col_upper.data(),    original.row_lower.data(),
@@ -379,10 +409,7 @@ const std::vector<Index>& Presolve::original_rows() const { return state_->origi
 const std::vector<double>& Presolve::farkas() const { return state_->farkas; }
 
 std::vector<double> Presolve::postsolve_farkas(const std::vector<double>& y) const {
-  std::vector<Changes::ProofTerm> terms;
-  const std::vector<double> plain = state_->shape ? state_->shape->plain_multipliers(y) : y;
-  for (std::size_t k = 0; k < plain.size(); ++k) terms.push_back({state_->original_rows[k], plain[k]});
-  return state_->lift_proof(terms);
+  return state_->lift_reduced_proof(state_->shape ? state_->shape->plain_multipliers(y) : y);
 }
 
 PresolvePoint Presolve::postsolve(const PresolvePoint& point) const {

@@ -50,6 +50,9 @@ class PresolveModel {
   std::vector<Activity> activity;  // kept up to date with every change
   PresolveOptions options;
 
+  // Frees the matrix, which is most of the memory here and no business of postsolve's.
+  void forget_matrix() { matrix = PresolveMatrix(SparseMatrix{}); }
+
   [[nodiscard]] Index num_rows() const { return static_cast<Index>(row_lower.size()); }
   [[nodiscard]] Index num_cols() const { return static_cast<Index>(cost.size()); }
   // The objective's curvature has to do with the column: its cost is not all there is to its reduced cost.
