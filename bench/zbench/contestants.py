@@ -23,6 +23,7 @@ class Outcome:
     peak_mb: float = 0.0
     quality: dict = field(default_factory=dict)  # violation name -> amount, where the solver tells
     operations: dict = field(default_factory=dict)  # simplex operation -> (calls, calls times density, seconds)
+    cleanup: Optional[float] = None  # simplex iterations after postsolve, where they were needed and are told
     note: str = ""
 
 
@@ -100,7 +101,8 @@ class Zorvex(Contestant):
         iterations = (summary["iterations"] or 0) + (summary["barrier_iterations"] or 0)
         note = "" if status != "limit" else summary["status_name"] or ""
         return Outcome(status, summary["objective"], summary["bound"], iterations, summary["nodes"], quality=quality,
-                       operations=self.operations(text), note=note)
+                       operations=self.operations(text), note=note,
+                       cleanup=number(r"Cleanup after postsolve: (\d+) iterations", text))
 
     @staticmethod
     def operations(text):

@@ -4,7 +4,7 @@ import math
 from zbench import verdict
 
 COLUMNS = ["set", "instance", "mode", "solver", "verdict", "status", "objective", "bound", "expected", "wall", "cpu",
-           "iterations", "nodes", "peak_mb", "note"]
+           "iterations", "nodes", "peak_mb", "cleanup", "note"]
 NODE_SHIFT = 10.0
 ITERATION_SHIFT = 10.0
 
@@ -43,7 +43,7 @@ class Run:
         cells = [self.set_name, self.instance.path, "relax" if self.instance.relax else "solve", self.solver,
                  self.verdict, out.status, show(out.objective), show(out.bound), self.instance.expected or "?",
                  f"{out.wall:.4f}", f"{out.cpu:.4f}", show(out.iterations), show(out.nodes), f"{out.peak_mb:.1f}",
-                 self.reason.replace("\t", " ")]
+                 show(out.cleanup), self.reason.replace("\t", " ")]
         return "\t".join(cells)
 
 
@@ -109,6 +109,10 @@ def operations(runs, solvers):
             density = f"{filled / calls:8.2%}" if calls else "       -"
             lines.append(f"{solver:<24}{name:<12}{calls:>10} calls{density} dense{spent:>10.3f} s"
                          f"{spent / seconds if seconds else 0:>8.1%}")
+        if total:
+            cleanups = [r.outcome.cleanup for r in runs if r.solver == solver and r.outcome.cleanup is not None]
+            lines.append(f"{solver:<24}{'cleanup':<12}{sum(cleanups):>10.0f} iterations after postsolve, on "
+                         f"{len(cleanups)} instances")
     return lines
 
 

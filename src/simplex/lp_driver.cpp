@@ -297,7 +297,9 @@ bool LpDriver::finish_from(const Presolve& presolve, const PresolvePoint& reduce
   result_.basis = std::move(full.basis);
   if (!full.exact_basis || !is_exact_optimum()) {
     const Basis start = result_.basis;
+    const double iterations = result_.iterations;
     solve_without_presolve(&start);
+    log_.diagnose("Cleanup after postsolve: %.0f iterations\n", result_.iterations - iterations);
     return true;
   }
   result_.status = SolveStatus::kOptimal;
