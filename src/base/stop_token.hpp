@@ -32,9 +32,11 @@ class WorkGauge {
     spent_.store(spent() + units, std::memory_order_relaxed);
     if (spent() <= ask_at_) return;
     ask_at_ = kInf;
-    question_();
+    const std::function<void()> question = std::move(question_);
+    question();
   }
-  // Once more than `units` are spent, `question` is called, once and by the spending thread: it may set the limit.
+  // Once more than `units` are spent, `question` is called, once and by the spending thread: it may set the limit, or
+  // leave another question.
   void ask_at(double units, std::function<void()> question) {
     ask_at_ = units;
     question_ = std::move(question);

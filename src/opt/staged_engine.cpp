@@ -22,10 +22,10 @@ class Budget {
 
   // From now on, beyond what was spent.
   void allow(double units) { limit_.store(gauge_.spent() + units); }
-  // After `units` the solve goes on, but for what `decide` says: the budget from the beginning.
-  void decide_after(double units, std::function<double()> decide) {
-    gauge_.ask_at(units, [this, decide = std::move(decide)] { limit_.store(decide()); });
-  }
+  // At `units` from the beginning, or as soon as they are spent, `decide` is called: to set limits or be asked again.
+  void decide_at(double units, std::function<void()> decide) { gauge_.ask_at(units, std::move(decide)); }
+  // From the beginning.
+  void limit_to(double units) { limit_.store(units); }
   [[nodiscard]] const StopToken& token() const { return token_; }
   // The solve ended for lack of budget and nothing else.
   [[nodiscard]] bool ended(SolveStatus status) const {
@@ -40,6 +40,12 @@ class Budget {
 };
 
 }  // namespace
+
+bool StagedEngine::deserves_patience(const LpData& lp, const LpSolver& simplex) const {
+  if (dual_form_) return true;
+  const bool is_boxed = lp.boxed_share() >= options_.boxed_share;
+  return simplex.infeasible_share() <= (is_boxed ? options_.boxed_infeasible : options_.unboxed_infeasible);
+}
 
 EngineAnswer StagedEngine::solve(const LpData& lp, const SimplexLimits& limits, const StopToken& stop, LogSink& log) {
   Budget budget(stop);
@@ -57,12 +63,14 @@ EngineAnswer StagedEngine::solve(const LpData& lp, const SimplexLimits& limits, 
     answer.iterations = iterations;
     return answer;
   };
-  const bool is_boxed = lp.boxed_share() >= options_.boxed_share;
-  const SimplexBudget& first = dual_form_ ? options_.dual_form : is_boxed ? options_.boxed : options_.unboxed;
   BarrierPrediction prediction;
-  budget.decide_after(first.short_solve, [&] {
+  const auto limit_simplex = [&](const SimplexBudget& simplex_budget) {
     prediction = predict_barrier(lp, options_.barrier.barrier, stop);
-    return std::max(first.short_solve, first.barrier_share * prediction.work);
+    budget.limit_to(std::max(simplex_budget.effort, simplex_budget.barrier_share * prediction.work));
+  };
+  budget.decide_at(options_.impatient.effort, [&] {
+    if (!deserves_patience(lp, *simplex)) return limit_simplex(options_.impatient);
+    budget.decide_at(options_.patient.effort, [&] { limit_simplex(options_.patient); });
   });
   if (run_simplex()) return simplex_answer();
 

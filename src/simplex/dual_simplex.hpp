@@ -34,6 +34,7 @@ class DualSimplex {
   // perturbation went, or cannot be made dual feasible, or the model is probably infeasible but no proof was found, or
   // the run goes on for far longer than runs do: it cycles.
   SimplexOutcome run(const DualOptions& options);
+  [[nodiscard]] bool in_first_phase() const { return phase1_; }
 
  private:
   enum class Step { kContinue, kRebuild, kNoLeaving, kNoEntering, kStopped, kCutoff, kGivenUp };

@@ -2,6 +2,8 @@
 // back to user space.
 #pragma once
 
+#include <algorithm>
+
 #include "linalg/basis.hpp"
 #include "simplex/dual_simplex.hpp"
 #include "simplex/lp_solver.hpp"
@@ -50,6 +52,12 @@ class LpKernel {
   [[nodiscard]] std::vector<double> user_farkas() const;
   [[nodiscard]] std::vector<double> user_ray() const;
   bool inverse_row(Index position, std::vector<double>& multipliers);
+
+  // Of the basic variables. All in the first phase of the dual simplex, whose values are those of another problem.
+  [[nodiscard]] double infeasible_share() const {
+    if (dual_.in_first_phase()) return 1;
+    return static_cast<double>(core_.count_primal_infeasible()) / std::max<double>(1, core_.m);
+  }
 
   [[nodiscard]] SimplexCore<Real>& core() { return core_; }
   [[nodiscard]] const SimplexCore<Real>& core() const { return core_; }

@@ -543,6 +543,9 @@ bool LpSolver::inverse_row(Index position, std::vector<double>& multipliers) {
   if (state_->use_exact) return state_->exact.inverse_row(position, multipliers);
   return state_->fast.loaded() && state_->fast.inverse_row(position, multipliers);
 }
+double LpSolver::infeasible_share() const {
+  return state_->use_exact ? state_->exact.infeasible_share() : state_->fast.infeasible_share();
+}
 const std::vector<Index>& LpSolver::basis_head() const {
   return state_->use_exact ? state_->exact.core().head : state_->fast.core().head;
 }

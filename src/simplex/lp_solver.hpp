@@ -110,6 +110,9 @@ class LpSolver {
   [[nodiscard]] bool nearly_optimal() const;
   [[nodiscard]] bool extended_precision() const;  // the last solve ended in the extended kernel
 
+  // Share of the basic variables that are out of their bounds. During a solve, too, for whom its stop token calls.
+  [[nodiscard]] double infeasible_share() const;
+
   // e' B^-1 of a basis position over the rows, dense and unscaled: the multipliers that sum the rows to a row of the
   // simplex tableau. Valid after kOptimal. False if no basis is factored.
   bool inverse_row(Index position, std::vector<double>& multipliers);

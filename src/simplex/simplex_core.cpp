@@ -337,6 +337,13 @@ Real SimplexCore<Real>::dual_infeasibility(Index var) const {
 }
 
 template <class Real>
+Index SimplexCore<Real>::count_primal_infeasible() const {
+  Index count = 0;
+  for (Index k = 0; k < m; ++k) count += primal_infeasibility(k) > 0 ? 1 : 0;
+  return count;
+}
+
+template <class Real>
 Real SimplexCore<Real>::sum_primal_infeasibility() const {
   Real sum = 0;
   for (Index position = 0; position < m; ++position) sum += primal_infeasibility(position);

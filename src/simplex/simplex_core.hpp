@@ -171,6 +171,7 @@ class SimplexCore {
   // Amount by which a nonbasic variable's reduced cost has the wrong sign for its place.
   [[nodiscard]] Real dual_infeasibility(Index var) const;
   [[nodiscard]] Real sum_primal_infeasibility() const;
+  [[nodiscard]] Index count_primal_infeasible() const;  // basis positions
   [[nodiscard]] Real sum_dual_infeasibility() const;
   [[nodiscard]] Real objective(const std::vector<Real>& costs) const;  // costs'x over all variables
 

@@ -31,7 +31,7 @@ constexpr Stages kStages[] = {
 
 StagedOptions options_of(const Stages& stages) {
   StagedOptions options;
-  options.boxed.short_solve = options.unboxed.short_solve = stages.short_solve;
+  options.impatient.effort = options.patient.effort = stages.short_solve;
   options.barrier_patience = stages.patience;
   return options;
 }
@@ -71,14 +71,26 @@ TEST(StagedEngine, StagesLimitsAndInterrupts) {
     EXPECT_EQ(engine.solve(lp, {}, {nullptr, now_seconds() - 1}, log).status, SolveStatus::kTimeLimit) << stages.name;
     EXPECT_EQ(engine.solve(lp, {.iterations = 3}, {}, log).status, SolveStatus::kIterationLimit) << stages.name;
   }
-  StagedOptions options = options_of(kStages[0]);
-  options.dual_form = {1, 0};
-  StagedEngine engine(options);
-  for (const bool dual_form : {false, true}) {  // a budget of its own, whatever bounds the columns have
+}
+
+// A limit of one calls every share of infeasible rows small, one below nought none.
+TEST(StagedEngine, PatienceWithFewInfeasibleRowsAndWithDuals) {
+  RandomStream random(93, "staged stages");
+  const LpData lp = oracle::wide_lp(oracle::WideKind::kPartitioning, 150, 3000, random);
+  struct Case {
+    double infeasible;
+    bool dual_form, barrier;
+  };
+  for (const Case& c : {Case{1, false, false}, Case{-1, false, true}, Case{-1, true, false}}) {
+    StagedOptions options;
+    options.boxed_infeasible = options.unboxed_infeasible = c.infeasible;
+    options.impatient = {1, 0};
+    options.patient = {1e12, 0};
+    StagedEngine engine(options);
+    engine.set_dual_form(c.dual_form);
     TextLog log;
-    engine.set_dual_form(dual_form);
     EXPECT_EQ(engine.solve(lp, {}, {}, log).status, SolveStatus::kOptimal);
-    EXPECT_EQ(log.has("Barrier after"), dual_form);
+    EXPECT_EQ(log.has("Barrier after"), c.barrier) << c.infeasible << ' ' << c.dual_form;
   }
 }
 
