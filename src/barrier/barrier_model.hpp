@@ -37,7 +37,7 @@ struct BarrierModel {
 
   [[nodiscard]] Index num_rows() const { return matrix.num_rows; }
   [[nodiscard]] Index num_cols() const { return matrix.num_cols; }
-  [[nodiscard]] bool is_quadratic() const { return quadratic.num_nonzeros() > 0; }
+  [[nodiscard]] bool is_quadratic() const { return quadratic.num_cols > 0; }
 };
 
 // `feasibility_tol`: how far rows without other than fixed columns may be off. `only_largest`: linear models are scaled

@@ -13,7 +13,7 @@ namespace zorvex {
 // objective of a maximisation model and the sign of duals on the way out.
 // `quadratic` is the lower triangle of the symmetric Q with its diagonal, num_cols x num_cols, entries of a column in
 // increasing row order: an entry v at (i, j), i > j, stands for Q_ij = Q_ji = v. It has no columns when the model is
-// linear.
+// linear; without entries the methods for quadratic models solve a linear one.
 struct LpData {
   SparseMatrix matrix;
   std::vector<double> cost;
@@ -22,7 +22,7 @@ struct LpData {
   double offset = 0;
   SparseMatrix quadratic;
 
-  [[nodiscard]] bool is_quadratic() const { return quadratic.num_nonzeros() > 0; }
+  [[nodiscard]] bool is_quadratic() const { return quadratic.num_cols > 0; }
   [[nodiscard]] Index num_rows() const { return matrix.num_rows; }
   [[nodiscard]] Index num_cols() const { return matrix.num_cols; }
   // Share of the columns with two finite bounds; 0 without columns.

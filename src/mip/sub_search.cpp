@@ -53,6 +53,7 @@ void cut_out_quadratic(const LpData& full, const SubSearch& search, const std::v
   }
   sub.quadratic = q;
   sub.quadratic.compress(keep.data(), keep.data());
+  if (sub.quadratic.num_nonzeros() == 0) sub.quadratic = {};
 }
 
 // Columns of SOS sets always stay; semi-continuous columns keep their gap by staying semi-continuous with the nonzero

@@ -110,11 +110,19 @@ void clean(LpData& lp, const ZLPenv& env) {
   clean_lp_data(lp, param<Param::ZORV_PAR_INFBOUND>(env), param<Param::ZORV_PAR_ZERO>(env));
 }
 
+// A Q without entries sends a linear model to the methods for quadratic ones.
+void force_quadratic(LpData& lp) {
+  if (lp.is_quadratic()) return;
+  lp.quadratic.num_rows = lp.quadratic.num_cols = lp.num_cols();
+  lp.quadratic.start.assign(static_cast<std::size_t>(lp.num_cols()) + 1, 0);
+}
+
 int solve_continuous(ZLPmodel& model, const Call& call) {
   const ZLPenv& env = *model.env;
   EnvironmentLog log(*model.env);
   LpData lp = make_lp_data(model.data);
   clean(lp, env);
+  if (param<Param::ZORV_PAR_FORCEQP>(env) != 0) force_quadratic(lp);
   const Basis start = param<Param::ZORV_PAR_WARMBASIS>(env) == 0 ? Basis() : make_start_basis(model);
   LpDriverOptions options = make_lp_options(env, model.data.sense, call.start_time);
   if (lp.is_quadratic() && param<Param::ZORV_PAR_QPREDUCE>(env) == 0) options.presolve.level = 0;

@@ -48,7 +48,7 @@ SparseMatrix quadratic_matrix(const ModelData& data) {
     q.start[first.col + 1] = static_cast<Offset>(q.index.size());
   }
   for (Index col = 0; col < q.num_cols; ++col) q.start[col + 1] = std::max(q.start[col + 1], q.start[col]);
-  return q;
+  return q.index.empty() ? SparseMatrix() : q;
 }
 
 std::vector<BasisStatus> basis_statuses(const std::vector<int>& codes) {

@@ -49,6 +49,7 @@ SimplexOptions simplex_options(const ZLPenv& env, double start_time) {
   options.pivot_tol = param<Param::ZORV_PAR_PIVOTTOL>(env);
   options.free_box = param<Param::ZORV_PAR_BIGM>(env) * kFreeBoxShare;
   options.bound_flipping = param<Param::ZORV_PAR_SIMPLEXPWRATIO>(env) != 0;
+  options.nondegenerate_flips = param<Param::ZORV_PAR_NONDEGENFLIP>(env) != 0;
   options.partial_primal = param<Param::ZORV_PAR_PRIMALPARTIAL>(env) > 0;
   options.scale = param<Param::ScaleFlag>(env) != 0;
   options.alternative_scaling = param<Param::ZORV_PAR_ALTSCALE>(env) != 0;

@@ -239,7 +239,8 @@ void Presolve::State::build_reduced() {
   if (is_quadratic) {
     SparseMatrix q = original.quadratic;
     q.compress(model->col_alive.data(), model->col_alive.data());
-    if (q.num_nonzeros() > 0) reduced.quadratic = std::move(q);
+    const bool still_is = q.num_nonzeros() > 0 || original.quadratic.num_nonzeros() == 0;
+    if (still_is) reduced.quadratic = std::move(q);
   }
   statistics.rows_removed = original.num_rows() - reduced.num_rows();
   statistics.cols_removed = original.num_cols() - reduced.num_cols();

@@ -9,6 +9,8 @@ namespace {
 constexpr double kGrowth = 10;           // each round of the selection looks this much farther
 constexpr double kGoodPivotShare = 0.1;  // an earlier group is taken only if the later ones hold no pivot this good
 constexpr double kGoodPivot = 1.0;
+constexpr double kNondegenerateShare =
+    0.1;  // of a good pivot that counts as one where nondegenerate steps are preferred
 }  // namespace
 
 // By place: by what an entry of the pivot row is multiplied so that it is positive where the variable limits the step.
@@ -109,6 +111,7 @@ typename DualRatioTest<Real>::Result DualRatioTest<Real>::choose(const SimplexCo
   const std::size_t end = i;
   // From the last group backwards, the first that holds a good pivot.
   const Real good = std::min<Real>(Real(kGoodPivotShare) * largest, Real(kGoodPivot));
+  const Real nondegenerate_good = nondegenerate_preferred_ ? Real(kNondegenerateShare) * good : good;
   std::size_t group = group_start_.size();
   std::size_t chosen = 0;
   std::size_t last = end;
@@ -118,7 +121,8 @@ typename DualRatioTest<Real>::Result DualRatioTest<Real>::choose(const SimplexCo
     for (std::size_t k = first; k < last; ++k) {
       if (candidates_[k].alpha > candidates_[chosen].alpha) chosen = k;
     }
-    if (candidates_[chosen].alpha >= good) break;
+    const bool degenerate = candidates_[chosen].slack <= core.dual_tol;
+    if (candidates_[chosen].alpha >= (degenerate ? good : nondegenerate_good)) break;
     last = first;
   }
   const std::size_t first = group_start_[group];

@@ -32,6 +32,9 @@ class DualRatioTest {
   Result choose(const SimplexCore<Real>& core, const Scattered<Real>& alpha_row, const Scattered<Real>& rho, bool above,
                 Real infeasibility, Real min_pivot);
 
+  // Of groups of breakpoints with a positive step a poorer pivot will do, if an earlier one had the step zero.
+  void prefer_nondegenerate(bool preferred) { nondegenerate_preferred_ = preferred; }
+
   // After choose(): the boxed variables that change sides, and the candidates passed by tolerance within the last
   // group, whose reduced costs may end slightly infeasible.
   [[nodiscard]] const std::vector<Index>& flips() const { return flips_; }
@@ -52,6 +55,7 @@ class DualRatioTest {
   std::vector<DualCandidate<Real>> candidates_;
   std::vector<std::size_t> group_start_;
   std::vector<Index> flips_, group_;
+  bool nondegenerate_preferred_ = false;
 };
 
 }  // namespace zorvex

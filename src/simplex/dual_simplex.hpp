@@ -13,11 +13,12 @@ namespace zorvex {
 
 struct DualOptions {
   int pricing = -1;
-  int norm_adjust = -1;           // parameter NormAdjust: weights of a basis that brings none, or is not to bring any
-  double perturb_value = 2e-4;    // 0: never perturb
-  double free_box = 1000;         // bounds of free variables in the box problem of phase 1
-  bool bound_flipping = true;     // the ratio test passes breakpoints while the dual objective rises
-  double objective_limit = kInf;  // scaled objective at which the solve may stop
+  int norm_adjust = -1;         // parameter NormAdjust: weights of a basis that brings none, or is not to bring any
+  double perturb_value = 2e-4;  // 0: never perturb
+  double free_box = 1000;       // bounds of free variables in the box problem of phase 1
+  bool bound_flipping = true;   // the ratio test passes breakpoints while the dual objective rises
+  bool nondegenerate_flips = false;  // the ratio test would rather pass breakpoints than make no step
+  double objective_limit = kInf;     // scaled objective at which the solve may stop
   std::uint64_t seed = 0;
   // Go on from the values of the last solve where the core is warm, and end on updated values without computing them
   // anew: optimality and infeasibility are then for the caller to check. `fresh` of the core tells which it was.

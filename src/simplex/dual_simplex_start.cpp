@@ -24,6 +24,7 @@ void DualSimplex<Real>::begin(const DualOptions& options) {
     flip_column_.resize(core_.m);
   }
   pricing_.begin(options.pricing);
+  ratio_test_.prefer_nondegenerate(options.nondegenerate_flips);
   if (options.norm_adjust >= 2) core_.weights_valid = false;
   phase1_ = costs_changed_ = false;
   may_perturb_ = options.perturb_value > 0;

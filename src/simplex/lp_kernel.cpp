@@ -200,6 +200,7 @@ SimplexOutcome LpKernel<Real>::run_linear(const SimplexOptions& options, const S
       dual_options.norm_adjust = options.norm_adjust;
       dual_options.free_box = options.free_box;
       dual_options.bound_flipping = options.bound_flipping;
+      dual_options.nondegenerate_flips = options.nondegenerate_flips;
       dual_options.perturb_value = round == 0 ? options.perturb_value : 0;
       dual_options.objective_limit = limits.objective * cost_factor_;
       dual_options.trust_updates = trust_updates;

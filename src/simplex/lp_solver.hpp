@@ -28,10 +28,11 @@ struct SimplexOptions {
   double objective_scale = 0;  // 0 automatic, <0 power of the largest cost, >0 factor
   int pricing = -1;
   int norm_adjust = -1;
-  double pivot_tol = 3e-8;      // scaled; the extended kernel's is smaller by the same factor as ever
-  double free_box = 1000;       // bounds of free variables in the first phase of the dual simplex
-  bool bound_flipping = true;   // ratio tests pass breakpoints while that pays
-  bool partial_primal = false;  // partial pricing in the primal simplex, whatever `pricing` says
+  double pivot_tol = 3e-8;           // scaled; the extended kernel's is smaller by the same factor as ever
+  double free_box = 1000;            // bounds of free variables in the first phase of the dual simplex
+  bool bound_flipping = true;        // ratio tests pass breakpoints while that pays
+  bool nondegenerate_flips = false;  // a poorer pivot will do where a good one makes no step
+  bool partial_primal = false;       // partial pricing in the primal simplex, whatever `pricing` says
   bool scale = true;
   bool alternative_scaling = false;  // largest entries to one, without regard to the smallest
   double aspiration = 1;             // share of the usual share of the tolerances that the kernel works to

@@ -11,7 +11,6 @@ void QuadraticForm<Real>::load(const SparseMatrix& lower, const std::vector<doub
   index_.clear();
   value_.clear();
   root_diagonal_.assign(n, Real(0));
-  if (lower.num_nonzeros() == 0) return;
   for (Index col = 0; col < lower.num_cols; ++col) {
     for (Offset k = lower.begin(col); k < lower.end(col); ++k) {
       ++start_[col + 1];

@@ -14,7 +14,8 @@ class QuadraticForm {
   // `lower` is the lower triangle as LpData holds it; without entries there is no quadratic term.
   void load(const SparseMatrix& lower, const std::vector<double>& scale, double factor);
 
-  [[nodiscard]] bool empty() const { return index_.empty(); }
+  // No Q, not one without entries.
+  [[nodiscard]] bool empty() const { return start_.size() <= 1; }
   [[nodiscard]] bool touches(Index col) const { return start_[col] < start_[col + 1]; }
   // result += multiplier * (column `col` of Q). Returns the entries touched.
   Offset add_column(Index col, Real multiplier, std::vector<Real>& result) const;

@@ -340,6 +340,8 @@ TEST(LpParameters, WhereSolvesStart) {
        barrier,
        "ZORV_PAR_ALTSCALE",
        {"0", "1"}},
+      {badly_scaled, {{"Presolve", "0"}, {"Method", "2"}}, "statistics:", "ZORV_PAR_FORCEQP", {"0", "1"}},
+      {badly_scaled, {{"Method", "1"}}, "Presolved", "ZORV_PAR_FORCEQP", {"0", "1"}},
       {wide_rows, {{"Method", "1"}, {"ScaleFlag", "0"}}, simplex, "ZORV_PAR_PREPOWER", {"0", "1"}},
       {wide_rows, {{"Method", "1"}}, "FactSpace=", "ZORV_PAR_SIMPLEXALLOCS", {"1", "5", "6"}},
   };

@@ -37,5 +37,31 @@ TEST(DualRatioTest, ReducedCostsBeyondTheTolerancesReach) {
   }
 }
 
+// A good pivot with the step zero, and behind it, since the first column is boxed, a poorer one that moves.
+TEST(DualRatioTest, PoorerPivotsThatMoveWherePreferred) {
+  for (const bool preferred : {false, true}) {
+    for (const double second_pivot : {0.05, 0.001}) {
+      SimplexCore<double> core;
+      core.n = 2;
+      core.m = 0;
+      core.dual_tol = 1e-7;
+      core.place.assign(2, Place::kLower);
+      core.work_lower.assign(2, 0);
+      core.work_upper = {1, kInf};
+      core.reduced_cost = {0, 1};
+      Scattered<double> row, rho;
+      row.resize(2);
+      row.value = {1, second_pivot};
+      row.index = {0, 1};
+      DualRatioTest<double> test;
+      test.prefer_nondegenerate(preferred);
+      const auto result = test.choose(core, row, rho, true, 10, 1e-9);
+      const bool moves = preferred && second_pivot > 0.01;
+      EXPECT_EQ(result.entering, moves ? 1 : 0) << preferred << ' ' << second_pivot;
+      EXPECT_EQ(test.flips().size(), moves ? 1U : 0U);
+    }
+  }
+}
+
 }  // namespace
 }  // namespace zorvex
